@@ -1,0 +1,24 @@
+# Installed headers, libraries and the package that find_package(Velnor) reads.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS VelnorCore VelnorProc VelnorHost EXPORT VelnorTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor)
+install(TARGETS velnor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS Lumetta VelnorFiles LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+
+foreach(directory Core Proc/Interfaces Proc/Settings Proc/Host)
+  install(DIRECTORY ${directory}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/${directory} FILES_MATCHING
+          PATTERN "*.h" PATTERN "Internal" EXCLUDE PATTERN "Files" EXCLUDE)
+endforeach()
+install(FILES Proc/Effects/Lumetta/Exceptions.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/Proc/Effects/Lumetta)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Velnor)
+configure_package_config_file(CMake/VelnorConfig.cmake.in ${PROJECT_BINARY_DIR}/VelnorConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VelnorConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VelnorConfig.cmake ${PROJECT_BINARY_DIR}/VelnorConfigVersion.cmake
+        DESTINATION ${package_dir})
+install(EXPORT VelnorTargets NAMESPACE Velnor:: DESTINATION ${package_dir})

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Proc/Interfaces/IEffectRegistry.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Velnor::Proc {
+
+/// One registration, as a listing shows it.
+struct RegisteredEffect {
+    std::string classId;
+    std::string implName;
+    EffectKind kind = EffectKind::OneInput;
+    std::string origin; ///< "host", or the file name of the plug-in.
+};
+
+/// The reference host: the registry with the host's own effects, plug-ins, the factory and the pictures' allocator.
+///
+///     Host host;
+///     host.LoadPlugin("libLumetta.so");
+///     auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsEffectPixelate::CLASS_ID,
+///                                                                 ImplNames::DEFAULT);
+///     effect->SetSettings(SettingsEffectPixelate());
+///     DataHandle data = ReadPicture("photo.jpg", *host.GetContext()).picture;
+///     effect->ProcessData(data);
+///
+/// Effects, pictures and handles may outlive the host object; a plug-in's library is never unloaded, since objects of
+/// its classes may live on.
+class VELNOR_API Host {
+public:
+    Host(); ///< Registers the host's own effects.
+    ~Host();
+    Host(Host const&) = delete;
+    Host& operator=(Host const&) = delete;
+
+    /// Loads a plug-in and has it register its effects. Throws ProcException, the registry as it was, when the file is
+    /// missing, is no library, has no Registrator, or throws while registering.
+    void LoadPlugin(std::filesystem::path const& file);
+
+    /// Loads the plug-ins that came with the host, from the folder "velnor" beside its library.
+    void LoadInstalledPlugins();
+
+    FactoryHandle const& GetFactory() const;
+    ContextHandle const& GetContext() const;
+    IEffectRegistry& GetRegistry();
+    std::vector<RegisteredEffect> GetEffects() const; ///< In order of registration.
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+} // namespace Velnor::Proc

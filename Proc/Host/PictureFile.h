@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Proc/Interfaces/IEffectContext.h"
+#include "Proc/Interfaces/ProcException.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Velnor::Proc {
+
+/// What a picture file could not do; the description names the file. One type for each way a caller can react.
+class VELNOR_API FileException : public ProcException {};
+class VELNOR_API FileInputException : public FileException {};  ///< Missing, damaged, or no picture.
+class VELNOR_API FileOutputException : public FileException {}; ///< Exists already, or could not be written.
+class VELNOR_API FileLimitException : public FileException {};  ///< More pixels than the reader allows.
+
+/// What a picture file carries beside its pixels: EXIF, ICC profile, XMP, resolution. Opaque: it goes from the reader
+/// to the writer. The copy that the writer makes shows no thumbnail, since that would show the unprocessed picture.
+class VELNOR_API PictureMetadata {
+public:
+    virtual ~PictureMetadata();
+};
+
+struct ReadOptions {
+    std::uint64_t maxPixels = 512'000'000; ///< Checked on the header, before a pixel is decoded.
+    bool acceptDamaged = false;            ///< Keep the readable part of a damaged file; the rest is grey or black.
+};
+
+struct WriteOptions {
+    int quality = 90;       ///< 1 to 100, of the lossy formats.
+    bool overwrite = false; ///< Replace an existing file; else it is a FileOutputException.
+};
+
+/// A picture as it came from a file.
+struct LoadedPicture {
+    intrusive_ptr<IDataVideo> picture;               ///< RGB24, RGBA, GRAY8 or YA8; upright, whatever the file says.
+    std::shared_ptr<PictureMetadata const> metadata; ///< Null when there is none.
+};
+
+/// Reads a picture file (JPEG, PNG, TIFF, WebP and whatever else the file library reads). Deeper samples are converted
+/// to 8 bits with rounding. Throws FileInputException or FileLimitException.
+VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectContext& context,
+                                     ReadOptions const& options = {});
+
+/// Writes a picture, in a format by the file name's extension. The picture is in a format that the file can hold:
+/// RGB24, RGBA, GRAY8, YA8 or PAL8 (see GetWritableFormats); alpha is dropped, over black, where the file has none. The file appears
+/// whole or not at all, even when the process is killed. Throws FileOutputException.
+VELNOR_API void WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
+                             PictureMetadata const* metadata, WriteOptions const& options = {});
+
+/// The pixel formats that WritePicture takes for a file of this name, in order of preference. Throws
+/// FileOutputException, naming the known extensions, when the name has none of them.
+VELNOR_API std::vector<PixFmt> GetWritableFormats(std::filesystem::path const& path);
+
+} // namespace Velnor::Proc

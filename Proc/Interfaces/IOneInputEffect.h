@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Core/Exception.h"
+#include "Proc/Interfaces/IEffect.h"
+
+#include <stdexcept>
+
+namespace Velnor::Proc {
+
+/// An effect on one picture.
+class VELNOR_API IOneInputEffect : public virtual IEffect {
+public:
+    /// Processes the picture: in place, or by putting another one into the handle.
+    virtual void ProcessData(intrusive_ptr<IData>& data) = 0;
+
+    /// Hands the one element to the typed entry. Throws std::logic_error "invalid data count" for another number.
+    intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {
+        if (inputs.size() != 1) boost::throw_exception(std::logic_error("invalid data count"), VELNOR_LOCATION);
+        intrusive_ptr<IData> data = inputs[0];
+        ProcessData(data);
+        return data;
+    }
+};
+
+class VELNOR_API IOneInputEffectVideo : public WithProgress<IOneInputEffect> {};
+
+} // namespace Velnor::Proc

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Proc/Interfaces/IEffect.h"
+
+namespace Velnor::Proc {
+
+/// An effect on any number of pictures.
+class VELNOR_API IVarInputEffect : public virtual IEffect {
+public:
+    /// Returns the result, null when the settings are empty. The inputs stay as they are.
+    virtual intrusive_ptr<IData> Process(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
+
+    intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {
+        return Process(inputs);
+    }
+};
+
+class VELNOR_API IVarInputEffectVideo : public WithProgress<IVarInputEffect> {};
+
+} // namespace Velnor::Proc

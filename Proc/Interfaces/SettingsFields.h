@@ -1,0 +1,211 @@
+#pragma once
+
+// Declares a settings class, each field once:
+//
+//     class VELNOR_API SettingsEffectPixelate final : public SettingsOf<SettingsEffectPixelate> {
+//         VELNOR_SETTINGS(SettingsEffectPixelate, "Turns the picture into a mosaic of flat blocks.")
+//         VELNOR_FIELD(double, Strength, 50.0, "coarseness of the blocks", Unit("%"), Range(0, 100))
+//         VELNOR_FLAG(KeepAlpha, true, "whether ...")
+//         VELNOR_SETTINGS_END
+//     };
+//
+// From a field come the getter (GetStrength, IsKeepAlpha), the setter, equality, copying, the parameter of the command
+// line with its help and checks, and the reference pages. A default value or attribute that holds commas is written as
+// a call: Color(0, 0, 0, 255). The class is added to the list in Proc/Settings/SettingsTypes.cpp, which also makes its
+// CLASS_ID.
+
+#include "Proc/Interfaces/SettingsText.h"
+
+#include <utility>
+
+namespace Velnor::Proc {
+
+struct Unit {
+    explicit constexpr Unit(std::string_view name) : text(name) {}
+    std::string_view text;
+};
+struct Example {
+    explicit constexpr Example(std::string_view value) : text(value) {}
+    std::string_view text;
+};
+struct Output {}; ///< The effect writes this field.
+
+namespace Details {
+
+template <int Index>
+struct FieldSlot {};
+
+/// The declaration of one field. `Owner{}.*member` is the default.
+template <class OwnerClass, class ValueClass>
+class Field {
+public:
+    using Owner = OwnerClass;
+    using Value = ValueClass;
+
+    template <class... Attributes>
+    constexpr Field(std::string_view fieldName, Value Owner::*place, std::string_view text,
+                    Attributes const&... attributes)
+        : name(fieldName), member(place), help(text) {
+        (Take(attributes), ...);
+    }
+
+    std::string_view name;
+    Value Owner::*member;
+    std::string_view help;
+    std::string_view unit;
+    std::string_view example;
+    std::optional<Range> range;
+    bool isOutput = false;
+
+private:
+    constexpr void Take(Unit const& attribute) { unit = attribute.text; }
+    constexpr void Take(Example const& attribute) { example = attribute.text; }
+    constexpr void Take(Range const& attribute) { range = attribute; }
+    constexpr void Take(Output const&) { isOutput = true; }
+};
+template <class Owner, class Value, class... Attributes>
+Field(std::string_view, Value Owner::*, std::string_view, Attributes const&...) -> Field<Owner, Value>;
+
+template <class Class, int Index = 0>
+consteval int CountFields() {
+    if constexpr (requires { Class::Describe(FieldSlot<Index>{}); }) return CountFields<Class, Index + 1>();
+    else return Index;
+}
+
+} // namespace Details
+
+/// Calls `visit(Field)` for each field of a settings class, in order of declaration.
+template <class Class, class Visitor>
+constexpr void ForEachField(Visitor&& visit) {
+    static_assert(Details::CountFields<Class>() == Class::FIELDS_COUNT,
+                  "another macro took a value of __COUNTER__ between two fields");
+    if constexpr (Class::FIELDS_COUNT > 0)
+        [&]<int... Index>(std::integer_sequence<int, Index...>) {
+            (visit(Class::Describe(Details::FieldSlot<Index>{})), ...);
+        }(std::make_integer_sequence<int, Class::FIELDS_COUNT>{});
+}
+
+namespace Details {
+
+template <class Class>
+consteval bool AreFieldsComparable() {
+    bool comparable = true;
+    ForEachField<Class>([&](auto field) {
+        comparable = comparable && requires(Class const& object) { object.*field.member == object.*field.member; };
+    });
+    return comparable;
+}
+
+/// The run-time descriptions of one field: none when it has no text form, several for a nested settings object.
+template <class FieldType>
+std::vector<SettingsField> DescribeField(FieldType field) {
+    using Owner = typename FieldType::Owner;
+    using Value = typename FieldType::Value;
+    std::string const name = ToKebabCase(field.name);
+    std::vector<SettingsField> described;
+    if constexpr (std::is_base_of_v<Settings, Value>) {
+        for (SettingsField inner : Value::StaticType().describe()) {
+            inner.name = name + "." + inner.name;
+            inner.parse = [field, parse = inner.parse](Settings& settings, std::string_view text) {
+                parse(static_cast<Owner&>(settings).*field.member, text);
+            };
+            inner.print = [field, print = inner.print](Settings const& settings) {
+                return print(static_cast<Owner const&>(settings).*field.member);
+            };
+            described.push_back(std::move(inner));
+        }
+    } else if constexpr (requires { TextForm<Value>::TYPE; }) {
+        SettingsField one;
+        one.name = name;
+        one.type = TextForm<Value>::TYPE;
+        one.help = field.help;
+        one.unit = field.unit;
+        one.range = field.range;
+        one.isOutput = field.isOutput;
+        if constexpr (requires { TextForm<Value>::Choices(); }) one.choices = TextForm<Value>::Choices();
+        one.defaultText = TextForm<Value>::Print(Owner().*field.member);
+        one.example = field.example.empty() ? one.defaultText : std::string(field.example);
+        one.parse = [field](Settings& settings, std::string_view text) {
+            Value value = TextForm<Value>::Parse(text);
+            if constexpr (std::is_arithmetic_v<Value>) {
+                if (field.range && !(static_cast<double>(value) >= field.range->low &&
+                                     static_cast<double>(value) <= field.range->high))
+                    ThrowText(std::string(text) + " is outside the range " + PrintNumber(field.range->low) + " to " +
+                              PrintNumber(field.range->high));
+            }
+            static_cast<Owner&>(settings).*field.member = std::move(value);
+        };
+        one.print = [field](Settings const& settings) {
+            return TextForm<Value>::Print(static_cast<Owner const&>(settings).*field.member);
+        };
+        described.push_back(std::move(one));
+    }
+    return described;
+}
+
+} // namespace Details
+
+/// Base of every settings class: what follows from its fields.
+template <class Self>
+class SettingsOf : public Settings {
+public:
+    static SettingsType const& StaticType() {
+        static SettingsType const type{Self::CLASS_ID, std::string(Self::SUMMARY),
+                                       []() -> std::unique_ptr<Settings> { return std::make_unique<Self>(); },
+                                       [] {
+                                           std::vector<SettingsField> all;
+                                           ForEachField<Self>([&](auto field) {
+                                               for (SettingsField& one : Details::DescribeField(field))
+                                                   all.push_back(std::move(one));
+                                           });
+                                           return all;
+                                       }};
+        return type;
+    }
+
+    SettingsType const& GetType() const override { return StaticType(); }
+    std::unique_ptr<Settings> Clone() const override { return std::make_unique<Self>(static_cast<Self const&>(*this)); }
+
+    /// Equal in every field. A class with a field that cannot be compared has no equality.
+    friend bool operator==(Self const& a, Self const& b)
+        requires(Details::AreFieldsComparable<Self>())
+    {
+        bool equal = a.IsBypassed() == b.IsBypassed();
+        ForEachField<Self>([&](auto field) { equal = equal && a.*field.member == b.*field.member; });
+        return equal;
+    }
+
+protected:
+    SettingsOf() = default;
+};
+
+} // namespace Velnor::Proc
+
+#define VELNOR_SETTINGS(Class, Summary)                                                                                \
+private:                                                                                                               \
+    using FieldOwner = Class;                                                                                          \
+    static constexpr int FIRST_FIELD = __COUNTER__ + 1;                                                                \
+                                                                                                                       \
+public:                                                                                                                \
+    Class() = default;                                                                                                 \
+    static std::string const CLASS_ID;                                                                                 \
+    static constexpr std::string_view SUMMARY = Summary;
+
+#define VELNOR_FIELD_AS(Getter, Type, Name, Default, ...)                                                              \
+public:                                                                                                                \
+    Type Getter() const { return value##Name; }                                                                        \
+    void Set##Name(Type next) { value##Name = std::move(next); }                                                       \
+    static constexpr auto Describe(::Velnor::Proc::Details::FieldSlot<__COUNTER__ - FIRST_FIELD>) {                    \
+        return ::Velnor::Proc::Details::Field(#Name, &FieldOwner::value##Name, __VA_ARGS__);                           \
+    }                                                                                                                  \
+                                                                                                                       \
+private:                                                                                                               \
+    Type value##Name = Default;
+
+/// Type, name, default, help, then any of Unit, Range, Example, Output.
+#define VELNOR_FIELD(Type, Name, Default, ...) VELNOR_FIELD_AS(Get##Name, Type, Name, Default, __VA_ARGS__)
+#define VELNOR_FLAG(Name, Default, ...) VELNOR_FIELD_AS(Is##Name, bool, Name, Default, __VA_ARGS__)
+
+#define VELNOR_SETTINGS_END                                                                                            \
+public:                                                                                                                \
+    static constexpr int FIELDS_COUNT = __COUNTER__ - FIRST_FIELD;

@@ -1,0 +1,168 @@
+#include "Proc/Interfaces/SettingsText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace Velnor::Proc {
+namespace Details {
+namespace {
+
+std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+} // namespace
+
+void ThrowText(std::string const& description) { VELNOR_THROW(SettingsTextException, description); }
+
+void ThrowChoice(std::string_view text, std::vector<std::string> const& choices) {
+    std::string list;
+    for (std::size_t i = 0; i < choices.size(); ++i) list += (i == 0 ? "" : ", ") + choices[i];
+    ThrowText(Quoted(text) + " is none of " + list);
+}
+
+double ParseNumber(std::string_view text) {
+    double value = 0.0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        ThrowText(Quoted(text) + " is no number");
+    return value;
+}
+
+std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t high) {
+    std::int64_t value = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::invalid_argument || end != text.data() + text.size())
+        ThrowText(Quoted(text) + " is no whole number");
+    if (error == std::errc::result_out_of_range || value < low || value > high)
+        ThrowText(std::string(text) + " is outside the range " + std::to_string(low) + " to " + std::to_string(high));
+    return value;
+}
+
+std::string PrintNumber(double value) {
+    char buffer[32];
+    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    return error == std::errc() ? std::string(buffer, end) : std::string();
+}
+
+std::vector<std::string_view> SplitList(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    while (!text.empty()) {
+        std::size_t const end = std::min(text.find(separator), text.size());
+        parts.push_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return parts;
+}
+
+} // namespace Details
+
+using Details::ParseInteger;
+using Details::Quoted;
+using Details::ThrowText;
+
+bool TextForm<bool>::Parse(std::string_view text) {
+    for (std::string_view yes : {"true", "yes", "on", "1"})
+        if (text == yes) return true;
+    for (std::string_view no : {"false", "no", "off", "0"})
+        if (text == no) return false;
+    Details::ThrowChoice(text, Choices());
+}
+
+namespace {
+
+struct NamedColor {
+    std::string_view name;
+    unsigned int rgb; ///< 0xrrggbb
+};
+// CSS Color Module Level 4, section 6.1: the basic colour keywords.
+constexpr NamedColor NAMED_COLORS[] = {
+    {"black", 0x000000}, {"silver", 0xc0c0c0}, {"gray", 0x808080},   {"white", 0xffffff},
+    {"maroon", 0x800000}, {"red", 0xff0000},   {"purple", 0x800080}, {"fuchsia", 0xff00ff},
+    {"green", 0x008000}, {"lime", 0x00ff00},   {"olive", 0x808000},  {"yellow", 0xffff00},
+    {"navy", 0x000080},  {"blue", 0x0000ff},   {"teal", 0x008080},   {"aqua", 0x00ffff},
+};
+
+Color FromRgb(unsigned int rgb, unsigned char opacity) {
+    return {static_cast<unsigned char>(rgb), static_cast<unsigned char>(rgb >> 8),
+            static_cast<unsigned char>(rgb >> 16), opacity};
+}
+
+constexpr std::string_view DIGITS = "0123456789abcdef";
+
+} // namespace
+
+Color TextForm<Color>::Parse(std::string_view text) {
+    if (text == "transparent") return Color::Black(Color::Opacity::Transparent);
+    for (NamedColor const& named : NAMED_COLORS)
+        if (text == named.name) return FromRgb(named.rgb, 255);
+    std::string digits(text.starts_with('#') ? text.substr(1) : "");
+    if (digits.size() == 3) digits = {digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
+    unsigned int word = 0;
+    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), word, 16);
+    bool const whole = error == std::errc() && end == digits.data() + digits.size();
+    if (whole && digits.size() == 6) return FromRgb(word, 255);
+    if (whole && digits.size() == 8) return FromRgb(word >> 8, static_cast<unsigned char>(word));
+    ThrowText(Quoted(text) + " is no colour: #rrggbb, #rrggbbaa or a name such as white is accepted");
+}
+
+std::string TextForm<Color>::Print(Color const& value) {
+    std::string text = "#";
+    auto const add = [&](unsigned char byte) {
+        text += DIGITS[byte >> 4];
+        text += DIGITS[byte & 15];
+    };
+    add(value.GetRed());
+    add(value.GetGreen());
+    add(value.GetBlue());
+    if (value.GetOpacity() != 255) add(value.GetOpacity());
+    return text;
+}
+
+PixFmt TextForm<PixFmt>::Parse(std::string_view text) {
+    if (text == "none") return PixFmt::NONE;
+    PixFmtDescription const* const description = PixFmtDescription::Find(text);
+    if (description == nullptr) ThrowText(Quoted(text) + " is no pixel format such as rgb24, bgra or yuv420p");
+    return description->format;
+}
+
+std::string TextForm<PixFmt>::Print(PixFmt value) {
+    PixFmtDescription const* const description = PixFmtDescription::Find(value);
+    return description != nullptr ? std::string(description->name) : "none";
+}
+
+FrameFormat TextForm<FrameFormat>::Parse(std::string_view text) {
+    auto const parts = Details::SplitList(text, 'x');
+    auto const word = [](std::string_view digits, std::int64_t low) {
+        return static_cast<std::uint32_t>(ParseInteger(digits, low, 1 << 20));
+    };
+    if (parts.size() != 2 && parts.size() != 3) ThrowText(Quoted(text) + " is no size such as 640x480");
+    FrameFormat frame = FrameFormat::Square(word(parts[0], 0), word(parts[1], 0));
+    if (parts.size() == 3) {
+        auto const aspect = Details::SplitList(parts[2], ':');
+        if (aspect.size() != 2) ThrowText(Quoted(parts[2]) + " is no pixel aspect such as 1:1");
+        frame.aspectNumerator = word(aspect[0], 1);
+        frame.aspectDenominator = word(aspect[1], 1);
+    }
+    return frame;
+}
+
+std::string TextForm<FrameFormat>::Print(FrameFormat const& value) {
+    std::string text = std::to_string(value.width) + "x" + std::to_string(value.height);
+    if (value.aspectNumerator != value.aspectDenominator)
+        text += "x" + std::to_string(value.aspectNumerator) + ":" + std::to_string(value.aspectDenominator);
+    return text;
+}
+
+CropInfo TextForm<CropInfo>::Parse(std::string_view text) {
+    auto const parts = Details::SplitList(text, ',');
+    if (parts.size() != 4) ThrowText(Quoted(text) + " is no left,top,right,bottom such as 8,0,8,0");
+    auto const margin = [&](std::size_t i) { return static_cast<unsigned int>(ParseInteger(parts[i], 0, 1 << 20)); };
+    return {margin(0), margin(1), margin(2), margin(3)};
+}
+
+std::string TextForm<CropInfo>::Print(CropInfo const& value) {
+    return std::to_string(value.GetLeft()) + "," + std::to_string(value.GetTop()) + "," +
+           std::to_string(value.GetRight()) + "," + std::to_string(value.GetBottom());
+}
+
+} // namespace Velnor::Proc

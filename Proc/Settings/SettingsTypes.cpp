@@ -1,0 +1,37 @@
+// The list of all settings classes. A class is added to the macro below, and nowhere else: from it come the CLASS_ID
+// of each and the catalogue that the command line and the reference pages read.
+
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectCustom.h"
+#include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectWhiteBalance.h"
+#include "Proc/Settings/SettingsResizer.h"
+
+#include <algorithm>
+
+namespace Velnor::Proc {
+
+#define VELNOR_SETTINGS_CLASSES(Do)                                                                                    \
+    Do(SettingsColorspaceConverter)                                                                                    \
+    Do(SettingsEffectCustom)                                                                                           \
+    Do(SettingsEffectEmpty)                                                                                            \
+    Do(SettingsEffectPixelate)                                                                                         \
+    Do(SettingsEffectWhiteBalance)                                                                                     \
+    Do(SettingsResizer)
+
+#define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
+VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)
+
+std::vector<SettingsType const*> const& SettingsType::GetAll() {
+#define VELNOR_LIST_TYPE(Class) &Class::StaticType(),
+    static std::vector<SettingsType const*> const types{VELNOR_SETTINGS_CLASSES(VELNOR_LIST_TYPE)};
+    return types;
+}
+
+SettingsType const* SettingsType::Find(std::string_view classId) {
+    auto const found = std::ranges::find(GetAll(), classId, &SettingsType::classId);
+    return found == GetAll().end() ? nullptr : *found;
+}
+
+} // namespace Velnor::Proc
