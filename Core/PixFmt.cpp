@@ -19,45 +19,97 @@ constexpr PixFmtDescription GreyAlpha() {
 }
 
 constexpr PixFmtDescription Palette() {
-    return {PixFmt::PAL8, "pal8", ColorModel::Palette, 2, Planes{{{1, 0, 0}, {4, 0, 0}}},
-            3,            Places{{{1, 0}, {1, 1}, {1, 2}}}, true, {1, 3}, 0, 0};
+    return {PixFmt::PAL8,
+            "pal8",
+            ColorModel::Palette,
+            2,
+            Planes{{{1, 0, 0}, {4, 0, 0}}},
+            3,
+            Places{{{1, 0}, {1, 1}, {1, 2}}},
+            true,
+            {1, 3},
+            0,
+            0};
 }
 
 /// Luma, two chroma planes, and alpha at the luma's resolution when `alpha`.
 constexpr PixFmtDescription Planar(PixFmt format, std::string_view name, std::uint8_t x, std::uint8_t y,
                                    bool alpha = false) {
-    return {format, name, ColorModel::Luma, static_cast<std::uint8_t>(alpha ? 4 : 3),
+    return {format,
+            name,
+            ColorModel::Luma,
+            static_cast<std::uint8_t>(alpha ? 4 : 3),
             Planes{{{1, 0, 0}, {1, x, y}, {1, x, y}, {static_cast<std::uint8_t>(alpha ? 1 : 0), 0, 0}}},
-            3, Places{{{0, 0}, {1, 0}, {2, 0}}}, alpha, {3, 0}, x, y};
+            3,
+            Places{{{0, 0}, {1, 0}, {2, 0}}},
+            alpha,
+            {3, 0},
+            x,
+            y};
 }
 
 /// Luma and one plane of interleaved chroma; `blue` is the offset of the blue difference.
 constexpr PixFmtDescription SemiPlanar(PixFmt format, std::string_view name, std::uint8_t x, std::uint8_t y,
                                        std::uint8_t blue) {
-    return {format, name, ColorModel::Luma, 2, Planes{{{1, 0, 0}, {2, x, y}}},
-            3, Places{{{0, 0}, {1, blue}, {1, static_cast<std::uint8_t>(1 - blue)}}}, false, {}, x, y};
+    return {format,
+            name,
+            ColorModel::Luma,
+            2,
+            Planes{{{1, 0, 0}, {2, x, y}}},
+            3,
+            Places{{{0, 0}, {1, blue}, {1, static_cast<std::uint8_t>(1 - blue)}}},
+            false,
+            {},
+            x,
+            y};
 }
 
 /// Luma and chroma in one plane, in groups of 2^x pixels.
 constexpr PixFmtDescription PackedLuma(PixFmt format, std::string_view name, std::uint8_t bytes, std::uint8_t x,
                                        std::uint8_t luma, std::uint8_t blue, std::uint8_t red) {
-    return {format, name, ColorModel::Luma, 1, Planes{{{bytes, x, 0}}},
-            3, Places{{{0, luma}, {0, blue}, {0, red}}}, false, {}, x, 0};
+    return {format,
+            name,
+            ColorModel::Luma,
+            1,
+            Planes{{{bytes, x, 0}}},
+            3,
+            Places{{{0, luma}, {0, blue}, {0, red}}},
+            false,
+            {},
+            x,
+            0};
 }
 
 constexpr int NO_ALPHA = -1;
 
 constexpr PixFmtDescription PackedRgb(PixFmt format, std::string_view name, std::uint8_t bytes, std::uint8_t red,
                                       std::uint8_t green, std::uint8_t blue, int alpha) {
-    return {format, name, ColorModel::Rgb, 1, Planes{{{bytes, 0, 0}}}, 3, Places{{{0, red}, {0, green}, {0, blue}}},
-            alpha != NO_ALPHA, {0, static_cast<std::uint8_t>(alpha == NO_ALPHA ? 0 : alpha)}, 0, 0};
+    return {format,
+            name,
+            ColorModel::Rgb,
+            1,
+            Planes{{{bytes, 0, 0}}},
+            3,
+            Places{{{0, red}, {0, green}, {0, blue}}},
+            alpha != NO_ALPHA,
+            {0, static_cast<std::uint8_t>(alpha == NO_ALPHA ? 0 : alpha)},
+            0,
+            0};
 }
 
 constexpr PixFmtDescription PlanarRgb(PixFmt format, std::string_view name, bool alpha) {
     std::uint8_t const last = alpha ? 1 : 0;
-    return {format, name, ColorModel::Rgb, static_cast<std::uint8_t>(alpha ? 4 : 3),
+    return {format,
+            name,
+            ColorModel::Rgb,
+            static_cast<std::uint8_t>(alpha ? 4 : 3),
             Planes{{{1, 0, 0}, {1, 0, 0}, {1, 0, 0}, {last, 0, 0}}},
-            3, Places{{{2, 0}, {0, 0}, {1, 0}}}, alpha, {3, 0}, 0, 0};
+            3,
+            Places{{{2, 0}, {0, 0}, {1, 0}}},
+            alpha,
+            {3, 0},
+            0,
+            0};
 }
 
 /// The last group of a plane may reach past the picture: sizes round up.

@@ -6,9 +6,9 @@ namespace Velnor::Proc {
 
 /// Geometry of a frame. Two frames are alike only when all four words are.
 struct FrameFormat {
-    std::uint32_t width = 0;  ///< Pixels.
-    std::uint32_t height = 0; ///< Pixels.
-    std::uint32_t aspectNumerator = 0;   ///< Width of a pixel against its height: 1 over 1 is square.
+    std::uint32_t width = 0;           ///< Pixels.
+    std::uint32_t height = 0;          ///< Pixels.
+    std::uint32_t aspectNumerator = 0; ///< Width of a pixel against its height: 1 over 1 is square.
     std::uint32_t aspectDenominator = 0;
 
     friend bool operator==(FrameFormat const&, FrameFormat const&) = default;

@@ -54,9 +54,8 @@ void CopyDataVideo(ConstVideoHandle const& source, VideoHandle const& target, in
     if (!source || !target) VELNOR_THROW(ProcException, "A picture is needed, the handle is null.");
     PixFmtDescription const& format = target->GetDescription();
     if (source->GetPixFmt() != target->GetPixFmt())
-        VELNOR_THROW(ProcException, "Pictures to copy differ in format: " +
-                                        std::string(source->GetDescription().name) + " into " +
-                                        std::string(format.name) + ".");
+        VELNOR_THROW(ProcException, "Pictures to copy differ in format: " + std::string(source->GetDescription().name) +
+                                        " into " + std::string(format.name) + ".");
     FrameFormat const from = source->GetFrameFormat();
     FrameFormat const to = target->GetFrameFormat();
     Span const across = Overlap(from.width, to.width, x);

@@ -24,21 +24,21 @@ enum class CopyMode : int {
 /// counted from one, the destructor being the first. One object belongs to one thread at a time, its count to all.
 class VELNOR_API IData : public IRefCountable {
 public:
-    ~IData() override = default;                                 // 1st
-    virtual DataKind GetDataKind() const = 0;                    // 2nd
-    virtual std::uint64_t GetId() const = 0;                     // 3rd: unique in the process, another for each copy
-    virtual std::uint64_t GetMemorySize() const = 0;             // 4th: bytes held, counting shared samples whole
-    virtual std::int64_t GetTimeStamp() const = 0;               // 5th: microseconds
-    virtual void SetTimeStamp(std::int64_t microseconds) = 0;    // 6th
-    virtual std::int64_t GetDuration() const = 0;                // 7th: microseconds
-    virtual void SetDuration(std::int64_t microseconds) = 0;     // 8th
-    virtual void CopyAttributes(IData const& source) = 0;        // 9th: time stamp and duration
-    virtual bool IsShared() const = 0;                           // 10th: whether a write would duplicate samples first
-    virtual bool HasAlpha() const = 0;                           // 11th: own alpha or extra alpha
-    virtual FrameFormat const& GetFrameFormat() const = 0;       // 12th
-    virtual void SetAspect(std::uint32_t numerator, std::uint32_t denominator) = 0;  // 13th: of a pixel
-    virtual PixFmtDescription const& GetDescription() const = 0; // 14th: of the pixel format
-    virtual PixFmt GetPixFmt() const = 0;                        // 15th
+    ~IData() override = default;                              // 1st
+    virtual DataKind GetDataKind() const = 0;                 // 2nd
+    virtual std::uint64_t GetId() const = 0;                  // 3rd: unique in the process, another for each copy
+    virtual std::uint64_t GetMemorySize() const = 0;          // 4th: bytes held, counting shared samples whole
+    virtual std::int64_t GetTimeStamp() const = 0;            // 5th: microseconds
+    virtual void SetTimeStamp(std::int64_t microseconds) = 0; // 6th
+    virtual std::int64_t GetDuration() const = 0;             // 7th: microseconds
+    virtual void SetDuration(std::int64_t microseconds) = 0;  // 8th
+    virtual void CopyAttributes(IData const& source) = 0;     // 9th: time stamp and duration
+    virtual bool IsShared() const = 0;                        // 10th: whether a write would duplicate samples first
+    virtual bool HasAlpha() const = 0;                        // 11th: own alpha or extra alpha
+    virtual FrameFormat const& GetFrameFormat() const = 0;    // 12th
+    virtual void SetAspect(std::uint32_t numerator, std::uint32_t denominator) = 0; // 13th: of a pixel
+    virtual PixFmtDescription const& GetDescription() const = 0;                    // 14th: of the pixel format
+    virtual PixFmt GetPixFmt() const = 0;                                           // 15th
 };
 
 /// A picture: planes of 8-bit samples in one of the formats of PixFmt, width x height pixels.

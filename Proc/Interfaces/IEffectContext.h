@@ -10,10 +10,10 @@ namespace Velnor::Proc {
 /// Where effects get pictures from. Thread-safe. The order of the virtual operations is binary contract.
 class VELNOR_API IEffectContext : public IRefCountable {
 public:
-    ~IEffectContext() override = default;                    // 1st
-    virtual std::uint64_t GetMemoryUsed() const = 0;         // 2nd: bytes that pictures hold now
-    virtual std::uint64_t GetMemoryPooled() const = 0;       // 3rd: bytes kept for pictures to come
-    virtual void ReleaseMemory() = 0;                        // 4th: gives the pooled bytes back to the system
+    ~IEffectContext() override = default;              // 1st
+    virtual std::uint64_t GetMemoryUsed() const = 0;   // 2nd: bytes that pictures hold now
+    virtual std::uint64_t GetMemoryPooled() const = 0; // 3rd: bytes kept for pictures to come
+    virtual void ReleaseMemory() = 0;                  // 4th: gives the pooled bytes back to the system
 
     /// 5th. A picture on the caller's memory: no sample is copied until somebody writes. `owner` is kept as long as the
     /// samples are in use and may be null when the caller sees to that.

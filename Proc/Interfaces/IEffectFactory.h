@@ -17,11 +17,11 @@ enum class EffectKind : std::uint32_t { OneInput, TwoInput, VarInput };
 /// operations is binary contract.
 class VELNOR_API IEffectFactory : public IRefCountable {
 public:
-    ~IEffectFactory() override = default; // 1st
-    virtual bool Has(std::string const& classId, std::string const& implName) const = 0;            // 2nd
-    virtual EffectKind GetKind(std::string const& classId, std::string const& implName) const = 0;  // 3rd
-    virtual std::vector<std::string> GetClassIds() const = 0;                                       // 4th
-    virtual std::vector<std::string> GetImplNames(std::string const& classId) const = 0;            // 5th
+    ~IEffectFactory() override = default;                                                                     // 1st
+    virtual bool Has(std::string const& classId, std::string const& implName) const = 0;                      // 2nd
+    virtual EffectKind GetKind(std::string const& classId, std::string const& implName) const = 0;            // 3rd
+    virtual std::vector<std::string> GetClassIds() const = 0;                                                 // 4th
+    virtual std::vector<std::string> GetImplNames(std::string const& classId) const = 0;                      // 5th
     virtual intrusive_ptr<IEffect> CreateEffect(std::string const& classId, std::string const& implName) = 0; // 6th
     virtual bool HasOneInputEffect(std::string const& classId, std::string const& implName) const = 0;        // 7th
 

@@ -4,6 +4,7 @@
 #include "Proc/Interfaces/IEffect.h"
 
 #include <stdexcept>
+#include <string_view>
 
 namespace Velnor::Proc {
 
@@ -22,6 +23,9 @@ public:
     }
 };
 
-class VELNOR_API IOneInputEffectVideo : public WithProgress<IOneInputEffect> {};
+class VELNOR_API IOneInputEffectVideo : public WithProgress<IOneInputEffect> {
+public:
+    static constexpr std::string_view CLASS_NAME = "IOneInputEffectVideo";
+};
 
 } // namespace Velnor::Proc

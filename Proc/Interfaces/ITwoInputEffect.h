@@ -4,6 +4,7 @@
 #include "Proc/Interfaces/IEffect.h"
 
 #include <stdexcept>
+#include <string_view>
 
 namespace Velnor::Proc {
 
@@ -24,6 +25,9 @@ public:
     }
 };
 
-class VELNOR_API ITwoInputEffectVideo : public WithProgress<ITwoInputEffect> {};
+class VELNOR_API ITwoInputEffectVideo : public WithProgress<ITwoInputEffect> {
+public:
+    static constexpr std::string_view CLASS_NAME = "ITwoInputEffectVideo";
+};
 
 } // namespace Velnor::Proc

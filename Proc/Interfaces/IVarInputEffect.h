@@ -2,6 +2,8 @@
 
 #include "Proc/Interfaces/IEffect.h"
 
+#include <string_view>
+
 namespace Velnor::Proc {
 
 /// An effect on any number of pictures.
@@ -15,6 +17,9 @@ public:
     }
 };
 
-class VELNOR_API IVarInputEffectVideo : public WithProgress<IVarInputEffect> {};
+class VELNOR_API IVarInputEffectVideo : public WithProgress<IVarInputEffect> {
+public:
+    static constexpr std::string_view CLASS_NAME = "IVarInputEffectVideo";
+};
 
 } // namespace Velnor::Proc

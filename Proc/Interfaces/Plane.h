@@ -35,15 +35,15 @@ public:
     }
 
     template <int Other>
-        requires(ReadOnly == 1 && Other == 0)
-    PlaneTemplate(PlaneTemplate<Other> const& mutablePlane) // NOLINT(google-explicit-constructor): reading is less
+    requires(ReadOnly == 1 && Other == 0)
+        PlaneTemplate(PlaneTemplate<Other> const& mutablePlane) // NOLINT(google-explicit-constructor): reading is less
         : PlaneTemplate(mutablePlane.GetData(), mutablePlane.GetStride(), mutablePlane.GetWidth(),
                         mutablePlane.GetHeight(), mutablePlane.GetSampleBytes()) {}
 
     Byte* GetData() const { return data; }
-    std::int64_t GetStride() const { return stride; }    ///< Bytes; negative in a bottom-up picture.
-    std::uint64_t GetWidth() const { return width; }     ///< Bytes of a row.
-    std::uint64_t GetHeight() const { return height; }   ///< Rows.
+    std::int64_t GetStride() const { return stride; }  ///< Bytes; negative in a bottom-up picture.
+    std::uint64_t GetWidth() const { return width; }   ///< Bytes of a row.
+    std::uint64_t GetHeight() const { return height; } ///< Rows.
     std::uint64_t GetSampleBytes() const { return sampleBytes; }
     bool IsEmpty() const { return width == 0 || height == 0; }
 

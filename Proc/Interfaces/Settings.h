@@ -27,15 +27,15 @@ class VELNOR_API SettingsTextException : public ProcException {};
 
 /// One parameter as its users see it, made from its one declaration in the settings class.
 struct SettingsField {
-    std::string name;                  ///< Kebab case; of a nested settings object with a dot: "shape-mask.feather".
-    std::string type;                  ///< For a person: "number", "integer", "colour", "choice", ...
+    std::string name; ///< Kebab case; of a nested settings object with a dot: "shape-mask.feather".
+    std::string type; ///< For a person: "number", "integer", "colour", "choice", ...
     std::string help;
-    std::string unit;                  ///< Empty for plain numbers and everything that is none.
+    std::string unit; ///< Empty for plain numbers and everything that is none.
     std::optional<Range> range;
-    std::vector<std::string> choices;  ///< Of enumerations and switches.
+    std::vector<std::string> choices; ///< Of enumerations and switches.
     std::string defaultText;
-    std::string example;               ///< A value worth trying.
-    bool isOutput = false;             ///< Written by the effect, for its caller to read.
+    std::string example;   ///< A value worth trying.
+    bool isOutput = false; ///< Written by the effect, for its caller to read.
 
     /// Sets the field from text. Throws SettingsTextException, changing nothing, for text that is not of the type or
     /// outside the range.

@@ -68,8 +68,10 @@ Field(std::string_view, Value Owner::*, std::string_view, Attributes const&...) 
 
 template <class Class, int Index = 0>
 consteval int CountFields() {
-    if constexpr (requires { Class::Describe(FieldSlot<Index>{}); }) return CountFields<Class, Index + 1>();
-    else return Index;
+    if constexpr (requires { Class::Describe(FieldSlot<Index>{}); })
+        return CountFields<Class, Index + 1>();
+    else
+        return Index;
 }
 
 } // namespace Details
@@ -79,10 +81,10 @@ template <class Class, class Visitor>
 constexpr void ForEachField(Visitor&& visit) {
     static_assert(Details::CountFields<Class>() == Class::FIELDS_COUNT,
                   "another macro took a value of __COUNTER__ between two fields");
-    if constexpr (Class::FIELDS_COUNT > 0)
-        [&]<int... Index>(std::integer_sequence<int, Index...>) {
+    if constexpr (Class::FIELDS_COUNT > 0) [&]<int... Index>(std::integer_sequence<int, Index...>) {
             (visit(Class::Describe(Details::FieldSlot<Index>{})), ...);
-        }(std::make_integer_sequence<int, Class::FIELDS_COUNT>{});
+        }
+    (std::make_integer_sequence<int, Class::FIELDS_COUNT>{});
 }
 
 namespace Details {
@@ -167,9 +169,7 @@ public:
     std::unique_ptr<Settings> Clone() const override { return std::make_unique<Self>(static_cast<Self const&>(*this)); }
 
     /// Equal in every field. A class with a field that cannot be compared has no equality.
-    friend bool operator==(Self const& a, Self const& b)
-        requires(Details::AreFieldsComparable<Self>())
-    {
+    friend bool operator==(Self const& a, Self const& b) requires(Details::AreFieldsComparable<Self>()) {
         bool equal = a.IsBypassed() == b.IsBypassed();
         ForEachField<Self>([&](auto field) { equal = equal && a.*field.member == b.*field.member; });
         return equal;
@@ -189,6 +189,7 @@ private:                                                                        
 public:                                                                                                                \
     Class() = default;                                                                                                 \
     static std::string const CLASS_ID;                                                                                 \
+    static constexpr std::string_view CLASS_NAME = #Class;                                                             \
     static constexpr std::string_view SUMMARY = Summary;
 
 #define VELNOR_FIELD_AS(Getter, Type, Name, Default, ...)                                                              \

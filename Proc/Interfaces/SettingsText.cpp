@@ -76,10 +76,10 @@ struct NamedColor {
 };
 // CSS Color Module Level 4, section 6.1: the basic colour keywords.
 constexpr NamedColor NAMED_COLORS[] = {
-    {"black", 0x000000}, {"silver", 0xc0c0c0}, {"gray", 0x808080},   {"white", 0xffffff},
-    {"maroon", 0x800000}, {"red", 0xff0000},   {"purple", 0x800080}, {"fuchsia", 0xff00ff},
-    {"green", 0x008000}, {"lime", 0x00ff00},   {"olive", 0x808000},  {"yellow", 0xffff00},
-    {"navy", 0x000080},  {"blue", 0x0000ff},   {"teal", 0x008080},   {"aqua", 0x00ffff},
+    {"black", 0x000000},  {"silver", 0xc0c0c0}, {"gray", 0x808080},   {"white", 0xffffff},
+    {"maroon", 0x800000}, {"red", 0xff0000},    {"purple", 0x800080}, {"fuchsia", 0xff00ff},
+    {"green", 0x008000},  {"lime", 0x00ff00},   {"olive", 0x808000},  {"yellow", 0xffff00},
+    {"navy", 0x000080},   {"blue", 0x0000ff},   {"teal", 0x008080},   {"aqua", 0x00ffff},
 };
 
 Color FromRgb(unsigned int rgb, unsigned char opacity) {

@@ -51,20 +51,19 @@ struct VELNOR_API TextForm<bool> {
 };
 
 template <class Integer>
-    requires(std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>)
-struct TextForm<Integer> {
+requires(std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>) struct TextForm<Integer> {
     static constexpr std::string_view TYPE = "integer";
     static Integer Parse(std::string_view text) {
         using Limits = std::numeric_limits<Integer>;
-        constexpr auto high = static_cast<std::int64_t>(
-            std::min<std::uint64_t>(Limits::max(), std::numeric_limits<std::int64_t>::max()));
+        constexpr auto high =
+            static_cast<std::int64_t>(std::min<std::uint64_t>(Limits::max(), std::numeric_limits<std::int64_t>::max()));
         return static_cast<Integer>(Details::ParseInteger(text, static_cast<std::int64_t>(Limits::min()), high));
     }
     static std::string Print(Integer value) { return std::to_string(value); }
 };
 
 template <class Real>
-    requires std::is_floating_point_v<Real>
+requires std::is_floating_point_v<Real>
 struct TextForm<Real> {
     static constexpr std::string_view TYPE = "number";
     static Real Parse(std::string_view text) { return static_cast<Real>(Details::ParseNumber(text)); }
@@ -111,8 +110,7 @@ struct VELNOR_API TextForm<CropInfo> {
 };
 
 template <class Enum>
-    requires(std::is_enum_v<Enum> && requires { EnumNames<Enum>::VALUES; })
-struct TextForm<Enum> {
+requires(std::is_enum_v<Enum>&& requires { EnumNames<Enum>::VALUES; }) struct TextForm<Enum> {
     static constexpr std::string_view TYPE = "choice";
     static std::vector<std::string> Choices() {
         std::vector<std::string> names;
@@ -133,7 +131,7 @@ struct TextForm<Enum> {
 
 /// A list, its elements separated by commas. Empty text is the empty list.
 template <class Element>
-    requires requires { TextForm<Element>::TYPE; }
+requires requires { TextForm<Element>::TYPE; }
 struct TextForm<std::vector<Element>> {
     static constexpr std::string_view TYPE = "list";
     static std::vector<Element> Parse(std::string_view text) {

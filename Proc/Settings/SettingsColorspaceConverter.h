@@ -13,8 +13,7 @@ class VELNOR_API SettingsColorspaceConverter final : public SettingsOf<SettingsC
     VELNOR_FLAG(KeepExtras, true, "whether extra alpha and the time attributes go on to the result")
     VELNOR_SETTINGS_END
 
-    SettingsColorspaceConverter(PixFmt format, bool keepExtras)
-        : valueFormats{format}, valueKeepExtras(keepExtras) {}
+    SettingsColorspaceConverter(PixFmt format, bool keepExtras) : valueFormats{format}, valueKeepExtras(keepExtras) {}
     SettingsColorspaceConverter(std::vector<PixFmt> const& formats, bool keepExtras)
         : valueFormats(formats), valueKeepExtras(keepExtras) {}
 

@@ -6,7 +6,8 @@ namespace Velnor::Proc {
 
 /// Settings of WhiteBalance.
 class VELNOR_API SettingsEffectWhiteBalance final : public SettingsOf<SettingsEffectWhiteBalance> {
-    VELNOR_SETTINGS(SettingsEffectWhiteBalance, "Removes a colour cast: a colour that ought to be neutral becomes grey.")
+    VELNOR_SETTINGS(SettingsEffectWhiteBalance,
+                    "Removes a colour cast: a colour that ought to be neutral becomes grey.")
     VELNOR_FIELD(Color, Reference, Color(255, 255, 255, 255), "colour of the picture that ought to be neutral grey",
                  Example("#c8b496"))
     VELNOR_SETTINGS_END

@@ -29,11 +29,11 @@ public:
     };
     enum Fit : int {
         EXACT = 0,
-        STRETCH = 1,      ///< As EXACT.
-        BARS = 2,         ///< Inside, black bars around.
-        FILL = 3,         ///< Covers the target; what stands over is cut.
+        STRETCH = 1,       ///< As EXACT.
+        BARS = 2,          ///< Inside, black bars around.
+        FILL = 3,          ///< Covers the target; what stands over is cut.
         SHRINK_INSIDE = 4, ///< Inside, never larger than it was.
-        INSIDE = 5,       ///< Inside, grown or shrunk, no bars.
+        INSIDE = 5,        ///< Inside, grown or shrunk, no bars.
     };
 
     VELNOR_SETTINGS(SettingsResizer, "Resizes the picture.")

@@ -13,12 +13,8 @@
 namespace Velnor::Proc {
 
 #define VELNOR_SETTINGS_CLASSES(Do)                                                                                    \
-    Do(SettingsColorspaceConverter)                                                                                    \
-    Do(SettingsEffectCustom)                                                                                           \
-    Do(SettingsEffectEmpty)                                                                                            \
-    Do(SettingsEffectPixelate)                                                                                         \
-    Do(SettingsEffectWhiteBalance)                                                                                     \
-    Do(SettingsResizer)
+    Do(SettingsColorspaceConverter) Do(SettingsEffectCustom) Do(SettingsEffectEmpty) Do(SettingsEffectPixelate)        \
+        Do(SettingsEffectWhiteBalance) Do(SettingsResizer)
 
 #define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
 VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)

@@ -1,0 +1,29 @@
+// Custom: runs a function of the caller's on the picture.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Settings/SettingsEffectCustom.h"
+
+namespace Velnor::Proc {
+
+class Custom : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectCustom> {
+public:
+    using EffectBaseOneInput::EffectBaseOneInput;
+    using EffectBaseOneInput::SetSettings;
+
+    /// Functions cannot be compared: every call resets and assigns.
+    void SetSettings(SettingsEffectCustom const& next) override { ReplaceSettings(next); }
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        // A copy, since the function may change this effect's settings while it runs.
+        SettingsEffectCustom::Function const function = settings.GetFunctor();
+        intrusive_ptr<IDataVideo> picture(&AsVideo(data));
+        function(picture);
+        data = picture;
+    }
+};
+
+intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Custom>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,182 @@
+#pragma once
+
+#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/IEffectRegistry.h"
+#include "Proc/Interfaces/ImplNames.h"
+
+#include <glog/logging.h>
+
+#include <concepts>
+#include <string>
+#include <utility>
+
+namespace Velnor::Proc {
+
+/// What is common to all effects: typed settings, statistics, log lines, creation of sub-effects. A concrete effect
+/// derives from one of the three bases at the end of this file (or from EffectBaseCSC), creates its sub-effects in its
+/// constructor and implements ProcessInternal. Errors pass through: the picture is then not counted, and no " done" is
+/// logged.
+template <class Interface, class SettingsClass>
+class EffectBase : public Interface {
+public:
+    EffectBase(FactoryHandle const& effectFactory, ContextHandle const& effectContext,
+               std::string const& implementation = ImplNames::VELNOR)
+        : factory(effectFactory), context(effectContext), implName(implementation) {}
+
+    /// Drops what sub-effects keep between frames; forwarded by the bases that own converters.
+    virtual void SubEffectHook() {}
+
+    /// Nothing happens when the settings are equal to the current ones. Otherwise ResetSettings runs first, still seeing
+    /// the old settings: an override marks stale what depends on them.
+    virtual void SetSettings(SettingsClass const& next) {
+        if constexpr (std::equality_comparable<SettingsClass>) {
+            if (settings == next) return;
+        }
+        ReplaceSettings(next);
+    }
+
+    /// Adds an effect's own nodes to its statistics.
+    virtual void AddStatistic(Core::Property& /*statistics*/) {}
+
+    void SetSettings(Settings const& next) override { SetSettings(dynamic_cast<SettingsClass const&>(next)); }
+    void Flush() override {}
+    void ResetSettings() override { settings = SettingsClass(); }
+    Settings const& GetSettingsBase() const override { return settings; }
+
+    Core::Property GetStatistic() override {
+        // The name is that under which existing collectors of statistics know the function, not this compiler's.
+        std::string const functionName =
+            "Velnor::Proc::EffectBase<class Velnor::Proc::" + std::string(Interface::CLASS_NAME) +
+            ",class Velnor::Proc::" + std::string(SettingsClass::CLASS_NAME) + ">::GetStatistic";
+        Core::Property statistics = Core::MakeStatistics(functionName, statTotal, processedCount);
+        statistics.SetChild(Core::PerformanceTimer::IMPL_NAME, GetInstanceName());
+        AddStatistic(statistics);
+        return statistics;
+    }
+
+protected:
+    /// The prefix of log lines and the implementation name in the statistics.
+    std::string GetInstanceName() const { return SettingsClass::CLASS_ID + "_" + implName; }
+
+    /// Resets, then assigns. The new settings are copied first: they may be this effect's own object.
+    void ReplaceSettings(SettingsClass const& next) {
+        SettingsClass const kept = next;
+        IEffect& effect = *this;
+        effect.ResetSettings();
+        settings = kept;
+    }
+
+    /// A sub-effect, configured at once.
+    template <class SubSettings>
+    intrusive_ptr<IOneInputEffectVideo> MakeOneInput(SubSettings const& subSettings,
+                                                     std::string const& impl = ImplNames::DEFAULT) const {
+        auto effect = factory->CreateOneInputEffect(SubSettings::CLASS_ID, impl);
+        effect->SetSettings(subSettings);
+        return effect;
+    }
+    template <class SubSettings>
+    intrusive_ptr<ITwoInputEffectVideo> MakeTwoInput(SubSettings const& subSettings,
+                                                     std::string const& impl = ImplNames::DEFAULT) const {
+        auto effect = factory->CreateTwoInputEffect(SubSettings::CLASS_ID, impl);
+        effect->SetSettings(subSettings);
+        return effect;
+    }
+
+    /// A sub-effect that is configured later.
+    template <class SubSettings>
+    intrusive_ptr<IOneInputEffectVideo> MakeOneInput() const {
+        return factory->CreateOneInputEffect(SubSettings::CLASS_ID, ImplNames::DEFAULT);
+    }
+
+    /// Logs, skips the work when the settings are empty, counts. Returns whether the work was done.
+    template <class Work>
+    bool Run(Work const& work) {
+        VLOG(VERBOSE_LEVEL) << GetInstanceName() << " starts";
+        if (settings.IsEmpty()) {
+            VLOG(VERBOSE_LEVEL) << GetInstanceName() << " is empty";
+            return false;
+        }
+        work();
+        ++processedCount;
+        VLOG(VERBOSE_LEVEL) << GetInstanceName() << " done";
+        return true;
+    }
+
+    static void RequirePicture(IData const* data) {
+        if (data == nullptr) VELNOR_THROW(EffectException, "A picture is needed, the handle is null.");
+    }
+
+    static constexpr int VERBOSE_LEVEL = 30;
+
+    FactoryHandle factory;
+    ContextHandle context;
+    SettingsClass settings;
+
+private:
+    std::string implName;
+    std::int64_t statTotal = 0; ///< Reported, and not measured: the host times its effects.
+    std::uint64_t processedCount = 0;
+};
+
+/// Base of effects on one picture. Time stamp and duration of the picture survive whatever the effect does.
+template <class Interface, class SettingsClass>
+class EffectBaseOneInput : public EffectBase<Interface, SettingsClass> {
+public:
+    using EffectBase<Interface, SettingsClass>::EffectBase;
+    using Interface::ProcessData;
+
+    void ProcessData(intrusive_ptr<IData>& data) override {
+        this->Run([&] {
+            this->RequirePicture(data.get());
+            std::int64_t const duration = data->GetDuration();
+            std::int64_t const timeStamp = data->GetTimeStamp();
+            ProcessInternal(data);
+            data->SetDuration(duration);
+            data->SetTimeStamp(timeStamp);
+        });
+    }
+
+    /// The effect's work: in place, or by replacing the handle.
+    virtual void ProcessInternal(intrusive_ptr<IData>& data) = 0;
+};
+
+/// Base of effects on a first picture, the result, and a second one that is read.
+template <class Interface, class SettingsClass>
+class EffectBaseTwoInput : public EffectBase<Interface, SettingsClass> {
+public:
+    using EffectBase<Interface, SettingsClass>::EffectBase;
+    using Interface::ProcessData;
+
+    void ProcessData(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+        this->Run([&] {
+            this->RequirePicture(first.get());
+            this->RequirePicture(second.get());
+            ProcessInternal(first, second);
+        });
+    }
+
+    virtual void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) = 0;
+};
+
+/// Base of effects on any number of pictures. Empty settings give a null result.
+template <class Interface, class SettingsClass>
+class EffectBaseVarInput : public EffectBase<Interface, SettingsClass> {
+public:
+    using EffectBase<Interface, SettingsClass>::EffectBase;
+
+    intrusive_ptr<IData> Process(std::vector<intrusive_ptr<IData>> const& inputs) override {
+        intrusive_ptr<IData> result;
+        this->Run([&] { result = ProcessInternal(inputs); });
+        return result;
+    }
+
+    virtual intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
+};
+
+/// What a factory function returns: the effect, with this handle as its only owner.
+template <class Effect>
+intrusive_ptr<IEffect> MakeEffect(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeShared<Effect>(factory, context);
+}
+
+} // namespace Velnor::Proc

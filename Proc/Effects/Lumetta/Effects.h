@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Proc/Interfaces/IEffectRegistry.h"
+
+namespace Velnor::Proc {
+
+// The factory function of each effect, defined last in the effect's own source.
+intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context);
+
+} // namespace Velnor::Proc
+
+/// The plug-in's only export: registers its effects, in the order of the contract. What the registry throws passes
+/// through and ends the registration.
+extern "C" VELNOR_API void Registrator(Velnor::Proc::IEffectRegistry* registry);

@@ -1,0 +1,19 @@
+// EmptyEffect: does nothing. The smallest effect, and the one to copy for a new one's frame.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Settings/SettingsEffectEmpty.h"
+
+namespace Velnor::Proc {
+
+class EmptyEffect : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectEmpty> {
+public:
+    using EffectBaseOneInput::EffectBaseOneInput;
+
+    void ProcessInternal(intrusive_ptr<IData>& /*data*/) override {}
+};
+
+intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<EmptyEffect>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,63 @@
+// Pixelate: a mosaic, by making the picture small and large again.
+//
+//     factor  = scale curve of the strength, for the picture's shorter side
+//     picture = upscaler(downscaler(picture))      configured for a new frame format or new settings
+//
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/ScaleCurve.h"
+#include "Proc/Settings/SettingsEffectPixelate.h"
+
+namespace Velnor::Proc {
+
+class Pixelate : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectPixelate> {
+public:
+    Pixelate(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          downscaler(MakeOneInput<SettingsResizer>()),
+          upscaler(MakeOneInput<SettingsResizer>()) {}
+
+    void ResetSettings() override {
+        configuredFrame = {};
+        EffectBaseOneInput::ResetSettings();
+    }
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        FrameFormat const frame = data->GetFrameFormat();
+        Configure(frame);
+        downscaler->ProcessData(data);
+        upscaler->ProcessData(data);
+        AsVideo(data).SetRectangle(0, 0, frame.width, frame.height);
+    }
+
+private:
+    void Configure(FrameFormat const& frame) {
+        if (frame == configuredFrame) return;
+        configuredFrame = {};
+        SettingsResizer resize;
+        resize.SetKeepAttributes(true);
+        resize.SetAtLeastOnePixel(true);
+        resize.SetMethod(settings.GetMethodDownscale());
+        resize.SetMode(SettingsResizer::BY_FACTOR);
+        resize.SetFactor(Kernels::PixelateScale(settings.GetStrength(), frame.width, frame.height));
+        LOG(INFO) << "Pixelate scale: " << resize.GetFactor();
+        downscaler->SetSettings(resize);
+
+        resize.SetMethod(settings.GetMethodUpscale());
+        resize.SetMode(SettingsResizer::TO_FRAME);
+        resize.SetFitting(SettingsResizer::STRETCH);
+        resize.SetTarget(frame);
+        upscaler->SetSettings(resize);
+        configuredFrame = frame;
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> downscaler;
+    intrusive_ptr<IOneInputEffectVideo> upscaler;
+    FrameFormat configuredFrame; ///< That the resizers are configured for; all zero when they are not.
+};
+
+intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Pixelate>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,36 @@
+#include "Proc/Effects/Lumetta/Effects.h"
+
+#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectCustom.h"
+#include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectWhiteBalance.h"
+
+namespace {
+
+using namespace Velnor::Proc;
+
+using RegisterOperation = void (IEffectRegistry::*)(std::string const&, std::string const&, EffectFactoryFunction,
+                                                    void*);
+
+struct Registration {
+    std::string const& classId;
+    RegisterOperation operation;
+    EffectFactoryFunction factory;
+};
+
+constexpr RegisterOperation ONE_INPUT = &IEffectRegistry::RegisterOneInputEffect;
+
+} // namespace
+
+void Registrator(IEffectRegistry* registry) {
+    // The order is part of the contract: by settings class, with a few exceptions that hosts know.
+    Registration const registrations[] = {
+        {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
+        {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
+        {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
+    };
+    for (Registration const& entry : registrations)
+        (registry->*entry.operation)(entry.classId, ImplNames::VELNOR, entry.factory, nullptr);
+}
