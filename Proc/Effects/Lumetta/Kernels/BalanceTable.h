@@ -1,0 +1,3 @@
+#pragma once
+#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+namespace Velnor::Proc::Kernels { Table BalanceTable(int c, int grey); }

@@ -1,0 +1,125 @@
+#pragma once
+
+// A factory whose effects write down what is done with them. What a composition asserts on is the list of calls:
+//
+//     create 1 SettingsResizer/Default
+//     set 1 mode=by-factor factor=0.5
+//     run 1
+
+#include "Proc/Interfaces/IEffectFactory.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Velnor::Proc::Testing {
+
+/// The fields that differ from their defaults, as "name=value", separated by blanks.
+inline std::string DescribeChanges(Settings const& settings) {
+    std::string text;
+    for (SettingsField const& field : settings.GetType().describe())
+        if (std::string const value = field.print(settings); value != field.defaultText)
+            text += " " + field.name + "=" + value;
+    return text;
+}
+
+struct Recorder {
+    using OneInput = std::function<void(DataHandle&)>;
+    using TwoInput = std::function<void(DataHandle&, ConstDataHandle const&)>;
+
+    std::vector<std::string> calls;
+    std::map<int, OneInput> oneInput; ///< What effect n does when it runs; nothing when it is not here.
+    std::map<int, TwoInput> twoInput;
+    std::function<void(std::string const& call)> onCall; ///< Sees each call before it counts; may throw.
+    int created = 0;
+
+    void Note(std::string const& call) {
+        calls.push_back(call);
+        if (onCall) onCall(call);
+    }
+    std::vector<std::string> Take() { return std::exchange(calls, {}); }
+};
+
+template <class Kind>
+class RecordingEffect : public Kind {
+public:
+    RecordingEffect(Recorder& calls, int index, std::string const& classId)
+        : recorder(calls), number(index), settings(SettingsType::Find(classId)->create()) {}
+
+    using Kind::ProcessData;
+    void SetSettings(Settings const& next) override {
+        recorder.Note("set " + std::to_string(number) + DescribeChanges(next));
+        settings = next.Clone();
+    }
+    void Flush() override { recorder.Note("flush " + std::to_string(number)); }
+    void ResetSettings() override { recorder.Note("reset " + std::to_string(number)); }
+    Core::Property GetStatistic() override { return Core::Property("recorded"); }
+    Settings const& GetSettingsBase() const override { return *settings; }
+
+protected:
+    void NoteRun() { recorder.Note("run " + std::to_string(number)); }
+
+    Recorder& recorder;
+    int const number;
+    std::unique_ptr<Settings> settings;
+};
+
+class RecordingOneInput : public RecordingEffect<IOneInputEffectVideo> {
+public:
+    using RecordingEffect::ProcessData;
+    using RecordingEffect::RecordingEffect;
+    void ProcessData(DataHandle& data) override {
+        NoteRun();
+        if (auto const found = recorder.oneInput.find(number); found != recorder.oneInput.end()) found->second(data);
+    }
+};
+
+class RecordingTwoInput : public RecordingEffect<ITwoInputEffectVideo> {
+public:
+    using RecordingEffect::ProcessData;
+    using RecordingEffect::RecordingEffect;
+    void ProcessData(DataHandle& first, ConstDataHandle const& second) override {
+        NoteRun();
+        if (auto const found = recorder.twoInput.find(number); found != recorder.twoInput.end())
+            found->second(first, second);
+    }
+};
+
+/// The recorder must outlive the effects.
+class RecordingFactory : public IEffectFactory {
+public:
+    explicit RecordingFactory(Recorder& calls) : recorder(calls) {}
+
+    bool Has(std::string const&, std::string const&) const override { return true; }
+    EffectKind GetKind(std::string const&, std::string const&) const override { return EffectKind::OneInput; }
+    std::vector<std::string> GetClassIds() const override { return {}; }
+    std::vector<std::string> GetImplNames(std::string const&) const override { return {}; }
+    intrusive_ptr<IEffect> CreateEffect(std::string const& classId, std::string const& impl) override {
+        return Create<RecordingOneInput>(classId, impl);
+    }
+    bool HasOneInputEffect(std::string const&, std::string const&) const override { return true; }
+    void CreateOneInputEffect(intrusive_ptr<IOneInputEffectVideo>* result, std::string const& classId,
+                              std::string const& impl) override {
+        *result = Create<RecordingOneInput>(classId, impl);
+    }
+    bool HasTwoInputEffect(std::string const&, std::string const&) const override { return true; }
+    bool HasVarInputEffect(std::string const&, std::string const&) const override { return false; }
+    void CreateVarInputEffect(intrusive_ptr<IVarInputEffectVideo>*, std::string const&, std::string const&) override {}
+    void CreateTwoInputEffect(intrusive_ptr<ITwoInputEffectVideo>* result, std::string const& classId,
+                              std::string const& impl) override {
+        *result = Create<RecordingTwoInput>(classId, impl);
+    }
+
+private:
+    template <class Effect>
+    intrusive_ptr<Effect> Create(std::string const& classId, std::string const& impl) {
+        int const number = ++recorder.created;
+        recorder.Note("create " + std::to_string(number) + " " + classId + "/" + impl);
+        return MakeShared<Effect>(recorder, number, classId);
+    }
+
+    Recorder& recorder;
+};
+
+} // namespace Velnor::Proc::Testing
