@@ -1,2 +1,0 @@
-#pragma once
-namespace Velnor::Proc::Kernels { double PixelateScale(double strength, unsigned int width, unsigned int height); }
