@@ -40,7 +40,7 @@ public:
     /// missing, is no library, has no Registrator, or throws while registering.
     void LoadPlugin(std::filesystem::path const& file);
 
-    /// Loads the plug-ins that came with the host, from the folder "velnor" beside its library.
+    /// Loads the plug-ins that came with the host, from the folder "velnor/plugins" beside its library.
     void LoadInstalledPlugins();
 
     FactoryHandle const& GetFactory() const;

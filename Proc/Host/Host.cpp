@@ -1,0 +1,37 @@
+#include "Proc/Host/Host.h"
+
+#include "Proc/Effects/General/RegisterGeneralEffects.h"
+#include "Proc/Host/Context.h"
+#include "Proc/Host/Factory.h"
+#include "Proc/Host/PluginLoader.h"
+#include "Proc/Host/Registry.h"
+
+namespace Velnor::Proc {
+
+struct Host::State {
+    std::shared_ptr<Registry> registry = std::make_shared<Registry>("host");
+    ContextHandle context = MakeShared<Context>();
+    FactoryHandle factory = MakeShared<Factory>(registry, context);
+};
+
+Host::Host() : state(std::make_unique<State>()) { RegisterGeneralEffects(*state->registry); }
+
+Host::~Host() = default;
+
+void Host::LoadPlugin(std::filesystem::path const& file) { LoadPluginFile(file, *state->registry); }
+
+void Host::LoadInstalledPlugins() {
+    for (std::filesystem::path const& file : FindInstalledPlugins()) LoadPlugin(file);
+}
+
+FactoryHandle const& Host::GetFactory() const { return state->factory; }
+ContextHandle const& Host::GetContext() const { return state->context; }
+IEffectRegistry& Host::GetRegistry() { return *state->registry; }
+
+std::vector<RegisteredEffect> Host::GetEffects() const {
+    std::vector<RegisteredEffect> effects;
+    for (Registration const& registration : state->registry->GetAll()) effects.push_back(registration.effect);
+    return effects;
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,96 @@
+#include "Proc/Host/PluginLoader.h"
+
+#include "Proc/Host/Registry.h"
+#include "Proc/Interfaces/ProcException.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+namespace Velnor::Proc {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char const* ENTRY = "Registrator";
+
+[[noreturn]] void Fail(fs::path const& file, std::string reason) {
+    std::ranges::replace(reason, '\n', ' ');
+    VELNOR_THROW(ProcException, "Plug-in " + file.string() + " cannot be loaded: " + reason);
+}
+
+/// The loader's last error, without the path that it mostly begins with.
+std::string GetLoaderError(std::string const& path) {
+    char const* const error = dlerror();
+    std::string const text = error == nullptr ? "the loader gives no reason" : error;
+    std::string const prefix = path + ": ";
+    return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
+}
+
+/// An open library, closed at the end unless it is kept.
+class Library {
+public:
+    explicit Library(fs::path const& file) {
+        std::error_code error;
+        // A bare name would be looked up along the loader's search path, and might be another file.
+        std::string const path = fs::absolute(file, error).string();
+        if (!fs::exists(path, error)) Fail(file, "there is no such file.");
+        handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (handle == nullptr) Fail(file, GetLoaderError(path) + ".");
+    }
+    ~Library() {
+        if (handle != nullptr) dlclose(handle);
+    }
+    Library(Library const&) = delete;
+    Library& operator=(Library const&) = delete;
+
+    RegistratorFunction GetEntry() const { return reinterpret_cast<RegistratorFunction>(dlsym(handle, ENTRY)); }
+    void Keep() { handle = nullptr; }
+
+private:
+    void* handle = nullptr;
+};
+
+/// What the plug-in's entry threw, as text; empty when it returned. The exception may be of the plug-in's own type, so
+/// it ends here, before its library can be closed.
+std::string Register(RegistratorFunction entry, Registry& registry) {
+    try {
+        entry(&registry);
+        return {};
+    } catch (...) {
+        std::string const description = DescribeCurrentException();
+        return description.empty() ? "an exception without a description" : description;
+    }
+}
+
+} // namespace
+
+void LoadPluginFile(fs::path const& file, Registry& registry) {
+    Library library(file);
+    RegistratorFunction const entry = library.GetEntry();
+    if (entry == nullptr) Fail(file, std::string("it has no entry ") + ENTRY + ", so it is no plug-in.");
+    Registry staged(file.filename().string(), &registry);
+    std::string const error = Register(entry, staged);
+    if (!error.empty()) Fail(file, std::string("its ") + ENTRY + " failed: " + error);
+    registry.Merge(staged);
+    library.Keep();
+}
+
+std::vector<fs::path> FindInstalledPlugins() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void const*>(&FindInstalledPlugins), &info) == 0 || info.dli_fname == nullptr)
+        return {};
+    std::error_code error;
+    fs::path const library = fs::canonical(info.dli_fname, error);
+    if (error) return {};
+    std::vector<fs::path> files;
+    for (fs::directory_iterator at(library.parent_path() / "velnor" / "plugins", error), end; !error && at != end;
+         at.increment(error))
+        if (at->path().extension() == ".so") files.push_back(at->path());
+    std::ranges::sort(files);
+    return files;
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Core/Export.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace Velnor::Proc {
+
+class Registry;
+
+/// Loads a plug-in and merges the effects that it registers, with its file name as their origin. Throws ProcException,
+/// the registry as it was, when the file is missing, is no library, has no Registrator, or when that throws.
+VELNOR_API void LoadPluginFile(std::filesystem::path const& file, Registry& registry);
+
+/// The plug-ins that came with the host, ordered by name: the libraries in the folder "velnor/plugins" beside its own
+/// library. Empty when there is no such folder. The folder is the plug-ins' alone, so nothing is run to find out.
+VELNOR_API std::vector<std::filesystem::path> FindInstalledPlugins();
+
+} // namespace Velnor::Proc
