@@ -1,0 +1,113 @@
+#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+
+#include "Proc/Effects/Lumetta/Kernels/ByteTablesX86.h"
+#include "Proc/Interfaces/ProcException.h"
+
+#include <algorithm>
+#include <string>
+
+namespace Velnor::Proc::Kernels {
+namespace {
+
+void Check(ConstPlane const& source, MutablePlane const& target, std::size_t tablesCount, unsigned int pixelBytes) {
+    using std::to_string;
+    if (pixelBytes < 1 || pixelBytes > 4)
+        VELNOR_THROW(ProcException, "pixels of " + to_string(pixelBytes) + " bytes cannot be mapped: 1 to 4 can");
+    if (tablesCount < 1 || tablesCount > pixelBytes)
+        VELNOR_THROW(ProcException, to_string(tablesCount) + " tables for a pixel of " + to_string(pixelBytes) +
+                                        " bytes: give 1 to " + to_string(pixelBytes));
+    if (source.GetWidth() != target.GetWidth() || source.GetHeight() != target.GetHeight())
+        VELNOR_THROW(ProcException, "a plane of " + to_string(source.GetWidth()) + " bytes x " +
+                                        to_string(source.GetHeight()) + " rows cannot be mapped to one of " +
+                                        to_string(target.GetWidth()) + " x " + to_string(target.GetHeight()));
+}
+
+#ifdef VELNOR_BYTE_TABLES_X86
+bool IsSupported(Target target) {
+    __builtin_cpu_init();
+    bool const avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq");
+    switch (target) {
+    case Target::Scalar:
+        return true;
+    case Target::Sse4:
+        return __builtin_cpu_supports("sse4.1");
+    case Target::Avx2:
+        return __builtin_cpu_supports("avx2");
+    case Target::Avx512:
+        return avx512;
+    case Target::Avx512Vbmi:
+        return avx512 && __builtin_cpu_supports("avx512vbmi");
+    }
+    return false;
+}
+
+auto FindEntry(Target target) {
+    switch (target) {
+    case Target::Scalar:
+        break;
+    case Target::Sse4:
+        return Sse4::MapRows;
+    case Target::Avx2:
+        return Avx2::MapRows;
+    case Target::Avx512:
+        return Avx512::MapRows;
+    case Target::Avx512Vbmi:
+        return Avx512Vbmi::MapRows;
+    }
+    return MapBytesScalar;
+}
+#else
+bool IsSupported(Target target) { return target == Target::Scalar; }
+auto FindEntry(Target) { return MapBytesScalar; }
+#endif
+
+} // namespace
+
+std::string_view GetTargetName(Target target) {
+    static constexpr std::array<std::string_view, 5> NAMES{"scalar", "sse4", "avx2", "avx512", "avx512vbmi"};
+    return NAMES.at(static_cast<std::size_t>(target));
+}
+
+std::vector<Target> SupportedTargets() {
+    std::vector<Target> targets{Target::Scalar, Target::Sse4, Target::Avx2, Target::Avx512, Target::Avx512Vbmi};
+    std::erase_if(targets, [](Target target) { return !IsSupported(target); });
+    return targets;
+}
+
+void MapBytesScalar(ConstPlane const& source, MutablePlane const& target, std::span<Table const> tables,
+                    unsigned int pixelBytes) {
+    std::uint64_t const wholePixels = source.GetWidth() / pixelBytes;
+    for (std::uint64_t y = 0; y < source.GetHeight(); ++y) {
+        unsigned char const* from = source.GetRow(y);
+        unsigned char* to = target.GetRow(y);
+        for (std::uint64_t x = 0; x < wholePixels; ++x, from += pixelBytes, to += pixelBytes)
+            for (std::size_t k = 0; k < pixelBytes; ++k) to[k] = k < tables.size() ? tables[k][from[k]] : from[k];
+    }
+}
+
+void MapBytesWith(Target instructionSet, ConstPlane const& source, MutablePlane const& target,
+                  std::span<Table const> tables, unsigned int pixelBytes) {
+    Check(source, target, tables.size(), pixelBytes);
+    if (!IsSupported(instructionSet))
+        VELNOR_THROW(ProcException, "this processor has no " + std::string(GetTargetName(instructionSet)));
+    if (source.IsEmpty()) return;
+    // One table for every byte needs no telling apart of the bytes.
+    auto const differs = [&](Table const& table) { return table != tables[0]; };
+    if (tables.size() == pixelBytes && pixelBytes > 1 && std::none_of(tables.begin() + 1, tables.end(), differs)) {
+        std::uint64_t const whole = source.GetWidth() - source.GetWidth() % pixelBytes;
+        FindEntry(instructionSet)(ConstPlane(source.GetData(), source.GetStride(), whole, source.GetHeight()),
+                                  MutablePlane(target.GetData(), target.GetStride(), whole, target.GetHeight()),
+                                  tables.first(1), 1);
+        return;
+    }
+    FindEntry(instructionSet)(source, target, tables, pixelBytes);
+}
+
+void MapBytes(ConstPlane const& source, MutablePlane const& target, std::span<Table const> tables,
+              unsigned int pixelBytes) {
+    static Target const BEST = SupportedTargets().back();
+    MapBytesWith(BEST, source, target, tables, pixelBytes);
+}
+
+} // namespace Velnor::Proc::Kernels
