@@ -37,10 +37,12 @@ AVPixelFormat ToLibrary(PixFmt format) {
     return av_get_pix_fmt(name.c_str());
 }
 
+/// Fast bilinear is plain bilinear: the library's own puts the first samples of source and target over one another
+/// instead of their outer edges, which moves the picture by half a pixel.
 int ToFlags(SettingsResizer::ResizeMethods method) {
-    static constexpr std::array<int, 11> FLAGS{SWS_FAST_BILINEAR, SWS_BILINEAR, SWS_BICUBIC,  SWS_X,
-                                               SWS_POINT,         SWS_AREA,     SWS_BICUBLIN, SWS_GAUSS,
-                                               SWS_SINC,          SWS_LANCZOS,  SWS_SPLINE};
+    static constexpr std::array<int, 11> FLAGS{SWS_BILINEAR, SWS_BILINEAR, SWS_BICUBIC,  SWS_X,
+                                               SWS_POINT,    SWS_AREA,     SWS_BICUBLIN, SWS_GAUSS,
+                                               SWS_SINC,     SWS_LANCZOS,  SWS_SPLINE};
     return FLAGS[static_cast<std::size_t>(method)] | QUALITY_FLAGS;
 }
 
@@ -88,8 +90,8 @@ Scaler::Scaler() {
 Scaler::~Scaler() = default;
 
 std::uint32_t Scaler::GetLargestShrink(SettingsResizer::ResizeMethods method) {
-    // 200 taps over the width of each method's kernel, in source pixels a target pixel.
-    static constexpr std::array<std::uint32_t, 11> LARGEST{100, 100, 50, 25, 200, 200, 50, 25, 10, 33, 10};
+    // 150 taps over the width of each method's kernel, in source pixels a target pixel.
+    static constexpr std::array<std::uint32_t, 11> LARGEST{75, 75, 37, 18, 150, 150, 37, 18, 7, 25, 7};
     return LARGEST[static_cast<std::size_t>(method)];
 }
 

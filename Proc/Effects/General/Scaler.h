@@ -57,11 +57,11 @@ public:
     /// refuses.
     void Scale(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method);
 
-    /// How many times smaller than its source a target may be in one step: filters have at most 256 taps.
-    static std::uint32_t GetLargestShrink(SettingsResizer::ResizeMethods method);
+    /// How many times smaller than its source a target may be in one step: filters have at most 204 taps.
+    VELNOR_API static std::uint32_t GetLargestShrink(SettingsResizer::ResizeMethods method);
 
-    /// Sides beyond this are refused by callers: row sizes are 32-bit in libswscale.
-    static constexpr std::uint32_t MAX_SIDE = 1U << 24;
+    /// Sides beyond this are refused by callers: no picture is larger.
+    static constexpr std::uint32_t MAX_SIDE = 1U << 20;
 
 private:
     struct Geometry {
