@@ -69,7 +69,7 @@ protected:
 TEST_P(EveryEffect, StartsWithDefaultSettingsOfItsClass) {
     auto const effect = Make();
     EXPECT_EQ(effect->GetRefCount(), 1U);
-    EXPECT_EQ(&effect->GetSettingsBase().GetType(), &Type());
+    EXPECT_EQ(effect->GetSettingsBase().GetType().classId, Type().classId);
     EXPECT_EQ(effect->GetStatistic().FindChild("Count")->GetValue(), "0");
 }
 
