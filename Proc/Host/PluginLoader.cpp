@@ -78,15 +78,20 @@ void LoadPluginFile(fs::path const& file, Registry& registry) {
     library.Keep();
 }
 
-std::vector<fs::path> FindInstalledPlugins() {
+fs::path GetInstalledFolder() {
     Dl_info info{};
-    if (dladdr(reinterpret_cast<void const*>(&FindInstalledPlugins), &info) == 0 || info.dli_fname == nullptr)
-        return {};
+    if (dladdr(reinterpret_cast<void const*>(&GetInstalledFolder), &info) == 0 || info.dli_fname == nullptr) return {};
     std::error_code error;
     fs::path const library = fs::canonical(info.dli_fname, error);
-    if (error) return {};
+    return error ? fs::path() : library.parent_path() / "velnor";
+}
+
+std::vector<fs::path> FindInstalledPlugins() {
+    fs::path const folder = GetInstalledFolder();
+    if (folder.empty()) return {};
+    std::error_code error;
     std::vector<fs::path> files;
-    for (fs::directory_iterator at(library.parent_path() / "velnor" / "plugins", error), end; !error && at != end;
+    for (fs::directory_iterator at(folder / "plugins", error), end; !error && at != end;
          at.increment(error))
         if (at->path().extension() == ".so") files.push_back(at->path());
     std::ranges::sort(files);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Proc/Host/Files/VipsSupport.h"
+
+namespace Velnor::Proc::Files {
+
+/// The image as grey or RGB, each with or without alpha (1 to 4 bands), of 8 or unsigned 16 bits. CMYK goes through the
+/// embedded profile, or a common one where there is none, to sRGB; Lab and other models go to sRGB; floating point is
+/// linear light from 0 to 1, so it gets the sRGB curve. A profile that no longer describes the values is taken out.
+/// Null when the library fails.
+OwnedImage MakeDisplayable(OwnedImage image);
+
+} // namespace Velnor::Proc::Files

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Proc/Host/PictureFile.h"
+
+#include <filesystem>
+
+namespace Velnor::Proc::Files {
+
+enum class FileKind : std::uint8_t { Jpeg, Png, Tiff, WebP };
+
+/// What the module that knows picture files offers to the host.
+struct FilesModule {
+    LoadedPicture (*read)(std::filesystem::path const& path, IEffectContext& context, ReadOptions const& options);
+
+    /// The picture is in a format that the kind takes, the quality in range.
+    void (*write)(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
+                  PictureMetadata const* metadata, WriteOptions const& options);
+};
+
+using FilesModuleFunction = FilesModule const* (*)();
+
+/// Name of the module's entry, a FilesModuleFunction. It makes the file library ready and throws FileException when
+/// that fails.
+inline constexpr char const* FILES_MODULE_ENTRY = "GetVelnorFiles";
+inline constexpr char const* FILES_MODULE_FILE = "libVelnorFiles.so";
+
+} // namespace Velnor::Proc::Files

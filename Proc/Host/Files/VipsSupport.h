@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vips/vips.h>
+
+#include <memory>
+#include <string>
+
+namespace Velnor::Proc::Files {
+
+struct Unreference {
+    template <class Object>
+    void operator()(Object* object) const {
+        g_object_unref(object);
+    }
+};
+
+/// Owns one reference to an object of the file library.
+template <class Object>
+using Owned = std::unique_ptr<Object, Unreference>;
+using OwnedImage = Owned<VipsImage>;
+
+/// Makes the file library ready, once: no cache of operations, which would keep whole pictures; no loader that is known
+/// to be unsafe on hostile files; nothing printed. Throws FileException.
+void StartVips();
+
+/// The file library's latest complaint as part of a sentence: one line, without the name of its inner part and without
+/// a full stop. Empties the list of complaints, which the library keeps for all threads together: when several fail at
+/// the same time, one may get the other's reason.
+std::string TakeError();
+
+} // namespace Velnor::Proc::Files

@@ -1,0 +1,112 @@
+#include "Proc/Host/PictureFile.h"
+
+#include "Proc/Host/Files/FilesModule.h"
+#include "Proc/Host/PluginLoader.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <span>
+#include <string_view>
+
+namespace Velnor::Proc {
+namespace {
+
+namespace fs = std::filesystem;
+using Files::FileKind;
+
+/// One kind of file: its extensions, and which formats it holds as they are.
+struct KindRecord {
+    FileKind kind;
+    std::span<std::string_view const> extensions;
+    std::span<PixFmt const> formats;
+};
+
+constexpr std::array<std::string_view, 3> JPEG_NAMES{".jpg", ".jpeg", ".jpe"};
+constexpr std::array<std::string_view, 1> PNG_NAMES{".png"};
+constexpr std::array<std::string_view, 2> TIFF_NAMES{".tif", ".tiff"};
+constexpr std::array<std::string_view, 1> WEBP_NAMES{".webp"};
+constexpr std::array<PixFmt, 2> JPEG_FORMATS{PixFmt::RGB24, PixFmt::GRAY8};
+constexpr std::array<PixFmt, 5> PNG_FORMATS{PixFmt::RGB24, PixFmt::RGBA, PixFmt::GRAY8, PixFmt::YA8, PixFmt::PAL8};
+constexpr std::array<PixFmt, 4> TIFF_FORMATS{PixFmt::RGB24, PixFmt::RGBA, PixFmt::GRAY8, PixFmt::YA8};
+constexpr std::array<PixFmt, 2> WEBP_FORMATS{PixFmt::RGB24, PixFmt::RGBA};
+constexpr std::array<KindRecord, 4> KINDS{{{FileKind::Jpeg, JPEG_NAMES, JPEG_FORMATS},
+                                           {FileKind::Png, PNG_NAMES, PNG_FORMATS},
+                                           {FileKind::Tiff, TIFF_NAMES, TIFF_FORMATS},
+                                           {FileKind::WebP, WEBP_NAMES, WEBP_FORMATS}}};
+
+KindRecord const& FindKind(fs::path const& path) {
+    std::string extension = path.extension().string();
+    std::ranges::transform(extension, extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    std::string known;
+    for (KindRecord const& record : KINDS) {
+        if (std::ranges::find(record.extensions, extension) != record.extensions.end()) return record;
+        for (std::string_view const name : record.extensions) known += (known.empty() ? "" : ", ") + std::string(name);
+    }
+    VELNOR_THROW(FileOutputException,
+                 path.string() + " cannot be written: " +
+                     (extension.empty() ? "the name has no extension" : "the extension " + extension + " is unknown") +
+                     "; known are " + known + ".");
+}
+
+/// Whether a picture of the format can be written as the kind, alpha laid over black where the file has none.
+bool Takes(KindRecord const& record, PixFmt format) {
+    bool const flattened = record.kind == FileKind::Jpeg && (format == PixFmt::RGBA || format == PixFmt::YA8);
+    return flattened || std::ranges::find(record.formats, format) != record.formats.end();
+}
+
+void RequireFormat(fs::path const& path, KindRecord const& record, PixFmtDescription const& description) {
+    if (Takes(record, description.format)) return;
+    std::string known;
+    for (PixFmtDescription const& each : PixFmtDescription::GetAll())
+        if (Takes(record, each.format)) known += (known.empty() ? "" : ", ") + std::string(each.name);
+    VELNOR_THROW(FileOutputException, path.string() + " cannot be written: such a file holds pictures in " + known +
+                                          ", not in " + std::string(description.name) + ".");
+}
+
+Files::FilesModule const& LoadModule() {
+    fs::path const file = GetInstalledFolder() / Files::FILES_MODULE_FILE;
+    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        char const* const error = dlerror();
+        VELNOR_THROW(FileException, "Picture files need the module " + file.string() + ", which cannot be loaded: " +
+                                        (error == nullptr ? "the loader gives no reason" : error) + ".");
+    }
+    auto const entry = reinterpret_cast<Files::FilesModuleFunction>(dlsym(library, Files::FILES_MODULE_ENTRY));
+    if (entry == nullptr)
+        VELNOR_THROW(FileException, "Picture files need the module " + file.string() + ", which has no entry " +
+                                        Files::FILES_MODULE_ENTRY + ".");
+    return *entry();
+}
+
+Files::FilesModule const& GetModule() {
+    static Files::FilesModule const& module = LoadModule(); // Tried anew by the next caller when it throws.
+    return module;
+}
+
+} // namespace
+
+PictureMetadata::~PictureMetadata() = default;
+
+LoadedPicture ReadPicture(fs::path const& path, IEffectContext& context, ReadOptions const& options) {
+    return GetModule().read(path, context, options);
+}
+
+void WritePicture(fs::path const& path, IDataVideo const& picture, PictureMetadata const* metadata,
+                  WriteOptions const& options) {
+    KindRecord const& record = FindKind(path);
+    RequireFormat(path, record, picture.GetDescription());
+    if (options.quality < 1 || options.quality > 100)
+        VELNOR_THROW(FileOutputException, path.string() + " cannot be written: the quality is 1 to 100, not " +
+                                              std::to_string(options.quality) + ".");
+    GetModule().write(path, record.kind, picture, metadata, options);
+}
+
+std::vector<PixFmt> GetWritableFormats(fs::path const& path) {
+    KindRecord const& record = FindKind(path);
+    return {record.formats.begin(), record.formats.end()};
+}
+
+} // namespace Velnor::Proc
