@@ -30,34 +30,26 @@ int GetBitDepth(unsigned char highest) {
     return highest < 16 ? 4 : 8;
 }
 
-/// The indexes in the upper bits, where the library looks for them when it writes fewer than 8.
-struct GreyIndexes {
-    ConstPlane indexes;
-    int shift;
-};
-
 int CopyStrip(VipsRegion* region, void*, void* user, void*, gboolean*) {
-    auto const* const source = static_cast<GreyIndexes const*>(user);
+    auto const* const indexes = static_cast<ConstPlane const*>(user);
     VipsRect const& area = region->valid;
-    for (int y = area.top; y < area.top + area.height; ++y) {
-        unsigned char const* const row = source->indexes.GetRow(static_cast<std::uint64_t>(y)) + area.left;
-        std::transform(row, row + area.width, VIPS_REGION_ADDR(region, area.left, y),
-                       [source](unsigned char index) { return static_cast<unsigned char>(index << source->shift); });
-    }
+    for (int y = area.top; y < area.top + area.height; ++y)
+        std::memcpy(VIPS_REGION_ADDR(region, area.left, y), indexes->GetRow(static_cast<std::uint64_t>(y)) + area.left,
+                    static_cast<std::size_t>(area.width));
     return 0;
 }
 
-/// A grey PNG file of the indexes, in memory; empty when the library fails.
-std::string EncodeIndexes(GreyIndexes const& source, int depth, VipsMetadata const* metadata) {
+/// A grey PNG file of the indexes, in memory; empty when the library fails. At fewer than 8 bits the library takes the
+/// lower bits of each value.
+std::string EncodeIndexes(ConstPlane const& indexes, int depth, VipsMetadata const* metadata) {
     OwnedImage const image(vips_image_new());
-    vips_image_init_fields(image.get(), static_cast<int>(source.indexes.GetWidth()),
-                           static_cast<int>(source.indexes.GetHeight()), 1, VIPS_FORMAT_UCHAR, VIPS_CODING_NONE,
-                           VIPS_INTERPRETATION_B_W, 1.0, 1.0);
+    vips_image_init_fields(image.get(), static_cast<int>(indexes.GetWidth()), static_cast<int>(indexes.GetHeight()), 1,
+                           VIPS_FORMAT_UCHAR, VIPS_CODING_NONE, VIPS_INTERPRETATION_B_W, 1.0, 1.0);
     if (metadata != nullptr) metadata->Apply(image.get(), FileKind::Png);
     void* data = nullptr;
     std::size_t bytes = 0;
     if (vips_image_pipelinev(image.get(), VIPS_DEMAND_STYLE_THINSTRIP, nullptr) != 0 ||
-        vips_image_generate(image.get(), nullptr, CopyStrip, nullptr, const_cast<GreyIndexes*>(&source), nullptr) !=
+        vips_image_generate(image.get(), nullptr, CopyStrip, nullptr, const_cast<ConstPlane*>(&indexes), nullptr) !=
             0 ||
         vips_pngsave_buffer(image.get(), &data, &bytes, "bitdepth", depth, nullptr) != 0)
         return {};
@@ -113,8 +105,7 @@ bool WritePalettePng(OutputFile& file, IDataVideo const& picture, VipsMetadata c
     constexpr char INDEXED = 3;
     ConstPlane const indexes = picture.GetPlane(0);
     unsigned char const highest = FindHighestIndex(indexes);
-    int const depth = GetBitDepth(highest);
-    std::string const grey = EncodeIndexes({indexes, 8 - depth}, depth, metadata);
+    std::string const grey = EncodeIndexes(indexes, GetBitDepth(highest), metadata);
     if (grey.size() < HEADER_END) return false;
     std::string header = grey.substr(HEADER_DATA_AT, HEADER_DATA_BYTES);
     header[COLOR_TYPE] = INDEXED;
