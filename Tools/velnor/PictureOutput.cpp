@@ -10,6 +10,9 @@
 namespace Velnor::Tool {
 namespace {
 
+/// Other than a palette's, which has a place for opacity whether it is used or not.
+bool HasAlpha(PixFmt format) { return format != PixFmt::PAL8 && PixFmtDescription::Find(format)->hasAlpha; }
+
 bool IsPaletteOpaque(Proc::IDataVideo const& picture) {
     constexpr int ENTRY_SIZE = 4;
     constexpr int OPACITY = 3;
@@ -46,10 +49,10 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
     std::vector<PixFmt> formats = Proc::GetWritableFormats(file);
     bool const keepsAlpha = inputHadAlpha || !IsOpaque(Proc::AsVideo(picture));
     if (!keepsAlpha)
-        std::erase_if(formats, [&](PixFmt format) {
-            // A palette has a place for opacity whether it is used or not.
-            return format != PixFmt::PAL8 && PixFmtDescription::Find(format)->hasAlpha;
-        });
+        std::erase_if(formats, HasAlpha);
+    else if (std::ranges::none_of(formats, HasAlpha))
+        // The writer lays such pictures over black, which is better than dropping the alpha alone.
+        formats.insert(formats.end(), {PixFmt::RGBA, PixFmt::YA8});
     if (std::ranges::count(formats, picture->GetPixFmt()) > 0) return picture;
     std::erase(formats, PixFmt::PAL8);
     auto const converter =
