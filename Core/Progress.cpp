@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -52,8 +53,7 @@ public:
 
 private:
     /// Applies a change under the lock, then tells the observers and the parent outside it.
-    template <class Apply>
-    void Change(Apply const& apply) {
+    void Change(std::function<void()> const& apply) {
         double now = 0.0;
         {
             std::scoped_lock const lock(mutex);
