@@ -148,7 +148,10 @@ struct TextForm<std::vector<Element>> {
     }
     static std::string Print(std::vector<Element> const& list) {
         std::string text;
-        for (std::size_t i = 0; i < list.size(); ++i) text += (i == 0 ? "" : ",") + TextForm<Element>::Print(list[i]);
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            if (i > 0) text += ',';
+            text += TextForm<Element>::Print(list[i]);
+        }
         return text;
     }
 };
