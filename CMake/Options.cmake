@@ -16,14 +16,19 @@ if(VELNOR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${VELNOR_CCACHE})
 endif()
 
+file(RELATIVE_PATH VELNOR_RELATIVE_SOURCE_DIR ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" VELNOR_RELATIVE_SOURCE_DIR "${VELNOR_RELATIVE_SOURCE_DIR}")
+
 add_library(VelnorOptions INTERFACE)
 target_compile_features(VelnorOptions INTERFACE cxx_std_20)
 target_compile_options(VelnorOptions INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   # Tables and fields must be the same bytes with and without fused multiply-add.
   -ffp-contract=off
-  # __FILE__ reads "Proc/Host/Image.cpp", in messages and in exceptions, wherever the tree lies.
+  # __FILE__ reads "Proc/Host/Image.cpp", in messages and in exceptions, wherever the tree lies; ccache may have made
+  # the path relative to the build folder before the compiler sees it.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+  -ffile-prefix-map=${VELNOR_RELATIVE_SOURCE_DIR}/=
   $<$<BOOL:${VELNOR_WARNINGS_AS_ERRORS}>:-Werror>)
 target_include_directories(VelnorOptions INTERFACE ${PROJECT_SOURCE_DIR})
 # Linked by an installed target, so it is exported; what it carries is for building this tree alone.

@@ -14,8 +14,10 @@ struct SyncExecutePolicy {
     }
 };
 
-/// A list of observers. It does not own them: an observer unregisters before it dies. Registration is thread-safe; a
-/// handler may register or unregister during a publication, which goes on over the list as it stood.
+/// A list of observers. It does not own them: an observer unregisters before it dies. All operations may be called from
+/// any thread. Publications come one after another; a handler may itself register, unregister or publish. Once
+/// UnregisterEventHandler has returned, the handler is not called any more: on another thread than the publishing one
+/// it waits for the publication under way.
 template <class Handler, class ExecutePolicy>
 class EventHandlerList {
 public:
@@ -34,18 +36,20 @@ public:
 protected:
     ~EventHandlerList() = default;
 
+    /// Handlers that register during a publication are told from the next one on.
     template <class Call>
     void Publish(Call const& call) const {
-        std::vector<Handler*> current;
-        {
-            std::scoped_lock const lock(mutex);
-            current = handlers;
-        }
-        ExecutePolicy::Execute(current, call);
+        std::scoped_lock const lock(mutex);
+        if (handlers.empty()) return;
+        std::vector<Handler*> const current = handlers;
+        ExecutePolicy::Execute(current, [&](Handler& handler) {
+            if (std::find(handlers.begin(), handlers.end(), &handler) != handlers.end()) call(handler);
+        });
     }
 
 private:
-    mutable std::mutex mutex;
+    /// Recursive, because handlers run under it.
+    mutable std::recursive_mutex mutex;
     std::vector<Handler*> handlers;
 };
 

@@ -30,6 +30,8 @@ std::string DescribeCurrentException() {
         return DescribeException(error);
     } catch (std::exception const& error) {
         return error.what();
+    } catch (Exception const& error) {
+        return boost::core::demangle(typeid(error).name());
     } catch (...) {
         return "an exception of an unknown type";
     }

@@ -38,17 +38,19 @@ VELNOR_API std::string DescribeCurrentException();
 
 namespace Details {
 
-/// A source path cut at its extension, as text with static storage: "Proc/Host/Image.cpp" is "Proc/Host/Image".
+/// A source path cut at its extension, as text with static storage: "Proc/Host/Image.cpp" is "Proc/Host/Image". Steps
+/// up at its beginning go too: a compiler cache may hand the compiler paths relative to the build directory.
 template <std::size_t N>
 struct SourceName {
     char text[N]{};
     consteval SourceName(char const (&path)[N]) { // NOLINT(google-explicit-constructor): a template argument
-        std::string_view const whole(path, N - 1);
+        std::string_view whole(path, N - 1);
+        while (whole.starts_with("../")) whole.remove_prefix(3);
         std::size_t const slash = whole.rfind('/');
         std::size_t const dot = whole.rfind('.');
         bool const hasExtension = dot != std::string_view::npos && (slash == std::string_view::npos || dot > slash);
         std::size_t const length = hasExtension ? dot : whole.size();
-        for (std::size_t i = 0; i < length; ++i) text[i] = path[i];
+        for (std::size_t i = 0; i < length; ++i) text[i] = whole[i];
     }
 };
 template <SourceName Name>

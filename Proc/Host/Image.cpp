@@ -88,7 +88,7 @@ VideoHandle Image::Wrap(std::shared_ptr<MemoryPool> const& pool, PixFmt format, 
                                             SizeText(plane.GetWidth(), plane.GetHeight(), "bytes") + ".");
         state.view.planes[i] = {plane.GetData(), plane.GetStride(), size.rowBytes, size.rows, size.sampleBytes};
     }
-    state.view.samples = MakeShared<Samples>(state.view.planes, owner);
+    state.view.samples = MakeShared<SampleStorage>(state.view.planes, owner);
     return MakeShared<Image>(std::move(state));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Host/Samples.h"
+#include "Proc/Host/SampleStorage.h"
 #include "Proc/Interfaces/IData.h"
 
 #include <array>

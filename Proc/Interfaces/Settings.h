@@ -51,7 +51,7 @@ struct SettingsType {
     std::vector<SettingsField> (*describe)() = nullptr; ///< In order of declaration.
 
     /// The name that people type: the class identifier without "Settings" or "SettingsEffect", in kebab case.
-    std::string GetEffectName() const;
+    VELNOR_API std::string GetEffectName() const;
 
     /// All settings classes of this library, by class identifier.
     VELNOR_API static std::vector<SettingsType const*> const& GetAll();

@@ -107,6 +107,7 @@ std::vector<SettingsField> DescribeField(FieldType field) {
     std::vector<SettingsField> described;
     if constexpr (std::is_base_of_v<Settings, Value>) {
         for (SettingsField inner : Value::StaticType().describe()) {
+            bool const hasExample = inner.example != inner.defaultText;
             inner.name = name + "." + inner.name;
             inner.parse = [field, parse = inner.parse](Settings& settings, std::string_view text) {
                 parse(static_cast<Owner&>(settings).*field.member, text);
@@ -114,6 +115,9 @@ std::vector<SettingsField> DescribeField(FieldType field) {
             inner.print = [field, print = inner.print](Settings const& settings) {
                 return print(static_cast<Owner const&>(settings).*field.member);
             };
+            // The class that holds the object may default it otherwise than the object's own class does.
+            inner.defaultText = inner.print(Owner());
+            if (!hasExample) inner.example = inner.defaultText;
             described.push_back(std::move(inner));
         }
     } else if constexpr (requires { TextForm<Value>::TYPE; }) {
@@ -128,14 +132,10 @@ std::vector<SettingsField> DescribeField(FieldType field) {
         one.defaultText = TextForm<Value>::Print(Owner().*field.member);
         one.example = field.example.empty() ? one.defaultText : std::string(field.example);
         one.parse = [field](Settings& settings, std::string_view text) {
-            Value value = TextForm<Value>::Parse(text);
-            if constexpr (std::is_arithmetic_v<Value>) {
-                if (field.range && !(static_cast<double>(value) >= field.range->low &&
-                                     static_cast<double>(value) <= field.range->high))
-                    ThrowText(std::string(text) + " is outside the range " + PrintNumber(field.range->low) + " to " +
-                              PrintNumber(field.range->high));
-            }
-            static_cast<Owner&>(settings).*field.member = std::move(value);
+            // Before the type's own limits, so that the message names the range that a person may use.
+            if constexpr (std::is_arithmetic_v<Value>)
+                if (field.range) CheckRange(text, *field.range);
+            static_cast<Owner&>(settings).*field.member = TextForm<Value>::Parse(text);
         };
         one.print = [field](Settings const& settings) {
             return TextForm<Value>::Print(static_cast<Owner const&>(settings).*field.member);

@@ -8,7 +8,23 @@ namespace Velnor::Proc {
 namespace Details {
 namespace {
 
+template <class Real>
+std::string Shortest(Real value) {
+    char buffer[32];
+    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    return error == std::errc() ? std::string(buffer, end) : std::string();
+}
+
 std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+template <class Real>
+Real ReadNumber(std::string_view text) {
+    Real value = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        ThrowText(Quoted(text) + " is no number");
+    return value;
+}
 
 } // namespace
 
@@ -20,13 +36,8 @@ void ThrowChoice(std::string_view text, std::vector<std::string> const& choices)
     ThrowText(Quoted(text) + " is none of " + list);
 }
 
-double ParseNumber(std::string_view text) {
-    double value = 0.0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        ThrowText(Quoted(text) + " is no number");
-    return value;
-}
+float ParseFloat(std::string_view text) { return ReadNumber<float>(text); }
+double ParseNumber(std::string_view text) { return ReadNumber<double>(text); }
 
 std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t high) {
     std::int64_t value = 0;
@@ -38,19 +49,23 @@ std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t 
     return value;
 }
 
-std::string PrintNumber(double value) {
-    char buffer[32];
-    auto const [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return error == std::errc() ? std::string(buffer, end) : std::string();
+void CheckRange(std::string_view text, Range const& range) {
+    double const value = ParseNumber(text);
+    if (value >= range.low && value <= range.high) return;
+    ThrowText(std::string(text) + " is outside the range " + PrintNumber(range.low) + " to " + PrintNumber(range.high));
 }
+
+std::string PrintNumber(float value) { return Shortest(value); }
+std::string PrintNumber(double value) { return Shortest(value); }
 
 std::vector<std::string_view> SplitList(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
-    while (!text.empty()) {
-        std::size_t const end = std::min(text.find(separator), text.size());
+    if (text.empty()) return parts;
+    for (std::size_t end = text.find(separator); end != std::string_view::npos; end = text.find(separator)) {
         parts.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+        text.remove_prefix(end + 1);
     }
+    parts.push_back(text);
     return parts;
 }
 
@@ -137,6 +152,7 @@ FrameFormat TextForm<FrameFormat>::Parse(std::string_view text) {
     };
     if (parts.size() != 2 && parts.size() != 3) ThrowText(Quoted(text) + " is no size such as 640x480");
     FrameFormat frame = FrameFormat::Square(word(parts[0], 0), word(parts[1], 0));
+    if (text == "0x0") return {};
     if (parts.size() == 3) {
         auto const aspect = Details::SplitList(parts[2], ':');
         if (aspect.size() != 2) ThrowText(Quoted(parts[2]) + " is no pixel aspect such as 1:1");
@@ -148,7 +164,8 @@ FrameFormat TextForm<FrameFormat>::Parse(std::string_view text) {
 
 std::string TextForm<FrameFormat>::Print(FrameFormat const& value) {
     std::string text = std::to_string(value.width) + "x" + std::to_string(value.height);
-    if (value.aspectNumerator != value.aspectDenominator)
+    bool const isPlain = value == FrameFormat() || (value.aspectNumerator == 1 && value.aspectDenominator == 1);
+    if (!isPlain || value == FrameFormat::Square(0, 0))
         text += "x" + std::to_string(value.aspectNumerator) + ":" + std::to_string(value.aspectDenominator);
     return text;
 }

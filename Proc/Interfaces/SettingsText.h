@@ -34,9 +34,13 @@ struct TextForm {};
 namespace Details {
 
 [[noreturn]] VELNOR_API void ThrowText(std::string const& description);
+VELNOR_API float ParseFloat(std::string_view text);
 VELNOR_API double ParseNumber(std::string_view text);
 VELNOR_API std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t high);
+VELNOR_API void CheckRange(std::string_view text, Range const& range); ///< Throws for a number outside it.
+VELNOR_API std::string PrintNumber(float value);
 VELNOR_API std::string PrintNumber(double value); ///< The shortest text that reads back as the same number.
+/// The parts between separators, empty ones included; an empty text has no part.
 VELNOR_API std::vector<std::string_view> SplitList(std::string_view text, char separator);
 [[noreturn]] VELNOR_API void ThrowChoice(std::string_view text, std::vector<std::string> const& choices);
 
@@ -66,8 +70,11 @@ template <class Real>
 requires std::is_floating_point_v<Real>
 struct TextForm<Real> {
     static constexpr std::string_view TYPE = "number";
-    static Real Parse(std::string_view text) { return static_cast<Real>(Details::ParseNumber(text)); }
-    static std::string Print(Real value) { return Details::PrintNumber(static_cast<double>(value)); }
+    static Real Parse(std::string_view text) {
+        if constexpr (std::is_same_v<Real, float>) return Details::ParseFloat(text);
+        return static_cast<Real>(Details::ParseNumber(text));
+    }
+    static std::string Print(Real value) { return Details::PrintNumber(value); }
 };
 
 template <>
@@ -93,7 +100,7 @@ struct VELNOR_API TextForm<PixFmt> {
     static std::string Print(PixFmt value);
 };
 
-/// WIDTHxHEIGHT, square pixels; or WIDTHxHEIGHTxNUMERATOR:DENOMINATOR.
+/// WIDTHxHEIGHT, square pixels; or WIDTHxHEIGHTxNUMERATOR:DENOMINATOR. 0x0 is no size at all: four words of 0.
 template <>
 struct VELNOR_API TextForm<FrameFormat> {
     static constexpr std::string_view TYPE = "size";
@@ -141,7 +148,10 @@ struct TextForm<std::vector<Element>> {
     }
     static std::string Print(std::vector<Element> const& list) {
         std::string text;
-        for (Element const& element : list) text += (text.empty() ? "" : ",") + TextForm<Element>::Print(element);
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            if (i > 0) text += ',';
+            text += TextForm<Element>::Print(list[i]);
+        }
         return text;
     }
 };

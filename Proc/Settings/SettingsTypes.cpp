@@ -2,9 +2,13 @@
 // of each and the catalogue that the command line and the reference pages read.
 
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 #include "Proc/Settings/SettingsResizer.h"
 
@@ -13,8 +17,9 @@
 namespace Velnor::Proc {
 
 #define VELNOR_SETTINGS_CLASSES(Do)                                                                                    \
-    Do(SettingsColorspaceConverter) Do(SettingsEffectCustom) Do(SettingsEffectEmpty) Do(SettingsEffectPixelate)        \
-        Do(SettingsEffectWhiteBalance) Do(SettingsResizer)
+    Do(SettingsColorspaceConverter) Do(SettingsEffectBlackWhite) Do(SettingsEffectColorBalanceAuto)                    \
+        Do(SettingsEffectCustom) Do(SettingsEffectEmpty) Do(SettingsEffectGradient) Do(SettingsEffectPixelate)         \
+            Do(SettingsEffectTintTemperature) Do(SettingsEffectWhiteBalance) Do(SettingsResizer)
 
 #define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
 VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)

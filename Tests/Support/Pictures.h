@@ -8,6 +8,8 @@
 
 namespace Velnor::Proc::Testing {
 
+inline ContextHandle CreateContext() { return MakeShared<Context>(); }
+
 /// A picture whose samples (not the bytes between rows) are a fixed, patternless function of plane, row and column.
 inline VideoHandle MakeNoise(IEffectContext& context, PixFmt format, std::uint32_t width, std::uint32_t height,
                              std::uint32_t seed = 1) {

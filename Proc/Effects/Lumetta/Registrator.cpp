@@ -1,9 +1,13 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
 namespace {
@@ -26,9 +30,13 @@ constexpr RegisterOperation ONE_INPUT = &IEffectRegistry::RegisterOneInputEffect
 void Registrator(IEffectRegistry* registry) {
     // The order is part of the contract: by settings class, with a few exceptions that hosts know.
     Registration const registrations[] = {
+        {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
+        {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
+        {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
     };
     for (Registration const& entry : registrations)

@@ -39,8 +39,9 @@ VELNOR_INLINE Mask MakeMask(Vector lanes) { return _mm_cmpgt_epi8(lanes, _mm_set
 VELNOR_INLINE Vector Select(Mask mask, Vector whereSet, Vector elsewhere) {
     return _mm_blendv_epi8(elsewhere, whereSet, mask);
 }
-#include "Proc/Effects/Lumetta/Kernels/ByteTables-inl.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTablesChain-inl.h"
+
+#include "Proc/Effects/Lumetta/Kernels/ByteTables-inl.h"
 } // namespace Sse4
 VELNOR_TARGET_END
 
@@ -63,8 +64,9 @@ VELNOR_INLINE Mask MakeMask(Vector lanes) { return _mm256_cmpgt_epi8(lanes, _mm2
 VELNOR_INLINE Vector Select(Mask mask, Vector whereSet, Vector elsewhere) {
     return _mm256_blendv_epi8(elsewhere, whereSet, mask);
 }
-#include "Proc/Effects/Lumetta/Kernels/ByteTables-inl.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTablesChain-inl.h"
+
+#include "Proc/Effects/Lumetta/Kernels/ByteTables-inl.h"
 } // namespace Avx2
 VELNOR_TARGET_END
 

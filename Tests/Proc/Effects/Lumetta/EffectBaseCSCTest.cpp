@@ -15,8 +15,8 @@ using Calls = std::vector<std::string>;
 template <class Base>
 class ColourProbe : public Base {
 public:
-    ColourProbe(FactoryHandle const& factory, ContextHandle const& context, std::vector<PixFmt> supported, bool back)
-        : Base(factory, context), formats(std::move(supported)), convertBack(back) {}
+    ColourProbe(FactoryHandle const& maker, ContextHandle const& pictures, std::vector<PixFmt> supported, bool back)
+        : Base(maker, pictures), formats(std::move(supported)), convertBack(back) {}
     bool ConvertBack() const override { return convertBack; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return formats; }
 
@@ -52,8 +52,7 @@ protected:
 };
 
 TEST_F(EffectBaseCSCTest, ConvertersAreConfiguredAtAChangeOfFormatOnly) {
-    auto const effect =
-        MakeShared<CscProbe>(factory, context, std::vector<PixFmt>{PixFmt::BGR24, PixFmt::RGB24}, true);
+    auto const effect = MakeShared<CscProbe>(factory, context, std::vector<PixFmt>{PixFmt::BGR24, PixFmt::RGB24}, true);
     EXPECT_EQ(recorder.Take(), Calls{"create 1 SettingsColorspaceConverter/Default"});
     recorder.oneInput[2] = [this](DataHandle& data) { data = Picture(PixFmt::BGR24); };
 
@@ -88,8 +87,7 @@ TEST_F(EffectBaseCSCTest, AnEffectMayKeepItsWorkingFormat) {
     DataHandle data = Picture(PixFmt::RGB24);
     recorder.Take();
     effect->ProcessData(data);
-    EXPECT_EQ(recorder.Take(),
-              (Calls{"create 2 SettingsColorspaceConverter/Default", "set 2 formats=gray8", "run 2"}));
+    EXPECT_EQ(recorder.Take(), (Calls{"create 2 SettingsColorspaceConverter/Default", "set 2 formats=gray8", "run 2"}));
     EXPECT_EQ(data->GetPixFmt(), PixFmt::GRAY8);
 }
 

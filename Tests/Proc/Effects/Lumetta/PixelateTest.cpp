@@ -33,8 +33,7 @@ protected:
 };
 
 TEST_F(PixelateTest, ResizersShareOneRecordAndAreConfiguredOnce) {
-    EXPECT_EQ(recorder.Take(),
-              (Calls{"create 1 SettingsResizer/Default", "create 2 SettingsResizer/Default"}));
+    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsResizer/Default", "create 2 SettingsResizer/Default"}));
     LogCapture log(0);
     effect->SetSettings(Strength(100));
     FrameFormat const frame{640, 480, 4, 3};
@@ -55,8 +54,8 @@ TEST_F(PixelateTest, AnyWordOfTheFrameOrNewSettingsConfigureAgain) {
         return std::ranges::count_if(calls, [](std::string const& call) { return call.starts_with("set"); });
     };
     configured();
-    for (FrameFormat const& frame : {FrameFormat{65, 48, 1, 1}, FrameFormat{65, 49, 1, 1}, FrameFormat{65, 49, 2, 1},
-                                     FrameFormat{65, 49, 2, 3}}) {
+    for (FrameFormat const& frame :
+         {FrameFormat{65, 48, 1, 1}, FrameFormat{65, 49, 1, 1}, FrameFormat{65, 49, 2, 1}, FrameFormat{65, 49, 2, 3}}) {
         Process(frame);
         EXPECT_EQ(configured(), 2);
         Process(frame);

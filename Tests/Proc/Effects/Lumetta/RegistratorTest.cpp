@@ -1,6 +1,6 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>

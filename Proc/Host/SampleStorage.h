@@ -25,12 +25,12 @@ struct PlaneSize {
 std::vector<PlaneSize> GetPlaneSizes(PixFmtDescription const& description, FrameFormat const& frame);
 
 /// The samples of one or more planes, which several pictures may share. Nobody writes to them unless alone.
-class Samples : public IRefCountable {
+class SampleStorage : public IRefCountable {
 public:
     /// Own samples: `planes` lie in `block`.
-    Samples(MemoryBlock block, PlaneArray const& samplePlanes);
+    SampleStorage(MemoryBlock block, PlaneArray const& samplePlanes);
     /// The caller's samples, never written. `samplesOwner` may be null.
-    Samples(PlaneArray const& samplePlanes, intrusive_ptr<IRefCountable const> samplesOwner);
+    SampleStorage(PlaneArray const& samplePlanes, intrusive_ptr<IRefCountable const> samplesOwner);
 
     PlaneArray const& GetPlanes() const { return planes; }
     std::uint64_t GetBytes() const;
@@ -46,7 +46,7 @@ private:
     bool owned;
 };
 
-using SamplesHandle = intrusive_ptr<Samples>;
+using SamplesHandle = intrusive_ptr<SampleStorage>;
 
 /// Samples of 1 to 4 planes in one block, each row on a 64-byte boundary. Unspecified content. Throws std::bad_alloc.
 SamplesHandle AllocateSamples(MemoryPool& pool, std::vector<PlaneSize> const& sizes);

@@ -1,4 +1,4 @@
-#include "Proc/Host/Samples.h"
+#include "Proc/Host/SampleStorage.h"
 
 #include <utility>
 
@@ -20,13 +20,13 @@ std::vector<PlaneSize> GetPlaneSizes(PixFmtDescription const& description, Frame
     return sizes;
 }
 
-Samples::Samples(MemoryBlock block, PlaneArray const& samplePlanes)
+SampleStorage::SampleStorage(MemoryBlock block, PlaneArray const& samplePlanes)
     : memory(std::move(block)), planes(samplePlanes), owned(true) {}
 
-Samples::Samples(PlaneArray const& samplePlanes, intrusive_ptr<IRefCountable const> samplesOwner)
+SampleStorage::SampleStorage(PlaneArray const& samplePlanes, intrusive_ptr<IRefCountable const> samplesOwner)
     : owner(std::move(samplesOwner)), planes(samplePlanes), owned(false) {}
 
-std::uint64_t Samples::GetBytes() const {
+std::uint64_t SampleStorage::GetBytes() const {
     if (owned) return memory.GetCapacity();
     std::uint64_t bytes = 0;
     for (ConstPlane const& plane : planes) bytes += plane.GetWidth() * plane.GetHeight();
@@ -44,7 +44,7 @@ SamplesHandle AllocateSamples(MemoryPool& pool, std::vector<PlaneSize> const& si
         planes[i] = {at, static_cast<std::int64_t>(stride), sizes[i].rowBytes, sizes[i].rows, sizes[i].sampleBytes};
         at += stride * sizes[i].rows;
     }
-    return MakeShared<Samples>(std::move(block), planes);
+    return MakeShared<SampleStorage>(std::move(block), planes);
 }
 
 } // namespace Velnor::Proc

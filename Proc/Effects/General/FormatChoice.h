@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Core/PixFmt.h"
+
+#include <compare>
+#include <span>
+
+namespace Velnor::Proc {
+
+/// What a picture loses by a change of format, the gravest loss first: losses compare in this order.
+struct FormatLoss {
+    bool alpha = false; ///< The source has alpha, the target has none.
+    /// Chroma resolution: halvings of it, across and down together. Colours squeezed into a palette count as more than
+    /// any halving, colours dropped for grey as more than that. A grey source has none to lose.
+    int chroma = 0;
+    /// Colour: red, green and blue to luma and chroma or back, which rounds. Another order of the bytes loses nothing,
+    /// nor does grey in any format.
+    bool matrix = false;
+
+    friend auto operator<=>(FormatLoss const&, FormatLoss const&) = default;
+};
+
+/// The loss of a change between two formats of the table.
+VELNOR_API FormatLoss GetFormatLoss(PixFmtDescription const& source, PixFmtDescription const& target);
+
+/// The format of the list that loses least of a picture in `source`; the first among equals, so the list's order is a
+/// preference and the source's own format may lose against an earlier one. Formats outside the table are passed over;
+/// PixFmt::NONE when nothing is left.
+VELNOR_API PixFmt ChooseFormat(PixFmt source, std::span<PixFmt const> accepted);
+
+} // namespace Velnor::Proc

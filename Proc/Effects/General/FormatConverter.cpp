@@ -1,0 +1,147 @@
+#include "Proc/Effects/General/FormatConverter.h"
+
+#include "Proc/Effects/General/SampleMove.h"
+
+#include <algorithm>
+#include <string>
+
+namespace Velnor::Proc {
+namespace {
+
+PixFmtDescription const& Describe(PixFmt format) { return *PixFmtDescription::Find(format); }
+
+bool IsPackedRgb(PixFmtDescription const& format) { return format.model == ColorModel::Rgb && format.planesCount == 1; }
+
+/// Alpha-less formats with the same bytes, for sources: the alpha is moved apart from the colour.
+PixFmt WithoutAlpha(PixFmt format) {
+    switch (format) {
+    case PixFmt::ARGB:
+        return PixFmt::XRGB;
+    case PixFmt::RGBA:
+        return PixFmt::RGBX;
+    case PixFmt::ABGR:
+        return PixFmt::XBGR;
+    case PixFmt::BGRA:
+        return PixFmt::BGRX;
+    case PixFmt::GBRAP:
+        return PixFmt::GBRP;
+    case PixFmt::YUVA420P:
+        return PixFmt::YUV420P;
+    case PixFmt::YUVA422P:
+        return PixFmt::YUV422P;
+    case PixFmt::YUVA444P:
+        return PixFmt::YUV444P;
+    default:
+        return format;
+    }
+}
+
+/// Whether libswscale moves these bytes faster than a loop. Left out: the formats whose fourth byte would become alpha,
+/// and three bytes to four that begin with alpha, where it writes past the end of the target.
+bool HasFastMove(PixFmtDescription const& from, PixFmtDescription const& to) {
+    if (!IsPackedRgb(from) || !IsPackedRgb(to)) return false;
+    bool const isThree = from.planes[0].bytes == 3;
+    bool const isLate = std::ranges::all_of(to.components, [](ComponentPlace place) { return place.offset < 3; });
+    return isThree ? isLate : from.hasAlpha || !to.hasAlpha;
+}
+
+template <class Side, class Picture, class GetPlane>
+Side MakeSide(Picture& picture, PixFmt format, GetPlane const& getPlane) {
+    FrameFormat const frame = picture.GetFrameFormat();
+    Side side{format, frame.width, frame.height, {}};
+    for (unsigned char i = 0; i < Describe(format).planesCount; ++i) side.planes[i] = getPlane(i);
+    return side;
+}
+
+ScalerSource SourceSide(IDataVideo const& picture, PixFmt format) {
+    return MakeSide<ScalerSource>(picture, format, [&](unsigned char i) { return picture.GetPlane(i); });
+}
+
+ScalerTarget TargetSide(IDataVideo& picture, PixFmt format) {
+    return MakeSide<ScalerTarget>(picture, format, [&](unsigned char i) { return picture.GetMutablePlane(i); });
+}
+
+} // namespace
+
+PixFmt GetPlanarTwin(PixFmtDescription const& format) {
+    if (format.format == PixFmt::YA8) return PixFmt::YUVA444P;
+    if (format.model != ColorModel::Luma || format.planesCount >= 3) return format.format;
+    for (PixFmtDescription const& twin : PixFmtDescription::GetAll())
+        if (twin.model == ColorModel::Luma && twin.planesCount == 3 && twin.chromaShiftX == format.chromaShiftX &&
+            twin.chromaShiftY == format.chromaShiftY)
+            return twin.format;
+    return format.format;
+}
+
+VideoHandle FormatConverter::Convert(IDataVideo const& source, PixFmt target) {
+    PixFmtDescription const* const to = PixFmtDescription::Find(target);
+    if (to == nullptr)
+        VELNOR_THROW(ProcException, "A picture of format " + std::string(source.GetDescription().name) +
+                                        " cannot be converted to format " + std::to_string(static_cast<int>(target)) +
+                                        ", which is unknown.");
+    PixFmtDescription const& from = source.GetDescription();
+    if (from.format == target) {
+        VideoHandle const same = source.MakeCopy(CopyMode::Share);
+        same->DropExtraAlpha();
+        return same;
+    }
+    if (to->model == ColorModel::Palette) return MakePalettePicture(*pictures, *Convert(source, PixFmt::RGBA));
+    if (IsSampleMove(from, *to)) return MoveSamples(source, target);
+    if (from.model == ColorModel::Palette) return Convert(*MoveSamples(source, PixFmt::RGBA), target);
+    return ChangeColour(source, target);
+}
+
+VideoHandle FormatConverter::Make(IDataVideo const& source, PixFmt format) const {
+    return pictures->CreateImage(format, source.GetFrameFormat());
+}
+
+VideoHandle FormatConverter::MoveSamples(IDataVideo const& source, PixFmt target) {
+    VideoHandle const result = Make(source, target);
+    if (HasFastMove(source.GetDescription(), Describe(target))) {
+        scaler.Scale(SourceSide(source, source.GetPixFmt()), TargetSide(*result, target), SettingsResizer::POINT);
+    } else {
+        MoveColour(source, *result);
+        MoveAlpha(source, *result);
+    }
+    return result;
+}
+
+/// The formats differ in matrix or in chroma resolution. What is neither planar nor packed red, green and blue goes
+/// through its planar twin.
+VideoHandle FormatConverter::ChangeColour(IDataVideo const& source, PixFmt target) {
+    PixFmtDescription const& from = source.GetDescription();
+    PixFmtDescription const& to = Describe(target);
+    PixFmt const sourceTwin = GetPlanarTwin(from);
+    if (sourceTwin != from.format) return Convert(*MoveSamples(source, sourceTwin), target);
+
+    PixFmt const targetTwin = to.model == ColorModel::Grey ? PixFmt::GRAY8 : GetPlanarTwin(to);
+    VideoHandle const result = Make(source, target);
+    if (targetTwin != target)
+        MoveColour(*Convert(source, targetTwin), *result);
+    else if (from.model == ColorModel::Luma && to.model == ColorModel::Luma)
+        ChangeChroma(source, *result);
+    else
+        ChangeMatrix(source, *result);
+    MoveAlpha(source, *result);
+    return result;
+}
+
+void FormatConverter::ChangeChroma(IDataVideo const& source, IDataVideo& target) {
+    CopyPlane(source.GetPlane(0), target.GetMutablePlane(0));
+    for (unsigned char i = 1; i < 3; ++i)
+        scaler.Scale(AsGrey(source.GetPlane(i)), AsGrey(target.GetMutablePlane(i)), SettingsResizer::AREA);
+}
+
+void FormatConverter::ChangeMatrix(IDataVideo const& source, IDataVideo& target) {
+    PixFmtDescription const& to = target.GetDescription();
+    FrameFormat const frame = target.GetFrameFormat();
+    auto const isOneSample = [](std::uint32_t pixels, std::uint8_t shift) {
+        return pixels > 1 && pixels <= 1U << shift;
+    };
+    if (isOneSample(frame.width, to.chromaShiftX) || isOneSample(frame.height, to.chromaShiftY))
+        return ChangeChroma(*Convert(source, PixFmt::YUV444P), target);
+    scaler.Scale(SourceSide(source, WithoutAlpha(source.GetPixFmt())),
+                 TargetSide(target, WithoutAlpha(target.GetPixFmt())), SettingsResizer::AREA);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Proc/Interfaces/IEffectRegistry.h"
+
+namespace Velnor::Proc {
+
+intrusive_ptr<IEffect> CreateColorspaceConverter(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateResizer(FactoryHandle const& factory, ContextHandle const& context);
+
+/// Registers the host's general effects, under ImplNames::DEFAULT. Throws what the registry throws.
+void RegisterGeneralEffects(IEffectRegistry& registry);
+
+} // namespace Velnor::Proc

@@ -1,0 +1,146 @@
+#include "Proc/Effects/General/ResizePlan.h"
+
+#include "Proc/Effects/General/Scaler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace Velnor::Proc {
+namespace {
+
+using S = SettingsResizer;
+
+void RequireMeaning(std::string const& name, int value, int last) {
+    if (value < 0 || value > last)
+        VELNOR_THROW(ProcException, "Resizer " + name + " " + std::to_string(value) + " is unknown; 0 to " +
+                                        std::to_string(last) + " are accepted.");
+}
+
+void RequireMeaning(S const& settings) {
+    RequireMeaning("method", settings.GetMethod(), S::SPLINE);
+    RequireMeaning("mode", settings.GetMode(), S::TO_FRAME);
+    RequireMeaning("fitting", settings.GetFitting(), S::INSIDE);
+    double const factor = settings.GetFactor();
+    if (settings.GetMode() == S::BY_FACTOR && !(factor >= 0 && std::isfinite(factor)))
+        VELNOR_THROW(ProcException, "Resizer factor " + std::to_string(factor) + " is not a number from 0 on.");
+}
+
+/// A side of the result, from its exact length.
+std::uint32_t RoundSide(double length, char const* side, S const& settings) {
+    if (length > Scaler::MAX_SIDE)
+        VELNOR_THROW(ProcException, "Resizer: the " + std::string(side) + " would be " + std::to_string(length) +
+                                        " pixels; at most " + std::to_string(Scaler::MAX_SIDE) + " are possible.");
+    auto const rounded = static_cast<std::uint32_t>(std::lround(length));
+    if (rounded > 0) return rounded;
+    if (!settings.IsAtLeastOnePixel())
+        VELNOR_THROW(ProcException, "Resizer: the " + std::string(side) + " would be 0 pixels.");
+    return 1;
+}
+
+Size RoundSize(double width, double height, S const& settings) {
+    return {RoundSide(width, "width", settings), RoundSide(height, "height", settings)};
+}
+
+double Ratio(std::uint32_t a, std::uint32_t b) { return static_cast<double>(a) / static_cast<double>(b); }
+
+/// A length in the middle of a longer one, on whole chroma samples.
+std::uint32_t Centre(std::uint32_t whole, std::uint32_t length, std::uint8_t shift) {
+    return ((whole - length) / 2 >> shift) << shift;
+}
+
+/// The largest central part with the target's shape.
+Rectangle CutToShape(FrameFormat const& frame, FrameFormat const& target, PixFmtDescription const& format) {
+    double const scale = std::max(Ratio(target.width, frame.width), Ratio(target.height, frame.height));
+    auto const length = [scale](std::uint32_t wanted, std::uint32_t whole) {
+        return std::clamp(static_cast<std::uint32_t>(std::lround(wanted / scale)), 1U, whole);
+    };
+    Rectangle part{0, 0, length(target.width, frame.width), length(target.height, frame.height)};
+    part.x = Centre(frame.width, part.width, format.chromaShiftX);
+    part.y = Centre(frame.height, part.height, format.chromaShiftY);
+    return part;
+}
+
+/// Mode to-frame with a fit that keeps the shape: fills in everything but the result's pixel aspect.
+void PlanFit(ResizePlan& plan, FrameFormat const& frame, PixFmtDescription const& format, S const& settings) {
+    FrameFormat const target = settings.GetTarget();
+    if (settings.GetFitting() == S::FILL) {
+        plan.part = CutToShape(frame, target, format);
+        plan.scaledWidth = target.width;
+        plan.scaledHeight = target.height;
+        return;
+    }
+    double scale = std::min(Ratio(target.width, frame.width), Ratio(target.height, frame.height));
+    if (settings.GetFitting() == S::SHRINK_INSIDE) scale = std::min(scale, 1.0);
+    Size const inside = RoundSize(frame.width * scale, frame.height * scale, settings);
+    plan.scaledWidth = inside.width;
+    plan.scaledHeight = inside.height;
+    if (settings.GetFitting() != S::BARS) {
+        plan.result.width = inside.width;
+        plan.result.height = inside.height;
+        return;
+    }
+    plan.left = Centre(target.width, inside.width, format.chromaShiftX);
+    plan.top = Centre(target.height, inside.height, format.chromaShiftY);
+}
+
+std::uint32_t IntermediateSide(std::uint32_t from, std::uint32_t to, std::uint32_t largest) {
+    if (from <= static_cast<std::uint64_t>(to) * largest) return from;
+    return to * largest;
+}
+
+} // namespace
+
+ResizePlan PlanResize(FrameFormat const& frame, PixFmtDescription const& format, S const& settings) {
+    RequireMeaning(settings);
+    FrameFormat const target = settings.GetTarget();
+    Size size{frame.width, frame.height};
+    switch (settings.GetMode()) {
+    case S::OFF:
+        break;
+    case S::TO_WIDTH:
+        size = RoundSize(target.width, frame.height * Ratio(target.width, frame.width), settings);
+        break;
+    case S::TO_HEIGHT:
+        size = RoundSize(frame.width * Ratio(target.height, frame.height), target.height, settings);
+        break;
+    case S::BY_FACTOR:
+        size = RoundSize(frame.width * settings.GetFactor(), frame.height * settings.GetFactor(), settings);
+        break;
+    case S::TO_FRAME:
+        size = RoundSize(target.width, target.height, settings);
+        break;
+    }
+    ResizePlan plan{{0, 0, frame.width, frame.height}, size.width, size.height, frame, 0, 0};
+    plan.result.width = size.width;
+    plan.result.height = size.height;
+    if (settings.GetMode() != S::TO_FRAME) return plan;
+    plan.result.aspectNumerator = target.aspectNumerator;
+    plan.result.aspectDenominator = target.aspectDenominator;
+    if (settings.GetFitting() != S::EXACT && settings.GetFitting() != S::STRETCH) {
+        S whole = settings;
+        whole.SetTarget(plan.result); // Sides of 0 have become 1 by now.
+        PlanFit(plan, frame, format, whole);
+    }
+    return plan;
+}
+
+std::vector<Size> PlanSteps(Size from, Size to, S::ResizeMethods method) {
+    std::vector<Size> steps;
+    for (std::uint32_t largest = Scaler::GetLargestShrink(method);;) {
+        Size const rest{IntermediateSide(from.width, to.width, largest),
+                        IntermediateSide(from.height, to.height, largest)};
+        if (rest == from) break;
+        // A step by area can be too much as well: at most that far.
+        std::uint32_t const farthest = Scaler::GetLargestShrink(S::AREA);
+        auto const limit = [&](std::uint32_t wanted, std::uint32_t side) {
+            return std::max(wanted, (side + farthest - 1) / farthest);
+        };
+        from = {limit(rest.width, from.width), limit(rest.height, from.height)};
+        steps.push_back(from);
+    }
+    steps.push_back(to);
+    return steps;
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,56 @@
+// TintTemperature: shifts red against blue (temperature) and green (tint); brightness stays as it was.
+//
+//     red + temperature, green + tint, blue - temperature      through three tables, kept from one SetSettings to the next
+//     luma of the picture                                      put back by the base
+#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/LevelTables.h"
+#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Settings/SettingsEffectTintTemperature.h"
+
+namespace Velnor::Proc {
+
+class TintTemperature : public EffectBaseCSCLuma<IOneInputEffectVideo, SettingsEffectTintTemperature> {
+public:
+    TintTemperature(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseCSCLuma(effectFactory, effectContext) {
+        BuildTables();
+    }
+
+    using EffectBaseCSCLuma::SetSettings;
+
+    void SetSettings(SettingsEffectTintTemperature const& next) override {
+        EffectBaseCSCLuma::SetSettings(next);
+        BuildTables();
+    }
+
+    bool ConvertBack() const override { return true; }
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
+
+    void ProcessInternalColor(intrusive_ptr<IData>& data) override {
+        Kernels::PackedRgb const format(data->GetPixFmt());
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        MutablePlane const plane = result->GetMutablePlane(0);
+        std::array<Kernels::Table, 3> const tables{format.isBlueFirst ? cool : warm, tint,
+                                                   format.isBlueFirst ? warm : cool};
+        Kernels::MapBytes(plane, plane, tables, format.pixelBytes);
+        data = result;
+    }
+
+private:
+    void BuildTables() {
+        warm = Kernels::OffsetTable(settings.GetTemperature());
+        tint = Kernels::OffsetTable(settings.GetTint());
+        cool = Kernels::OffsetTable(-static_cast<std::int64_t>(settings.GetTemperature()));
+    }
+
+    Kernels::Table warm{};
+    Kernels::Table tint{};
+    Kernels::Table cool{};
+};
+
+intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<TintTemperature>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,190 @@
+// What holds for every effect in the registry, the plug-in's and the host's alike.
+
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Host/Host.h"
+#include "Proc/Interfaces/SettingsText.h"
+#include "Tests/Support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <ostream>
+
+namespace Velnor::Proc {
+
+void PrintTo(RegisteredEffect const& effect, std::ostream* out) { *out << effect.classId << "/" << effect.implName; }
+
+namespace {
+
+using namespace Testing;
+
+Host& TheHost() {
+    static Host host;
+    static bool const loaded = [] {
+        host.LoadPlugin(LUMETTA_FILE);
+        return true;
+    }();
+    (void)loaded;
+    return host;
+}
+
+IEffectContext& Context() { return *TheHost().GetContext(); }
+
+/// The middle of each field's range, or its example: settings with which most effects have work to do.
+std::unique_ptr<Settings> TypicalSettings(SettingsType const& type) {
+    std::unique_ptr<Settings> settings = type.create();
+    for (SettingsField const& field : type.describe())
+        if (!field.isOutput) field.parse(*settings, field.example);
+    return settings;
+}
+
+class EveryEffect : public ::testing::TestWithParam<RegisteredEffect> {
+protected:
+    intrusive_ptr<IEffect> Make() const {
+        return TheHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
+    }
+    SettingsType const& Type() const { return *SettingsType::Find(GetParam().classId); }
+    std::size_t InputsCount() const { return GetParam().kind == EffectKind::TwoInput ? 2 : 1; }
+
+    std::vector<DataHandle> Inputs(PixFmt format, std::uint32_t width, std::uint32_t height) const {
+        std::vector<DataHandle> inputs;
+        for (std::uint32_t i = 0; i < InputsCount(); ++i)
+            inputs.push_back(MakeNoise(Context(), format, width, height, i + 1));
+        return inputs;
+    }
+
+    /// Runs the effect; false when it refused with one of the framework's exceptions, which must say why.
+    static bool Accepts(std::function<void()> const& run) {
+        try {
+            run();
+            return true;
+        } catch (ProcException const& refusal) {
+            EXPECT_GT(DescribeException(refusal).size(), 10U);
+            return false;
+        }
+    }
+};
+
+TEST_P(EveryEffect, StartsWithDefaultSettingsOfItsClass) {
+    auto const effect = Make();
+    EXPECT_EQ(effect->GetRefCount(), 1U);
+    EXPECT_EQ(effect->GetSettingsBase().GetType().classId, Type().classId);
+    EXPECT_EQ(effect->GetStatistic().FindChild("Count")->GetValue(), "0");
+}
+
+TEST_P(EveryEffect, DoesNothingWithEmptySettings) {
+    auto const effect = Make();
+    auto const settings = TypicalSettings(Type());
+    settings->SetBypassed(true);
+    effect->SetSettings(*settings);
+    std::vector<DataHandle> const inputs = Inputs(PixFmt::RGB24, 9, 7);
+    std::vector<unsigned char> const before = Samples(AsVideo(inputs[0]));
+    DataHandle const result = effect->ProcessData(inputs);
+    EXPECT_EQ(result, GetParam().kind == EffectKind::VarInput ? nullptr : inputs[0]);
+    EXPECT_EQ(Samples(AsVideo(inputs[0])), before);
+}
+
+TEST_P(EveryEffect, TakesEveryFormatOrSaysWhyNot) {
+    auto const settings = TypicalSettings(Type());
+    auto const effect = Make();
+    effect->SetSettings(*settings);
+    int accepted = 0;
+    for (PixFmtDescription const& format : PixFmtDescription::GetAll())
+        for (auto const& [width, height] : {std::pair{1U, 1U}, {3U, 5U}, {16U, 9U}}) {
+            SCOPED_TRACE(std::string(format.name) + " " + std::to_string(width) + " x " + std::to_string(height));
+            std::vector<DataHandle> const inputs = Inputs(format.format, width, height);
+            std::vector<std::vector<unsigned char>> before;
+            std::vector<VideoHandle> twins; // that share the samples
+            for (DataHandle const& input : inputs) {
+                before.push_back(Samples(AsVideo(input)));
+                twins.push_back(AsVideo(input).MakeCopy(CopyMode::Share));
+            }
+            inputs[0]->SetTimeStamp(1234);
+            DataHandle result;
+            if (Accepts([&] { result = effect->ProcessData(inputs); })) ++accepted;
+            for (std::size_t i = 0; i < inputs.size(); ++i) EXPECT_EQ(Samples(*twins[i]), before[i]);
+            if (result && GetParam().kind == EffectKind::OneInput) {
+                EXPECT_EQ(result->GetTimeStamp(), 1234);
+            }
+        }
+    EXPECT_GT(accepted, 0);
+}
+
+TEST_P(EveryEffect, GivesTheSameOutputForTheSameInputAndInstancesAreIndependent) {
+    auto const settings = TypicalSettings(Type());
+    auto const first = Make();
+    auto const second = Make();
+    first->SetSettings(*settings);
+    std::vector<DataHandle> const a = Inputs(PixFmt::RGB24, 33, 21);
+    std::vector<DataHandle> const b = Inputs(PixFmt::RGB24, 33, 21);
+    std::vector<DataHandle> const c = Inputs(PixFmt::RGB24, 33, 21);
+    DataHandle once;
+    if (!Accepts([&] { once = first->ProcessData(a); })) return;
+    second->SetSettings(*settings);
+    DataHandle const again = first->ProcessData(b);
+    DataHandle const elsewhere = second->ProcessData(c);
+    ASSERT_EQ(once == nullptr, again == nullptr);
+    if (!once) return;
+    EXPECT_EQ(once->GetFrameFormat(), again->GetFrameFormat());
+    EXPECT_EQ(Samples(AsVideo(once)), Samples(AsVideo(again)));
+    EXPECT_EQ(Samples(AsVideo(once)), Samples(AsVideo(elsewhere)));
+}
+
+TEST_P(EveryEffect, WritesNothingOutsideTheRowsItIsGiven) {
+    constexpr std::uint32_t width = 13;
+    constexpr std::uint32_t height = 6;
+    constexpr std::int64_t stride = 64;
+    auto const effect = Make();
+    effect->SetSettings(*TypicalSettings(Type()));
+    // The caller's memory is shared with the caller, so no byte of it may change, guard or sample.
+    std::vector<unsigned char> memory(stride * (height + 2), 0x5a);
+    ConstPlane const plane(memory.data() + stride + 7, stride, width * 3, height, 3);
+    std::vector<DataHandle> inputs;
+    for (std::size_t i = 0; i < InputsCount(); ++i) {
+        VideoHandle wrapped;
+        Context().WrapImage(&wrapped, PixFmt::BGR24, FrameFormat::Square(width, height), {plane}, nullptr);
+        inputs.push_back(wrapped);
+    }
+    Accepts([&] { effect->ProcessData(inputs); });
+    EXPECT_EQ(memory, std::vector<unsigned char>(memory.size(), 0x5a));
+}
+
+TEST_P(EveryEffect, WorksAtBothEndsOfEachRange) {
+    std::vector<DataHandle> const inputs = Inputs(PixFmt::BGR24, 24, 18);
+    std::vector<unsigned char> const before = Samples(AsVideo(inputs[0]));
+    for (SettingsField const& field : Type().describe()) {
+        if (field.isOutput || !field.range) continue;
+        for (double const end : {field.range->low, field.range->high}) {
+            SCOPED_TRACE(field.name + " = " + std::to_string(end));
+            auto const settings = TypicalSettings(Type());
+            field.parse(*settings, TextForm<double>::Print(end));
+            auto const effect = Make();
+            effect->SetSettings(*settings);
+            std::vector<DataHandle> copies;
+            for (DataHandle const& input : inputs) copies.push_back(AsVideo(input).MakeCopy(CopyMode::Value));
+            DataHandle result;
+            if (Accepts([&] { result = effect->ProcessData(copies); }) && result) {
+                EXPECT_GT(result->GetFrameFormat().width, 0U);
+            }
+            EXPECT_EQ(Samples(AsVideo(inputs[0])), before);
+        }
+    }
+}
+
+TEST_P(EveryEffect, RefusesANullPicture) {
+    auto const effect = Make();
+    effect->SetSettings(*TypicalSettings(Type()));
+    if (effect->GetSettingsBase().IsEmpty()) return;
+    std::vector<DataHandle> const none(InputsCount());
+    EXPECT_THROW(effect->ProcessData(none), ProcException);
+}
+
+std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
+    return info.param.classId + "_" + info.param.implName;
+}
+
+INSTANTIATE_TEST_SUITE_P(Registry, EveryEffect, ::testing::ValuesIn(TheHost().GetEffects()), TestName);
+
+} // namespace
+} // namespace Velnor::Proc

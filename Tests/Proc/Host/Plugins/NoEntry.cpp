@@ -1,0 +1,5 @@
+#include "Core/Export.h"
+
+// A library, but no plug-in.
+extern "C" VELNOR_API int Answer();
+int Answer() { return 42; }

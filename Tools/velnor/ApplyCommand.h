@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Tools/velnor/ExitCodes.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Velnor::Tool {
+
+/// What `velnor apply` is asked to do.
+struct ApplyOptions {
+    std::vector<std::string> photos;
+    std::vector<std::string> effects; ///< As typed.
+    std::string output;
+    std::vector<std::string> plugins;
+    int quality = 90;
+    double maxMegapixels = 512;
+    bool replace = false;
+    bool acceptDamaged = false;
+    bool showStatistics = false;
+    bool asJson = false;
+    bool isVerbose = false;
+};
+
+/// Runs the effects on each photograph and writes the results. What is wrong with the call is thrown (Failure) before
+/// any work. A photograph that fails is told on stderr and the others are done. Returns Done; SomeFailed when at least
+/// one was done; the code of the first failure when none was; Stopped after a signal.
+ExitCode RunApply(ApplyOptions const& options);
+
+} // namespace Velnor::Tool

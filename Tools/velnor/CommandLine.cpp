@@ -1,0 +1,188 @@
+#include "Tools/velnor/CommandLine.h"
+
+#include "Tools/velnor/ApplyCommand.h"
+#include "Tools/velnor/Console.h"
+#include "Tools/velnor/Failure.h"
+#include "Tools/velnor/ListCommands.h"
+#include "Tools/velnor/Logging.h"
+#include "Tools/velnor/Suggestions.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <algorithm>
+
+namespace Velnor::Tool {
+namespace {
+
+constexpr char const* EXIT_CODES = R"(Exit codes:
+  0    done
+  1    of several photographs some failed, the others are done
+  2    wrong call: unknown effect or parameter, value of the wrong type or outside its range
+  3    an input is missing, damaged or no picture
+  4    an output exists already, could not be made or could not be written
+  5    over a limit, such as --max-megapixels
+  130  stopped, by Ctrl-C or a signal
+When several photographs are given and none could be done, the code is that of the first failure.)";
+
+constexpr char const* EFFECT_SYNTAX =
+    R"(An effect is written NAME[/IMPLEMENTATION][:PARAMETER=VALUE,PARAMETER=VALUE...]:
+  -e pixelate                     with its default parameters
+  -e pixelate:strength=40,method-upscale=bilinear
+  -e white-balance:reference=#c8b496
+Effects run left to right. `velnor effects` lists them, `velnor describe EFFECT` shows the parameters of one.
+An effect on two pictures reads the second from its parameter input=FILE.)";
+
+struct Arguments {
+    ApplyOptions apply;
+    std::string effect; ///< To describe.
+    int verbosity = 0;
+    int logLevel = 0;
+};
+
+void AddCommonOptions(CLI::App& command, ApplyOptions& options) {
+    command.add_flag("--json", options.asJson, "Print results as JSON");
+    command.add_option("--plugin", options.plugins, "Load this plug-in too; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command.allow_extras(); // Collected, so that the message about them is our own.
+}
+
+CLI::App* AddApply(CLI::App& app, Arguments& arguments) {
+    ApplyOptions& options = arguments.apply;
+    CLI::App* const apply = app.add_subcommand("apply", "Run effects on photographs and write the results");
+    apply->add_option("photos", options.photos, "Photographs to read; after -- names may begin with a dash")
+        ->type_name("PHOTO")
+        ->required();
+    apply->add_option("-e,--effect", options.effects, "Effect to run; may be repeated")
+        ->type_name("EFFECT")
+        ->allow_extra_args(false);
+    apply
+        ->add_option("-o,--output", options.output,
+                     "File to write; a folder (out/) for several photographs, or a pattern with {name}, {index} and "
+                     "{ext}. Folders that are missing are made")
+        ->type_name("OUT")
+        ->required();
+    apply->add_flag("-f,--force", options.replace, "Replace outputs that exist already");
+    apply->add_option("--quality", options.quality, "Quality of lossy formats, 1 to 100")
+        ->type_name("N")
+        ->capture_default_str();
+    apply->add_option("--max-megapixels", options.maxMegapixels, "Refuse larger photographs")
+        ->type_name("N")
+        ->capture_default_str();
+    apply->add_flag("--accept-damaged", options.acceptDamaged, "Keep the readable part of a damaged photograph");
+    apply->add_flag("--stats", options.showStatistics, "Print each effect's statistics to standard error at the end");
+    apply->add_flag("-v,--verbose", arguments.verbosity,
+                    "Log what the effects do to standard error: raises the verbose log level by 30 each time");
+    apply->add_option("--log-level", arguments.logLevel, "Verbose log level")->type_name("N");
+    AddCommonOptions(*apply, options);
+    apply->footer(std::string(EFFECT_SYNTAX) + "\n\n" + EXIT_CODES);
+    return apply;
+}
+
+/// The options of a command as they are typed.
+std::vector<std::string> GetOptionNames(CLI::App const& command) {
+    std::vector<std::string> names;
+    for (CLI::Option const* option : command.get_options())
+        for (std::string const& name : option->get_lnames()) names.push_back("--" + name);
+    return names;
+}
+
+void RequireNoExtras(CLI::App const& command) {
+    for (std::string const& extra : command.remaining()) {
+        std::string const typed = extra.substr(0, extra.find('='));
+        if (typed.starts_with('-'))
+            throw WrongCall(command.get_name() + " has no option " + typed +
+                            SuggestNearest(typed, GetOptionNames(command),
+                                           "`velnor " + command.get_name() + " --help` lists them"));
+        throw WrongCall(command.get_name() + " takes no further argument \"" + extra + "\"");
+    }
+}
+
+template <class Number>
+void RequireRange(char const* option, Number value, Number low, Number high) {
+    if (value >= low && value <= high) return;
+    std::ostringstream text;
+    text << option << ": " << value << " is outside the range " << low << " to " << high;
+    throw WrongCall(text.str());
+}
+
+ExitCode RunApplyCommand(Arguments const& arguments) {
+    ApplyOptions options = arguments.apply;
+    RequireRange("--quality", options.quality, 1, 100);
+    RequireRange("--max-megapixels", options.maxMegapixels, 0.000001, 1e6);
+    RequireRange("--log-level", arguments.logLevel, 0, 1000);
+    constexpr int LEVEL_OF_EFFECTS = 30;
+    int const level = std::max(LEVEL_OF_EFFECTS * arguments.verbosity, arguments.logLevel);
+    options.isVerbose = level > 0;
+    SetVerboseLevel(level);
+    return RunApply(options);
+}
+
+/// The parser's own complaints, in the words of this command.
+std::string Explain(CLI::ParseError const& error, CLI::App const& app) {
+    if (app.get_subcommands().empty()) return error.what();
+    return app.get_subcommands().front()->get_name() + ": " + error.what();
+}
+
+ExitCode RunParsed(CLI::App const& app, Arguments const& arguments) {
+    std::vector<CLI::App*> const commands = app.get_subcommands();
+    if (commands.empty()) {
+        std::vector<std::string> const extras = app.remaining();
+        if (extras.empty())
+            throw WrongCall("no command is given; there is apply, effects and describe (`velnor --help` tells more)");
+        throw WrongCall("there is no command \"" + extras.front() + "\"" +
+                        SuggestNearest(extras.front(), {"apply", "effects", "describe"}));
+    }
+    CLI::App const& command = *commands.front();
+    RequireNoExtras(command);
+    ApplyOptions const& options = arguments.apply;
+    if (command.get_name() == "apply") return RunApplyCommand(arguments);
+    Print(command.get_name() == "effects" ? ListEffects(options.plugins, options.asJson)
+                                          : DescribeEffect(arguments.effect, options.plugins, options.asJson));
+    return ExitCode::Done;
+}
+
+ExitCode Run(int argumentsCount, char const* const* given) {
+    Arguments arguments;
+    CLI::App app("Photo effects: runs the effects of the host and its plug-ins on photographs.", "velnor");
+    app.set_version_flag("--version", "velnor " VELNOR_VERSION, "Print the version");
+    app.footer(EXIT_CODES);
+    app.allow_extras();
+    AddApply(app, arguments);
+    CLI::App* const effects = app.add_subcommand("effects", "List the effects that there are");
+    AddCommonOptions(*effects, arguments.apply);
+    CLI::App* const describe = app.add_subcommand("describe", "Show the parameters of an effect");
+    describe->add_option("effect", arguments.effect, "Name of the effect")->type_name("EFFECT")->required();
+    AddCommonOptions(*describe, arguments.apply);
+    try {
+        app.parse(argumentsCount, given);
+    } catch (CLI::CallForHelp const&) {
+        Print(app.help());
+        return ExitCode::Done;
+    } catch (CLI::CallForVersion const& version) {
+        Print(version.what() + std::string("\n"));
+        return ExitCode::Done;
+    } catch (CLI::ParseError const& error) {
+        for (CLI::App const* command : app.get_subcommands()) RequireNoExtras(*command);
+        throw WrongCall(Explain(error, app));
+    }
+    return RunParsed(app, arguments);
+}
+
+} // namespace
+
+int RunCommandLine(int argumentsCount, char const* const* arguments) {
+    try {
+        PrepareConsole();
+        PrepareLogging();
+        return static_cast<int>(Run(argumentsCount, arguments));
+    } catch (...) {
+        Report const report = ReportCurrentException();
+        PrintError(report.text);
+        return static_cast<int>(report.code);
+    }
+}
+
+} // namespace Velnor::Tool

@@ -1,0 +1,102 @@
+#include "Tools/velnor/EffectCatalogue.h"
+#include "Tools/velnor/EffectParameters.h"
+#include "Tools/velnor/Json.h"
+#include "Tools/velnor/ListCommands.h"
+#include "Tools/velnor/Suggestions.h"
+
+#include <algorithm>
+
+namespace Velnor::Tool {
+namespace {
+
+using Fields = std::vector<Proc::SettingsField>;
+
+/// As a shell reads it.
+std::string Quote(std::string const& text) {
+    constexpr char const* PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_./:=,%@+#";
+    if (text.find_first_not_of(PLAIN) == std::string::npos) return text;
+    std::string quoted;
+    for (char const c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return "'" + quoted + "'";
+}
+
+/// A call with the parameters whose example shows something, or with the first one.
+std::string MakeExample(std::string const& effect, Fields const& fields) {
+    std::string parameters;
+    auto const add = [&](Proc::SettingsField const& field) {
+        parameters += (parameters.empty() ? ":" : ",") + field.name + "=" + field.example;
+    };
+    for (Proc::SettingsField const& field : fields)
+        if (!field.isOutput && field.example != field.defaultText) add(field);
+    bool const hasFirst = !fields.front().isOutput && fields.size() > 1;
+    if (parameters.empty() && hasFirst) add(fields.front());
+    return "velnor apply photo.jpg -e " + Quote(effect + parameters) + " -o out.jpg";
+}
+
+std::string FormatField(Proc::SettingsField const& field, std::size_t width) {
+    std::string facts = field.type;
+    if (field.range) facts += ", " + GetRangeText(field);
+    if (!field.unit.empty()) facts += (field.range ? " " : ", ") + field.unit;
+    if (!field.isOutput) {
+        if (!field.defaultText.empty()) facts += ", default " + field.defaultText;
+        if (!field.example.empty()) facts += ", example " + field.example;
+    }
+    std::string const indent = "\n" + std::string(width + 4, ' ');
+    std::string text = "  " + field.name + std::string(width + 2 - field.name.size(), ' ') + facts;
+    text += indent + field.help;
+    if (!field.choices.empty() && field.type != "switch")
+        text += indent + "one of " + JoinAlternatives(field.choices, "and");
+    return text + "\n";
+}
+
+std::string FormatSection(std::string const& title, Fields const& fields, bool ofResults) {
+    std::size_t width = 0;
+    for (Proc::SettingsField const& field : fields) width = std::max(width, field.name.size());
+    std::string text;
+    for (Proc::SettingsField const& field : fields)
+        if (field.isOutput == ofResults) text += FormatField(field, width);
+    return text.empty() ? text : "\n" + title + "\n" + text;
+}
+
+std::string FormatAsText(CatalogueEntry const& entry, Proc::SettingsType const& type, Fields const& fields) {
+    std::vector<std::string> implementations;
+    for (Proc::RegisteredEffect const& effect : entry.implementations)
+        implementations.push_back(ToLower(effect.implName) + " (" + effect.origin + ")");
+    return entry.name + ": " + type.summary + "\n" + "Works on " + GetKindText(entry.GetDefault().kind) + ". Class " +
+           entry.classId + ", implemented by " + JoinAlternatives(implementations, "and") + ".\n" +
+           FormatSection("Parameters", fields, false) + FormatSection("Results", fields, true) + "\nExample\n  " +
+           MakeExample(entry.name, fields) + "\n";
+}
+
+Json DescribeField(Proc::SettingsField const& field) {
+    Json entry{{"name", field.name}, {"type", field.type}, {"help", field.help}, {"unit", field.unit}};
+    entry["range"] = field.range ? Json{{"low", field.range->low}, {"high", field.range->high}} : Json();
+    entry["choices"] = field.choices;
+    entry["default"] = ToJson(field, field.defaultText);
+    entry["example"] = ToJson(field, field.example);
+    entry["output"] = field.isOutput;
+    return entry;
+}
+
+std::string FormatAsJson(CatalogueEntry const& entry, Proc::SettingsType const& type, Fields const& fields) {
+    Json document{{"name", entry.name}, {"class", entry.classId}, {"summary", type.summary}};
+    document["implementations"] = Json::array();
+    for (Proc::RegisteredEffect const& effect : entry.implementations)
+        document["implementations"].push_back(effect.implName);
+    document["parameters"] = Json::array();
+    for (Proc::SettingsField const& field : fields) document["parameters"].push_back(DescribeField(field));
+    document["example"] = MakeExample(entry.name, fields);
+    return Write(document);
+}
+
+} // namespace
+
+std::string DescribeEffect(std::string const& effect, std::vector<std::string> const& plugins, bool asJson) {
+    EffectCatalogue const catalogue(plugins);
+    CatalogueEntry const& entry = catalogue.Get(effect);
+    Proc::SettingsType const& type = catalogue.GetSettingsType(entry);
+    Fields const fields = DescribeParameters(type, entry.GetDefault().kind);
+    return asJson ? FormatAsJson(entry, type, fields) : FormatAsText(entry, type, fields);
+}
+
+} // namespace Velnor::Tool

@@ -1,0 +1,65 @@
+#include "Tools/velnor/PictureOutput.h"
+
+#include "Proc/Host/PictureFile.h"
+#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Velnor::Tool {
+namespace {
+
+/// Other than a palette's, which has a place for opacity whether it is used or not.
+bool HasAlpha(PixFmt format) { return format != PixFmt::PAL8 && PixFmtDescription::Find(format)->hasAlpha; }
+
+bool IsPaletteOpaque(Proc::IDataVideo const& picture) {
+    constexpr int ENTRY_SIZE = 4;
+    constexpr int OPACITY = 3;
+    Proc::ConstPlane const indices = picture.GetPlane(0);
+    Proc::FrameFormat const& frame = picture.GetFrameFormat();
+    std::array<bool, 256> isUsed{};
+    for (std::uint32_t y = 0; y < frame.height; ++y)
+        for (std::uint32_t x = 0; x < frame.width; ++x) isUsed[indices.GetRow(y)[x]] = true;
+    unsigned char const* const palette = picture.GetPlane(1).GetRow(0);
+    for (std::size_t i = 0; i < isUsed.size(); ++i)
+        if (isUsed[i] && palette[i * ENTRY_SIZE + OPACITY] != 255) return false;
+    return true;
+}
+
+} // namespace
+
+bool IsOpaque(Proc::IDataVideo const& picture) {
+    PixFmtDescription const& description = picture.GetDescription();
+    if (description.model == ColorModel::Palette) return IsPaletteOpaque(picture);
+    if (!description.hasAlpha) return true;
+    Proc::ConstPlane const plane = picture.GetPlane(description.alpha.plane);
+    std::size_t const step = description.planes[description.alpha.plane].bytes;
+    Proc::FrameFormat const& frame = picture.GetFrameFormat();
+    for (std::uint32_t y = 0; y < frame.height; ++y) {
+        unsigned char const* const row = plane.GetRow(y) + description.alpha.offset;
+        for (std::uint32_t x = 0; x < frame.width; ++x)
+            if (row[x * step] != 255) return false;
+    }
+    return true;
+}
+
+Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
+                                Proc::IEffectFactory& factory) {
+    std::vector<PixFmt> formats = Proc::GetWritableFormats(file);
+    bool const keepsAlpha = inputHadAlpha || !IsOpaque(Proc::AsVideo(picture));
+    if (!keepsAlpha)
+        std::erase_if(formats, HasAlpha);
+    else if (std::ranges::none_of(formats, HasAlpha))
+        // The writer lays such pictures over black, which is better than dropping the alpha alone.
+        formats.insert(formats.end(), {PixFmt::RGBA, PixFmt::YA8});
+    if (std::ranges::count(formats, picture->GetPixFmt()) > 0) return picture;
+    std::erase(formats, PixFmt::PAL8);
+    auto const converter =
+        factory.CreateOneInputEffect(Proc::SettingsColorspaceConverter::CLASS_ID, Proc::ImplNames::DEFAULT);
+    converter->SetSettings(Proc::SettingsColorspaceConverter(formats, true));
+    converter->ProcessData(picture);
+    return picture;
+}
+
+} // namespace Velnor::Tool

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Proc/Interfaces/IEffectFactory.h"
+
+#include <filesystem>
+
+namespace Velnor::Tool {
+
+/// The picture in a format that a file of this name can hold, converted by the factory's converter where it must be.
+/// Alpha is kept when the input had it or when an effect made it: one that is opaque everywhere is dropped, being a
+/// by-product of an effect's working format.
+Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
+                                Proc::IEffectFactory& factory);
+
+/// Whether every pixel is opaque. A palette counts by the entries that the pixels use.
+bool IsOpaque(Proc::IDataVideo const& picture);
+
+} // namespace Velnor::Tool
