@@ -17,9 +17,11 @@ constexpr int WIDTH = 6000;
 constexpr int HEIGHT = 4000;
 
 struct Pictures {
-    cv::Mat source{HEIGHT, WIDTH, CV_8UC3};
-    cv::Mat target{HEIGHT, WIDTH, CV_8UC3, cv::Scalar::all(1)}; // every page is there before the first measurement
-    cv::Mat lut{1, 256, CV_8UC3};
+    // In parentheses: braces would be a matrix of these numbers.
+    cv::Mat source = cv::Mat(HEIGHT, WIDTH, CV_8UC3);
+    cv::Mat target =
+        cv::Mat(HEIGHT, WIDTH, CV_8UC3, cv::Scalar::all(1)); // every page is there before the first measurement
+    cv::Mat lut = cv::Mat(1, 256, CV_8UC3);
     std::array<Table, 3> tables;
 
     Pictures() {

@@ -3,6 +3,7 @@
 #include "Proc/Effects/Lumetta/Kernels/BalanceTable.h"
 #include "Proc/Effects/Lumetta/Kernels/ScaleCurve.h"
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 

@@ -27,8 +27,8 @@ public:
     /// Writes at the position and moves it on. Throws FileOutputException.
     void Write(void const* data, std::size_t bytes);
 
-    std::int64_t Read(void* data, std::size_t bytes);      ///< As read(2), of what was written.
-    std::int64_t Seek(std::int64_t offset, int whence);    ///< As lseek(2).
+    std::int64_t Read(void* data, std::size_t bytes);   ///< As read(2), of what was written.
+    std::int64_t Seek(std::int64_t offset, int whence); ///< As lseek(2).
 
     /// Brings the content to the disk and gives the file its name, at once and whole. Throws FileOutputException, the
     /// old target untouched; in particular when somebody made a file of that name meanwhile and it may not be replaced.

@@ -91,8 +91,7 @@ std::vector<fs::path> FindInstalledPlugins() {
     if (folder.empty()) return {};
     std::error_code error;
     std::vector<fs::path> files;
-    for (fs::directory_iterator at(folder / "plugins", error), end; !error && at != end;
-         at.increment(error))
+    for (fs::directory_iterator at(folder / "plugins", error), end; !error && at != end; at.increment(error))
         if (at->path().extension() == ".so") files.push_back(at->path());
     std::ranges::sort(files);
     return files;

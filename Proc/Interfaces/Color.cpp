@@ -1,21 +1,22 @@
 #include "Proc/Interfaces/Color.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Velnor::Proc {
 namespace {
 
-// Rec. ITU-T T.871 (JFIF), section 7.
-unsigned char Weighted(Color const& color, double red, double green, double blue, double offset) {
-    double const value = red * color.GetRed() + green * color.GetGreen() + blue * color.GetBlue() + offset;
-    return static_cast<unsigned char>(std::lround(std::clamp(value, 0.0, 255.0)));
+/// (blue * color's blue + green * ... + red * ...) / divisor + offset to the nearest level, halves up. In whole numbers,
+/// because halves do occur and a rounded sum may fall on either side of one.
+unsigned char Weighted(Color const& color, int blue, int green, int red, int divisor, int offset) {
+    int const sum = blue * color.GetBlue() + green * color.GetGreen() + red * color.GetRed();
+    return static_cast<unsigned char>(std::min((sum + offset * divisor + divisor / 2) / divisor, 255));
 }
 
 } // namespace
 
-unsigned char Color::y() const { return Weighted(*this, 0.299, 0.587, 0.114, 0.0); }
-unsigned char Color::u() const { return Weighted(*this, -0.299 / 1.772, -0.587 / 1.772, 0.5, 128.0); }
-unsigned char Color::v() const { return Weighted(*this, 0.5, -0.587 / 1.402, -0.114 / 1.402, 128.0); }
+// Rec. ITU-T T.871 (JFIF), section 7, in thousandths: u is 128 + (B - Y) / 1.772, v is 128 + (R - Y) / 1.402.
+unsigned char Color::y() const { return Weighted(*this, 114, 587, 299, 1000, 0); }
+unsigned char Color::u() const { return Weighted(*this, 886, -587, -299, 1772, 128); }
+unsigned char Color::v() const { return Weighted(*this, -114, -587, 701, 1402, 128); }
 
 } // namespace Velnor::Proc

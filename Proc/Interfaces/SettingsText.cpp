@@ -17,6 +17,15 @@ std::string Shortest(Real value) {
 
 std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
+template <class Real>
+Real ReadNumber(std::string_view text) {
+    Real value = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        ThrowText(Quoted(text) + " is no number");
+    return value;
+}
+
 } // namespace
 
 void ThrowText(std::string const& description) { VELNOR_THROW(SettingsTextException, description); }
@@ -27,13 +36,8 @@ void ThrowChoice(std::string_view text, std::vector<std::string> const& choices)
     ThrowText(Quoted(text) + " is none of " + list);
 }
 
-double ParseNumber(std::string_view text) {
-    double value = 0.0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        ThrowText(Quoted(text) + " is no number");
-    return value;
-}
+float ParseFloat(std::string_view text) { return ReadNumber<float>(text); }
+double ParseNumber(std::string_view text) { return ReadNumber<double>(text); }
 
 std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t high) {
     std::int64_t value = 0;

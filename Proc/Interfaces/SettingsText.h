@@ -34,6 +34,7 @@ struct TextForm {};
 namespace Details {
 
 [[noreturn]] VELNOR_API void ThrowText(std::string const& description);
+VELNOR_API float ParseFloat(std::string_view text);
 VELNOR_API double ParseNumber(std::string_view text);
 VELNOR_API std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t high);
 VELNOR_API void CheckRange(std::string_view text, Range const& range); ///< Throws for a number outside it.
@@ -70,10 +71,8 @@ requires std::is_floating_point_v<Real>
 struct TextForm<Real> {
     static constexpr std::string_view TYPE = "number";
     static Real Parse(std::string_view text) {
-        double const value = Details::ParseNumber(text);
-        constexpr auto limit = static_cast<double>(std::numeric_limits<Real>::max());
-        Details::CheckRange(text, Range(-limit, limit));
-        return static_cast<Real>(value);
+        if constexpr (std::is_same_v<Real, float>) return Details::ParseFloat(text);
+        return static_cast<Real>(Details::ParseNumber(text));
     }
     static std::string Print(Real value) { return Details::PrintNumber(value); }
 };
@@ -149,7 +148,10 @@ struct TextForm<std::vector<Element>> {
     }
     static std::string Print(std::vector<Element> const& list) {
         std::string text;
-        for (std::size_t i = 0; i < list.size(); ++i) text += (i == 0 ? "" : ",") + TextForm<Element>::Print(list[i]);
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            if (i > 0) text += ',';
+            text += TextForm<Element>::Print(list[i]);
+        }
         return text;
     }
 };

@@ -28,8 +28,10 @@ struct TextForm<GradientStops> {
     }
     static std::string Print(GradientStops const& stops) {
         std::string text;
-        for (auto const& [position, color] : stops)
-            text += (text.empty() ? "" : ",") + std::to_string(position) + ":" + TextForm<Color>::Print(color);
+        for (auto const& [position, color] : stops) {
+            if (!text.empty()) text += ',';
+            text += std::to_string(position) + ":" + TextForm<Color>::Print(color);
+        }
         return text;
     }
 };

@@ -53,10 +53,11 @@ TEST(PixFmt, PlacesOfComponentsAreThoseOfLibavutil) {
         SCOPED_TRACE(record.name);
         AVPixFmtDescriptor const& format = *av_pix_fmt_desc_get(InLibavutil(record));
         EXPECT_EQ(record.hasAlpha, (format.flags & AV_PIX_FMT_FLAG_ALPHA) != 0);
-        EXPECT_EQ(record.planesCount, av_pix_fmt_count_planes(InLibavutil(record)));
         EXPECT_EQ(record.chromaShiftX, format.log2_chroma_w);
         EXPECT_EQ(record.chromaShiftY, format.log2_chroma_h);
-        if (record.model == ColorModel::Palette) continue; // libavutil does not describe the entries
+        if (record.model == ColorModel::Palette)
+            continue; // libavutil does not count the palette, nor describe its entries
+        EXPECT_EQ(record.planesCount, av_pix_fmt_count_planes(InLibavutil(record)));
         ASSERT_EQ(record.componentsCount + (record.hasAlpha ? 1 : 0), format.nb_components);
         EXPECT_EQ(record.model == ColorModel::Rgb, (format.flags & AV_PIX_FMT_FLAG_RGB) != 0);
         for (int i = 0; i < record.componentsCount; ++i) {

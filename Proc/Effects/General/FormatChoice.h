@@ -21,11 +21,11 @@ struct FormatLoss {
 };
 
 /// The loss of a change between two formats of the table.
-FormatLoss GetFormatLoss(PixFmtDescription const& source, PixFmtDescription const& target);
+VELNOR_API FormatLoss GetFormatLoss(PixFmtDescription const& source, PixFmtDescription const& target);
 
 /// The format of the list that loses least of a picture in `source`; the first among equals, so the list's order is a
 /// preference and the source's own format may lose against an earlier one. Formats outside the table are passed over;
 /// PixFmt::NONE when nothing is left.
-PixFmt ChooseFormat(PixFmt source, std::span<PixFmt const> accepted);
+VELNOR_API PixFmt ChooseFormat(PixFmt source, std::span<PixFmt const> accepted);
 
 } // namespace Velnor::Proc

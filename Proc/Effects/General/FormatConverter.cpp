@@ -133,6 +133,13 @@ void FormatConverter::ChangeChroma(IDataVideo const& source, IDataVideo& target)
 }
 
 void FormatConverter::ChangeMatrix(IDataVideo const& source, IDataVideo& target) {
+    PixFmtDescription const& to = target.GetDescription();
+    FrameFormat const frame = target.GetFrameFormat();
+    auto const isOneSample = [](std::uint32_t pixels, std::uint8_t shift) {
+        return pixels > 1 && pixels <= 1U << shift;
+    };
+    if (isOneSample(frame.width, to.chromaShiftX) || isOneSample(frame.height, to.chromaShiftY))
+        return ChangeChroma(*Convert(source, PixFmt::YUV444P), target);
     scaler.Scale(SourceSide(source, WithoutAlpha(source.GetPixFmt())),
                  TargetSide(target, WithoutAlpha(target.GetPixFmt())), SettingsResizer::AREA);
 }

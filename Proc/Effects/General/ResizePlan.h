@@ -35,6 +35,6 @@ struct Size {
 
 /// The sizes that a resize goes through, the last one the wanted one. A shrink beyond the method's largest first comes
 /// down to a multiple of the target, by area.
-std::vector<Size> PlanSteps(Size from, Size to, SettingsResizer::ResizeMethods method);
+VELNOR_API std::vector<Size> PlanSteps(Size from, Size to, SettingsResizer::ResizeMethods method);
 
 } // namespace Velnor::Proc

@@ -37,10 +37,12 @@ AVPixelFormat ToLibrary(PixFmt format) {
     return av_get_pix_fmt(name.c_str());
 }
 
+/// Fast bilinear is plain bilinear: the library's own puts the first samples of source and target over one another
+/// instead of their outer edges, which moves the picture by half a pixel.
 int ToFlags(SettingsResizer::ResizeMethods method) {
-    static constexpr std::array<int, 11> FLAGS{SWS_FAST_BILINEAR, SWS_BILINEAR, SWS_BICUBIC,  SWS_X,
-                                               SWS_POINT,         SWS_AREA,     SWS_BICUBLIN, SWS_GAUSS,
-                                               SWS_SINC,          SWS_LANCZOS,  SWS_SPLINE};
+    static constexpr std::array<int, 11> FLAGS{SWS_BILINEAR, SWS_BILINEAR, SWS_BICUBIC,  SWS_X,
+                                               SWS_POINT,    SWS_AREA,     SWS_BICUBLIN, SWS_GAUSS,
+                                               SWS_SINC,     SWS_LANCZOS,  SWS_SPLINE};
     return FLAGS[static_cast<std::size_t>(method)] | QUALITY_FLAGS;
 }
 
@@ -88,8 +90,8 @@ Scaler::Scaler() {
 Scaler::~Scaler() = default;
 
 std::uint32_t Scaler::GetLargestShrink(SettingsResizer::ResizeMethods method) {
-    // 200 taps over the width of each method's kernel, in source pixels a target pixel.
-    static constexpr std::array<std::uint32_t, 11> LARGEST{100, 100, 50, 25, 200, 200, 50, 25, 10, 33, 10};
+    // 150 taps over the width of each method's kernel, in source pixels a target pixel.
+    static constexpr std::array<std::uint32_t, 11> LARGEST{75, 75, 37, 18, 150, 150, 37, 18, 7, 25, 7};
     return LARGEST[static_cast<std::size_t>(method)];
 }
 
@@ -107,7 +109,7 @@ Scaler::ContextPointer Scaler::MakeContext(Geometry const& geometry) {
     set("src_range", 1);
     set("dst_range", 1);
     if (sws_init_context(context.get(), nullptr, nullptr) < 0) return nullptr;
-    // Says no for pairs without a matrix; there is nothing to set then.
+    // Says no for means without a matrix; there is nothing to set then.
     constexpr int ONE = 1 << 16;
     int const* const matrix = sws_getCoefficients(SWS_CS_ITU601);
     sws_setColorspaceDetails(context.get(), matrix, 1, matrix, 1, 0, ONE, ONE);
@@ -151,6 +153,42 @@ ScalerSource Scaler::CopyRows(ScalerSource const& source, std::uint32_t firstRow
 }
 
 void Scaler::Scale(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method) {
+    bool const isOne = (target.width == 1 && source.width > 1) || (target.height == 1 && source.height > 1);
+    if (isOne && PixFmtDescription::Find(target.format)->planesCount == 1)
+        ScaleByMeans(source, target, method);
+    else
+        ScaleAtOnce(source, target, method);
+}
+
+/// Where a side shrinks to one sample libswscale places the filter beside the picture (2 to 1 takes the second sample
+/// alone). So such a side is left at up to 64 samples, and their mean is the one.
+void Scaler::ScaleByMeans(ScalerSource const& source, ScalerTarget const& target,
+                          SettingsResizer::ResizeMethods method) {
+    static constexpr std::uint32_t KEPT = 64;
+    std::uint64_t const across = target.width == 1 ? std::min(source.width, KEPT) : 1;
+    std::uint64_t const down = target.height == 1 ? std::min(source.height, KEPT) : 1;
+    std::uint64_t const bytes = PixFmtDescription::Find(target.format)->planes[0].bytes;
+    std::uint64_t const rowBytes = target.width * across * bytes;
+    std::uint64_t const stride = (rowBytes + 63) / 64 * 64;
+    std::uint64_t const rows = target.height * down;
+    means.resize(stride * rows + OVERREAD);
+    MutablePlane const plane(means.data(), static_cast<std::int64_t>(stride), rowBytes, rows, bytes);
+    ScaleAtOnce(
+        source,
+        {target.format, static_cast<std::uint32_t>(target.width * across), static_cast<std::uint32_t>(rows), {plane}},
+        method);
+    for (std::uint64_t y = 0; y < target.height; ++y)
+        for (std::uint64_t i = 0; i < target.width * bytes; ++i) {
+            std::uint64_t sum = 0;
+            for (std::uint64_t part = 0; part < across * down; ++part)
+                sum += plane.GetRow(y * down +
+                                    part / across)[i / bytes * across * bytes + part % across * bytes + i % bytes];
+            target.planes[0].GetRow(y)[i] = static_cast<unsigned char>((sum + across * down / 2) / (across * down));
+        }
+}
+
+void Scaler::ScaleAtOnce(ScalerSource const& source, ScalerTarget const& target,
+                         SettingsResizer::ResizeMethods method) {
     Geometry const geometry{ToLibrary(source.format), static_cast<int>(source.width), static_cast<int>(source.height),
                             ToLibrary(target.format), static_cast<int>(target.width), static_cast<int>(target.height),
                             ToFlags(method)};

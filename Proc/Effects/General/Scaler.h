@@ -53,15 +53,16 @@ public:
     Scaler& operator=(Scaler const&) = delete;
 
     /// Converts and resizes in one go. Formats are those without a palette that libswscale knows. Ratios beyond
-    /// GetLargestShrink are the caller's to split. Throws ProcException naming formats and sizes when libswscale
+    /// GetLargestShrink are the caller's to split. A target of more than one plane whose planes come out one sample wide
+    /// or high from more than one is the caller's to avoid (see ScaleByMeans). Throws ProcException naming formats and sizes when libswscale
     /// refuses.
     void Scale(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method);
 
-    /// How many times smaller than its source a target may be in one step: filters have at most 256 taps.
-    static std::uint32_t GetLargestShrink(SettingsResizer::ResizeMethods method);
+    /// How many times smaller than its source a target may be in one step: filters have at most 204 taps.
+    VELNOR_API static std::uint32_t GetLargestShrink(SettingsResizer::ResizeMethods method);
 
-    /// Sides beyond this are refused by callers: row sizes are 32-bit in libswscale.
-    static constexpr std::uint32_t MAX_SIDE = 1U << 24;
+    /// Sides beyond this are refused by callers: no picture is larger.
+    static constexpr std::uint32_t MAX_SIDE = 1U << 20;
 
 private:
     struct Geometry {
@@ -80,11 +81,14 @@ private:
     };
 
     static ContextPointer MakeContext(Geometry const& geometry);
+    void ScaleAtOnce(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method);
+    void ScaleByMeans(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method);
     SwsContext* FindContext(Geometry const& geometry);
     ScalerSource CopyRows(ScalerSource const& source, std::uint32_t firstRow);
 
     std::vector<Entry> entries; ///< Most recently used first.
     std::vector<unsigned char> tail;
+    std::vector<unsigned char> means;
 };
 
 } // namespace Velnor::Proc

@@ -48,18 +48,22 @@ OwnedImage LinearGreyToGrey(OwnedImage const& image) {
         Owned<VipsImage> const joinedOwner(joined);
         return vips_copy(joined, out, "interpretation", VIPS_INTERPRETATION_scRGB, nullptr);
     });
-    return Apply(ToRgb(linear),
-                 [](VipsImage* in, VipsImage** out) { return vips_extract_band(in, out, 0, nullptr); });
+    return Apply(ToRgb(linear), [](VipsImage* in, VipsImage** out) { return vips_extract_band(in, out, 0, nullptr); });
 }
 
 /// The value that stands for white in a format of integers, 0 for others.
 double GetWhite(VipsBandFormat format) {
     switch (format) {
-    case VIPS_FORMAT_CHAR: return std::numeric_limits<signed char>::max();
-    case VIPS_FORMAT_SHORT: return std::numeric_limits<short>::max();
-    case VIPS_FORMAT_UINT: return std::numeric_limits<unsigned int>::max();
-    case VIPS_FORMAT_INT: return std::numeric_limits<int>::max();
-    default: return 0;
+    case VIPS_FORMAT_CHAR:
+        return std::numeric_limits<signed char>::max();
+    case VIPS_FORMAT_SHORT:
+        return std::numeric_limits<short>::max();
+    case VIPS_FORMAT_UINT:
+        return std::numeric_limits<unsigned int>::max();
+    case VIPS_FORMAT_INT:
+        return std::numeric_limits<int>::max();
+    default:
+        return 0;
     }
 }
 
@@ -67,8 +71,7 @@ OwnedImage ScaleToBytes(OwnedImage const& image, double white) {
     OwnedImage const scaled = Apply(image, [white](VipsImage* in, VipsImage** out) {
         return vips_linear1(in, out, 255 / white, 0.5, nullptr); // The cast cuts, and clips.
     });
-    return Apply(scaled,
-                 [](VipsImage* in, VipsImage** out) { return vips_cast(in, out, VIPS_FORMAT_UCHAR, nullptr); });
+    return Apply(scaled, [](VipsImage* in, VipsImage** out) { return vips_cast(in, out, VIPS_FORMAT_UCHAR, nullptr); });
 }
 
 bool IsGreyOrRgb(VipsInterpretation interpretation) {
@@ -78,8 +81,10 @@ bool IsGreyOrRgb(VipsInterpretation interpretation) {
     case VIPS_INTERPRETATION_RGB:
     case VIPS_INTERPRETATION_RGB16:
     case VIPS_INTERPRETATION_sRGB:
-    case VIPS_INTERPRETATION_MULTIBAND: return true;
-    default: return false;
+    case VIPS_INTERPRETATION_MULTIBAND:
+        return true;
+    default:
+        return false;
     }
 }
 
@@ -99,9 +104,8 @@ OwnedImage ConvertModel(OwnedImage image) {
 OwnedImage MakeDisplayable(OwnedImage image) {
     image = ConvertModel(std::move(image));
     if (image == nullptr || vips_image_get_bands(image.get()) <= MAX_BANDS) return image;
-    return Apply(image, [](VipsImage* in, VipsImage** out) {
-        return vips_extract_band(in, out, 0, "n", MAX_BANDS, nullptr);
-    });
+    return Apply(image,
+                 [](VipsImage* in, VipsImage** out) { return vips_extract_band(in, out, 0, "n", MAX_BANDS, nullptr); });
 }
 
 } // namespace Velnor::Proc::Files

@@ -12,10 +12,9 @@
 namespace Velnor::Proc::Files {
 namespace {
 
-constexpr std::array<std::string_view, 7> CARRIED{VIPS_META_EXIF_NAME,      VIPS_META_XMP_NAME,
-                                                  VIPS_META_IPTC_NAME,      VIPS_META_PHOTOSHOP_NAME,
-                                                  VIPS_META_ICC_NAME,       VIPS_META_IMAGEDESCRIPTION,
-                                                  VIPS_META_RESOLUTION_UNIT};
+constexpr std::array<std::string_view, 7> CARRIED{
+    VIPS_META_EXIF_NAME, VIPS_META_XMP_NAME,         VIPS_META_IPTC_NAME,      VIPS_META_PHOTOSHOP_NAME,
+    VIPS_META_ICC_NAME,  VIPS_META_IMAGEDESCRIPTION, VIPS_META_RESOLUTION_UNIT};
 
 /// Text that people put into PNG files about the picture. Other texts speak of the program that wrote the file, or hold
 /// whole blocks of metadata, thumbnails included, in a program's own wrapping.
@@ -50,14 +49,34 @@ std::span<char const> GetBlob(VipsImage* image, char const* name) {
     return {static_cast<char const*>(data), length};
 }
 
+std::string AsString(std::span<char const> blob) { return {blob.begin(), blob.end()}; }
+
+void SetBlob(VipsImage* image, char const* name, std::string const& content) {
+    vips_image_set_blob_copy(image, name, content.data(), content.size());
+}
+
 /// Puts the cleaned block in the place of the original, where cleaning changed it.
 template <class Clean>
 void CleanBlob(VipsImage* image, char const* name, Clean const& clean) {
     std::span<char const> const blob = GetBlob(image, name);
     if (blob.empty()) return;
-    std::string const original(blob.begin(), blob.end());
+    std::string const original = AsString(blob);
     std::string const cleaned = clean(original);
-    if (cleaned != original) vips_image_set_blob_copy(image, name, cleaned.data(), cleaned.size());
+    if (cleaned != original) SetBlob(image, name, cleaned);
+}
+
+/// IPTC stands bare in TIFF files and among image resources in JPEG files, which the library passes on under the same
+/// name. Here it is kept among the resources, which both kinds can hold.
+void MoveIptcToResources(VipsImage* image) {
+    std::string const iptc = AsString(GetBlob(image, VIPS_META_IPTC_NAME));
+    if (iptc.empty()) return;
+    std::string resources = AsString(GetBlob(image, VIPS_META_PHOTOSHOP_NAME));
+    if (iptc.starts_with(RESOURCES_HEAD))
+        resources += iptc.substr(RESOURCES_HEAD.size());
+    else if (resources.empty())
+        resources = WrapIptc(iptc);
+    SetBlob(image, VIPS_META_PHOTOSHOP_NAME, resources);
+    vips_image_remove(image, VIPS_META_IPTC_NAME);
 }
 
 /// Whether an ICC profile is for grey or for RGB pictures, as its header says (ICC.1:2010, 7.2.6).
@@ -85,20 +104,30 @@ std::shared_ptr<VipsMetadata const> VipsMetadata::Take(VipsImage* source) {
     vips_image_init_fields(fields.get(), 1, 1, 1, VIPS_FORMAT_UCHAR, VIPS_CODING_NONE, VIPS_INTERPRETATION_B_W,
                            xResolution, yResolution);
     CleanBlob(fields.get(), VIPS_META_XMP_NAME, CleanXmp);
-    CleanBlob(fields.get(), VIPS_META_IPTC_NAME, CleanPhotoshopResources);
+    CleanBlob(fields.get(), VIPS_META_EXIF_NAME, CleanExif);
+    MoveIptcToResources(fields.get());
     CleanBlob(fields.get(), VIPS_META_PHOTOSHOP_NAME, CleanPhotoshopResources);
     return std::shared_ptr<VipsMetadata const>(new VipsMetadata(std::move(fields)));
 }
 
-void VipsMetadata::Apply(VipsImage* target) const {
+void VipsMetadata::Apply(VipsImage* target, FileKind kind) const {
     bool const grey = vips_image_get_bands(target) < 3;
     std::unique_ptr<char*, decltype(&g_strfreev)> const names(vips_image_get_fields(header.get()), &g_strfreev);
     for (char** name = names.get(); *name != nullptr; ++name)
         if (IsCarried(*name)) CopyField(header.get(), target, *name);
     if (!IsProfileFor(GetBlob(target, VIPS_META_ICC_NAME), grey)) vips_image_remove(target, VIPS_META_ICC_NAME);
+    // The library writes what it calls IPTC as the segment of a JPEG file as it is.
+    std::string const resources = AsString(GetBlob(target, VIPS_META_PHOTOSHOP_NAME));
+    if (kind == FileKind::Jpeg && !resources.empty())
+        SetBlob(target, VIPS_META_IPTC_NAME, std::string(RESOURCES_HEAD) + resources);
     target->Xres = vips_image_get_xres(header.get());
     target->Yres = vips_image_get_yres(header.get());
     vips_image_set_int(target, VIPS_META_ORIENTATION, 1);
+}
+
+std::span<char const> VipsMetadata::GetRgbProfile() const {
+    std::span<char const> const profile = GetBlob(header.get(), VIPS_META_ICC_NAME);
+    return IsProfileFor(profile, false) ? profile : std::span<char const>();
 }
 
 } // namespace Velnor::Proc::Files

@@ -53,11 +53,11 @@ OwnedImage OpenHeader(fs::path const& path, InputFile const& file, ReadOptions c
     if (source == nullptr) Fail(path, TakeError());
     if (vips_foreign_find_load_source(source.get()) == nullptr) {
         vips_error_clear();
-        Fail(path, "it is no picture file of a known kind");
+        Fail(path, "it is no picture file of a known kind, or damaged from the start");
     }
     VipsFailOn const failOn = options.acceptDamaged ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_WARNING;
-    OwnedImage image(vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn,
-                                                nullptr));
+    OwnedImage image(
+        vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn, nullptr));
     if (image == nullptr) Fail(path, TakeError());
     return image;
 }
@@ -70,8 +70,7 @@ void RequireSize(fs::path const& path, VipsImage* image, std::uint64_t maxPixels
         VELNOR_THROW(FileLimitException, what + " are " + std::to_string(width * height) + " pixels, the limit is " +
                                              std::to_string(maxPixels) + ".");
     if (width > Image::MAX_SIDE || height > Image::MAX_SIDE)
-        VELNOR_THROW(FileLimitException,
-                     what + " pixels, a side has at most " + std::to_string(Image::MAX_SIDE) + ".");
+        VELNOR_THROW(FileLimitException, what + " pixels, a side has at most " + std::to_string(Image::MAX_SIDE) + ".");
 }
 
 /// A picture for the image, upright. Black where the decoder may not reach.

@@ -14,14 +14,22 @@ struct Turn {
 
 Turn GetTurn(int orientation) {
     switch (orientation) {
-    case 2: return {false, true, false};
-    case 3: return {false, true, true};
-    case 4: return {false, false, true};
-    case 5: return {true, false, false};
-    case 6: return {true, true, false};
-    case 7: return {true, true, true};
-    case 8: return {true, false, true};
-    default: return {false, false, false};
+    case 2:
+        return {false, true, false};
+    case 3:
+        return {false, true, true};
+    case 4:
+        return {false, false, true};
+    case 5:
+        return {true, false, false};
+    case 6:
+        return {true, true, false};
+    case 7:
+        return {true, true, true};
+    case 8:
+        return {true, false, true};
+    default:
+        return {false, false, false};
     }
 }
 
@@ -61,10 +69,14 @@ void RowSink::Scatter(unsigned char const* pixels, unsigned char* first) const {
         return;
     }
     switch (bytes) {
-    case 1: return ScatterPixels<1>(pixels, pixelsInRow, first, stepX);
-    case 2: return ScatterPixels<2>(pixels, pixelsInRow, first, stepX);
-    case 3: return ScatterPixels<3>(pixels, pixelsInRow, first, stepX);
-    default: return ScatterPixels<4>(pixels, pixelsInRow, first, stepX);
+    case 1:
+        return ScatterPixels<1>(pixels, pixelsInRow, first, stepX);
+    case 2:
+        return ScatterPixels<2>(pixels, pixelsInRow, first, stepX);
+    case 3:
+        return ScatterPixels<3>(pixels, pixelsInRow, first, stepX);
+    default:
+        return ScatterPixels<4>(pixels, pixelsInRow, first, stepX);
     }
 }
 

@@ -35,9 +35,9 @@ private:
     MutablePlane const plane;
     SampleDepth const depth;
     std::uint64_t pixelsInRow;
-    unsigned char* origin;        ///< Where the file's first pixel goes.
-    std::int64_t stepX;           ///< Bytes from there to the next pixel of the row,
-    std::int64_t stepY;           ///< and to the first pixel of the next row.
+    unsigned char* origin;             ///< Where the file's first pixel goes.
+    std::int64_t stepX;                ///< Bytes from there to the next pixel of the row,
+    std::int64_t stepY;                ///< and to the first pixel of the next row.
     std::vector<unsigned char> buffer; ///< A row at 8 bits.
 };
 

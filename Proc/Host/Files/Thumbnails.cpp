@@ -33,7 +33,6 @@ void ResetDigit(std::string& packet, std::string_view name) {
     }
 }
 
-constexpr std::string_view SEGMENT_HEAD("Photoshop 3.0\0", 14);
 constexpr std::string_view SIGNATURE = "8BIM";
 
 unsigned GetBigEndian(std::string const& block, std::size_t at, std::size_t bytes) {
@@ -58,6 +57,34 @@ std::size_t GetResourceBytes(std::string const& block, std::size_t at) {
 
 } // namespace
 
+std::string CleanExif(std::string const& block) {
+    constexpr std::string_view PREFIX("Exif\0\0", 6);
+    constexpr std::size_t ENTRY_BYTES = 12;
+    std::size_t const base = block.starts_with(PREFIX) ? PREFIX.size() : 0;
+    if (block.size() < base + 8) return block;
+    bool const isLittleEndian = block.compare(base, 2, "II") == 0;
+    auto const get = [&](std::size_t at, std::size_t bytes) {
+        std::string field = block.substr(at, bytes);
+        if (isLittleEndian) std::ranges::reverse(field);
+        return GetBigEndian(field, 0, bytes);
+    };
+    std::size_t const directory = base + get(base + 4, 4);
+    if (directory + 2 > block.size()) return block;
+    std::size_t const next = directory + 2 + ENTRY_BYTES * get(directory, 2);
+    if (next + 4 > block.size()) return block;
+    std::string cleaned = block;
+    return cleaned.replace(next, 4, 4, '\0');
+}
+
+std::string WrapIptc(std::string const& iptc) {
+    auto const size = static_cast<std::uint32_t>(iptc.size());
+    std::string resource = std::string(SIGNATURE) + std::string("\x04\x04\0\0", 4);
+    for (int shift = 24; shift >= 0; shift -= 8) resource += static_cast<char>(size >> shift);
+    resource += iptc;
+    resource.resize(RoundUpToEven(resource.size()));
+    return resource;
+}
+
 std::string CleanXmp(std::string const& packet) {
     std::string cleaned = packet;
     for (char const* name : {"xmp:Thumbnails", "xap:Thumbnails"}) RemoveElement(cleaned, name);
@@ -68,8 +95,8 @@ std::string CleanXmp(std::string const& packet) {
 std::string CleanPhotoshopResources(std::string const& block) {
     constexpr unsigned THUMBNAIL_OLD = 1033;
     constexpr unsigned THUMBNAIL = 1036;
-    std::size_t at = block.starts_with(SEGMENT_HEAD) ? SEGMENT_HEAD.size() : 0;
-    std::string cleaned = block.substr(0, at);
+    std::size_t at = 0;
+    std::string cleaned;
     while (std::size_t const bytes = GetResourceBytes(block, at)) {
         unsigned const identifier = GetBigEndian(block, at + SIGNATURE.size(), 2);
         if (identifier != THUMBNAIL && identifier != THUMBNAIL_OLD) cleaned.append(block, at, bytes);

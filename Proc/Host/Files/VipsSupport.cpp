@@ -15,8 +15,8 @@ void LogMessage(char const*, GLogLevelFlags, char const* message, void*) { VLOG(
 
 void Start() {
     if (VIPS_INIT("velnor") != 0)
-        VELNOR_THROW(FileException, "Picture files cannot be opened: the file library does not start: " + TakeError() +
-                                        ".");
+        VELNOR_THROW(FileException,
+                     "Picture files cannot be opened: the file library does not start: " + TakeError() + ".");
     vips_cache_set_max(0);
     vips_block_untrusted_set(TRUE);
     auto const everything = static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION);

@@ -1,0 +1,153 @@
+#include "Proc/Host/OutputFile.h"
+
+#include "Proc/Host/PictureFile.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace Velnor::Proc::Testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class OutputFileTest : public ::testing::TestWithParam<OutputFile::Temporary> {
+protected:
+    fs::path In(std::string const& name) const { return folder.GetPath() / name; }
+
+    void Write(std::string const& name, std::string const& content, bool overwrite) const {
+        OutputFile file(In(name), overwrite, GetParam());
+        file.Write(content.data(), content.size());
+        file.Commit();
+    }
+    void Put(std::string const& name, std::string const& content) const { std::ofstream(In(name)) << content; }
+    std::string Get(std::string const& name) const {
+        std::ifstream file(In(name));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    std::size_t CountFiles() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder.GetPath()), {}));
+    }
+
+    /// Runs an action in a process of its own and returns how that ended, as waitpid tells.
+    template <class Action>
+    static int RunInChild(Action const& action) {
+        pid_t const child = fork();
+        if (child == 0) {
+            action();
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        return status;
+    }
+
+    TemporaryFolder const folder;
+};
+
+TEST_P(OutputFileTest, AppearsAtCommitAndNotBefore) {
+    {
+        OutputFile file(In("a"), false, GetParam());
+        file.Write("new", 3);
+        EXPECT_FALSE(fs::exists(In("a")));
+        file.Commit();
+        EXPECT_EQ(Get("a"), "new");
+    }
+    EXPECT_EQ(Get("a"), "new");
+    { OutputFile(In("b"), false, GetParam()).Write("dropped", 7); }
+    EXPECT_EQ(CountFiles(), 1U);
+}
+
+TEST_P(OutputFileTest, ReplacesOnlyWhenAsked) {
+    Put("a", "old");
+    ASSERT_EQ(chmod(In("a").c_str(), 0640), 0);
+    EXPECT_THROW(Write("a", "new", false), FileOutputException);
+    EXPECT_EQ(Get("a"), "old");
+    {
+        OutputFile late(In("b"), false, GetParam());
+        late.Write("late", 4);
+        Put("b", "meanwhile");
+        EXPECT_THROW(late.Commit(), FileOutputException);
+    }
+    EXPECT_EQ(Get("b"), "meanwhile");
+    Write("a", "new", true);
+    EXPECT_EQ(Get("a"), "new");
+    EXPECT_EQ(fs::status(In("a")).permissions(), static_cast<fs::perms>(0640));
+    EXPECT_EQ(CountFiles(), 2U);
+}
+
+TEST_P(OutputFileTest, NewFilesFollowTheUmask) {
+    mode_t const before = umask(0027);
+    Write("a", "x", false);
+    umask(before);
+    EXPECT_EQ(fs::status(In("a")).permissions(), static_cast<fs::perms>(0640));
+}
+
+TEST_P(OutputFileTest, ALinkStaysAndWhatItLeadsToIsReplaced) {
+    fs::create_directory(In("far"));
+    Put("far/a", "old");
+    fs::create_symlink("far/a", In("link"));
+    Write("link", "new", true);
+    EXPECT_TRUE(fs::is_symlink(In("link")));
+    EXPECT_EQ(Get("far/a"), "new");
+    fs::create_symlink("nowhere", In("broken"));
+    EXPECT_THROW(Write("broken", "new", false), FileOutputException);
+    EXPECT_THROW(Write("broken", "new", true), FileOutputException);
+}
+
+TEST_P(OutputFileTest, RefusesWhatIsNoRegularFile) {
+    EXPECT_THROW(Write("", "x", true), FileOutputException);
+    EXPECT_THROW(Write("missing/a", "x", true), FileOutputException);
+    fs::create_directory(In("folder"));
+    EXPECT_THROW(Write("folder", "x", true), FileOutputException);
+    ASSERT_EQ(mkfifo(In("pipe").c_str(), 0600), 0);
+    EXPECT_THROW(Write("pipe", "x", true), FileOutputException);
+    EXPECT_EQ(CountFiles(), 2U);
+}
+
+TEST_P(OutputFileTest, NoRoomLeavesTheOldFile) {
+    Put("a", "old");
+    int const status = RunInChild([this] {
+        // A limit on file sizes fails a write in the middle, as a full disk does.
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit const limit{10'000, 10'000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        try {
+            Write("a", std::string(20'000, 'x'), true);
+        } catch (FileOutputException const&) {
+            _exit(7);
+        }
+    });
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(Get("a"), "old");
+    EXPECT_EQ(CountFiles(), 1U);
+}
+
+TEST_P(OutputFileTest, AKilledWriterLeavesTheOldFile) {
+    Put("a", "old");
+    int const status = RunInChild([this] {
+        OutputFile file(In("a"), true, GetParam());
+        file.Write("half", 4);
+        raise(SIGKILL);
+    });
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+    EXPECT_EQ(Get("a"), "old");
+    EXPECT_EQ(CountFiles(), GetParam() == OutputFile::Temporary::Unnamed ? 1U : 2U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, OutputFileTest,
+                         ::testing::Values(OutputFile::Temporary::Unnamed, OutputFile::Temporary::Named),
+                         [](auto const& instance) {
+                             return instance.param == OutputFile::Temporary::Unnamed ? "Unnamed" : "Named";
+                         });
+
+} // namespace
+} // namespace Velnor::Proc::Testing

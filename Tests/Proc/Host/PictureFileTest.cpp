@@ -1,0 +1,413 @@
+#include "Proc/Host/PictureFile.h"
+
+#include "Tests/Support/Pictures.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <vips/vips.h>
+
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <future>
+#include <iterator>
+
+namespace Velnor::Proc::Testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Bytes = std::vector<unsigned char>;
+
+std::string ReadBytes(fs::path const& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteBytes(fs::path const& path, std::string const& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+
+/// The description of the Error that an action throws; empty when it throws none.
+template <class Error, class Action>
+std::string DescriptionOf(Action const& action) {
+    try {
+        action();
+        return {};
+    } catch (Error const& error) {
+        return DescribeException(error);
+    }
+}
+
+class PictureFileTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { ASSERT_EQ(VIPS_INIT("test"), 0); }
+
+    fs::path In(std::string const& name) const { return folder.GetPath() / name; }
+    LoadedPicture Read(std::string const& name, ReadOptions const& options = {}) {
+        return ReadPicture(In(name), *context, options);
+    }
+    void Write(std::string const& name, IDataVideo const& picture, PictureMetadata const* metadata = nullptr,
+               bool overwrite = false) {
+        WriteOptions options;
+        options.overwrite = overwrite;
+        WritePicture(In(name), picture, metadata, options);
+    }
+    std::string ReadError(std::string const& name, ReadOptions const& options = {}) {
+        return DescriptionOf<FileInputException>([&] { Read(name, options); });
+    }
+    std::size_t CountFiles() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder.GetPath()), {}));
+    }
+
+    /// Saves samples with the file library itself, and with fields that `decorate` sets.
+    template <class Sample, class Decorate>
+    void Craft(std::string const& name, std::vector<Sample> samples, int width, int bands, VipsBandFormat format,
+               VipsInterpretation interpretation, Decorate const& decorate) {
+        int const height = static_cast<int>(samples.size()) / width / bands;
+        VipsImage* const memory = vips_image_new_from_memory_copy(samples.data(), samples.size() * sizeof(Sample),
+                                                                  width, height, bands, format);
+        VipsImage* image = nullptr;
+        ASSERT_EQ(vips_copy(memory, &image, "interpretation", interpretation, nullptr), 0);
+        decorate(image);
+        ASSERT_EQ(vips_image_write_to_file(image, In(name).c_str(), nullptr), 0) << vips_error_buffer();
+        g_object_unref(image);
+        g_object_unref(memory);
+    }
+
+    /// What the file library finds in a file.
+    template <class Inspect>
+    void InspectFile(std::string const& name, Inspect const& inspect) {
+        VipsImage* const image = vips_image_new_from_file(In(name).c_str(), nullptr);
+        ASSERT_NE(image, nullptr) << name;
+        inspect(image);
+        g_object_unref(image);
+    }
+
+    TemporaryFolder const folder;
+    ContextHandle const context = MakeShared<Context>();
+};
+
+std::string GetBlob(VipsImage* image, char const* name) {
+    void const* data = nullptr;
+    std::size_t bytes = 0;
+    if (vips_image_get_typeof(image, name) == 0 || vips_image_get_blob(image, name, &data, &bytes) != 0) return {};
+    return {static_cast<char const*>(data), bytes};
+}
+
+TEST_F(PictureFileTest, LosslessFilesReadBackExactlyInTheFormatThatWasWritten) {
+    for (char const* name : {"a.png", "a.tif"})
+        for (PixFmt const format : {PixFmt::RGB24, PixFmt::RGBA, PixFmt::GRAY8, PixFmt::YA8})
+            for (auto const& [width, height] : {std::pair{1U, 1U}, {37U, 21U}, {130U, 300U}}) {
+                VideoHandle const picture = MakeNoise(*context, format, width, height);
+                Write(name, *picture, nullptr, true);
+                LoadedPicture const loaded = Read(name);
+                EXPECT_EQ(loaded.picture->GetPixFmt(), format) << name;
+                EXPECT_EQ(loaded.picture->GetFrameFormat(), FrameFormat::Square(width, height));
+                EXPECT_EQ(Samples(*loaded.picture), Samples(*picture)) << name << " " << static_cast<int>(format);
+            }
+}
+
+TEST_F(PictureFileTest, LossyFilesKeepColourAndAlpha) {
+    for (char const* name : {"a.jpg", "a.JPEG", "a.webp"}) {
+        Write(name, *MakeFlat(*context, PixFmt::RGB24, 32, 16, {200, 100, 50}));
+        VideoHandle const picture = Read(name).picture;
+        ASSERT_EQ(picture->GetPixFmt(), PixFmt::RGB24) << name;
+        Bytes const samples = Samples(*picture);
+        EXPECT_NEAR(samples[0], 200, 4) << name;
+        EXPECT_NEAR(samples[1], 100, 4) << name;
+        EXPECT_NEAR(samples[2], 50, 4) << name;
+    }
+    Write("grey.jpg", *MakeFlat(*context, PixFmt::GRAY8, 32, 16, {77}));
+    EXPECT_EQ(Read("grey.jpg").picture->GetPixFmt(), PixFmt::GRAY8);
+    Write("alpha.webp", *MakeFlat(*context, PixFmt::RGBA, 32, 16, {200, 100, 50, 9}));
+    EXPECT_EQ(Samples(*Read("alpha.webp").picture)[3], 9);
+    Write("flat.jpg", *MakeFlat(*context, PixFmt::RGBA, 32, 16, {200, 100, 50, 128}));
+    EXPECT_NEAR(Samples(*Read("flat.jpg").picture)[0], 100, 4) << "over black";
+}
+
+TEST_F(PictureFileTest, ReadsRowsThatAreUpsideDownOrPadded) {
+    Bytes memory{1, 2, 3, 99, 4, 5, 6, 99};
+    VideoHandle picture;
+    context->WrapImage(&picture, PixFmt::GRAY8, FrameFormat::Square(3, 2),
+                       {ConstPlane(memory.data(), 4, 3, 2, 1, true)}, nullptr);
+    Write("a.png", *picture);
+    EXPECT_EQ(Samples(*Read("a.png").picture), (Bytes{4, 5, 6, 1, 2, 3}));
+}
+
+TEST_F(PictureFileTest, SixteenBitsAreRounded) {
+    std::vector<std::uint16_t> deep(65536);
+    Bytes expected(deep.size());
+    for (std::size_t i = 0; i < deep.size(); ++i) {
+        deep[i] = static_cast<std::uint16_t>(i);
+        expected[i] = static_cast<unsigned char>((i * 255 + 32767) / 65535);
+    }
+    for (char const* name : {"deep.png", "deep.tif"}) {
+        Craft(name, deep, 256, 1, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_GREY16, [](VipsImage*) {});
+        VideoHandle const picture = Read(name).picture;
+        EXPECT_EQ(picture->GetPixFmt(), PixFmt::GRAY8);
+        EXPECT_EQ(Samples(*picture), expected) << name;
+    }
+}
+
+TEST_F(PictureFileTest, OtherColourModelsBecomeRgb) {
+    Craft("linear.tif", std::vector<float>{0.0F, 0.2F, 1.0F}, 1, 3, VIPS_FORMAT_FLOAT, VIPS_INTERPRETATION_scRGB,
+          [](VipsImage*) {});
+    EXPECT_EQ(Samples(*Read("linear.tif").picture), (Bytes{0, 124, 255})) << "linear light gets the curve of sRGB";
+
+    Craft("lab.tif", std::vector<float>{100, 0, 0}, 1, 3, VIPS_FORMAT_FLOAT, VIPS_INTERPRETATION_LAB,
+          [](VipsImage*) {});
+    EXPECT_EQ(Samples(*Read("lab.tif").picture), (Bytes{255, 255, 255}));
+
+    Bytes ink;
+    for (int i = 0; i < 64; ++i) ink.insert(ink.end(), {0, 0, 0, 0});
+    Craft("cmyk.jpg", ink, 8, 4, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_CMYK, [](VipsImage*) {});
+    LoadedPicture const paper = Read("cmyk.jpg");
+    ASSERT_EQ(paper.picture->GetPixFmt(), PixFmt::RGB24);
+    EXPECT_GT(Samples(*paper.picture)[0], 250) << "no ink is white";
+    Write("rgb.png", *paper.picture, paper.metadata.get());
+    InspectFile("rgb.png", [](VipsImage* image) {
+        std::string const profile = GetBlob(image, VIPS_META_ICC_NAME);
+        EXPECT_TRUE(profile.empty() || profile.substr(16, 4) == "RGB ") << profile.substr(16, 4);
+    });
+}
+
+TEST_F(PictureFileTest, EveryOrientationArrivesUpright) {
+    // A picture of 3 x 2 pixels as each orientation stores it.
+    std::array<Bytes, 8> const stored{Bytes{1, 2, 3, 4, 5, 6}, {3, 2, 1, 6, 5, 4}, {6, 5, 4, 3, 2, 1},
+                                      {4, 5, 6, 1, 2, 3},      {1, 4, 2, 5, 3, 6}, {3, 6, 2, 5, 1, 4},
+                                      {6, 3, 5, 2, 4, 1},      {4, 1, 5, 2, 6, 3}};
+    for (int orientation = 1; orientation <= 8; ++orientation)
+        for (std::size_t const bands : {1U, 3U}) {
+            auto const repeat = [bands](Bytes const& pixels) {
+                Bytes samples;
+                for (unsigned char const pixel : pixels) samples.insert(samples.end(), bands, pixel);
+                return samples;
+            };
+            Craft("turned.tif", repeat(stored.at(static_cast<std::size_t>(orientation - 1))), orientation < 5 ? 3 : 2,
+                  static_cast<int>(bands), VIPS_FORMAT_UCHAR,
+                  bands == 1 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB,
+                  [orientation](VipsImage* image) { vips_image_set_int(image, VIPS_META_ORIENTATION, orientation); });
+            LoadedPicture const loaded = Read("turned.tif");
+            EXPECT_EQ(loaded.picture->GetFrameFormat(), FrameFormat::Square(3, 2)) << orientation;
+            EXPECT_EQ(Samples(*loaded.picture), repeat({1, 2, 3, 4, 5, 6})) << orientation;
+            Write("upright.tif", *loaded.picture, loaded.metadata.get(), true);
+            EXPECT_EQ(Samples(*Read("upright.tif").picture), Samples(*loaded.picture)) << "turned once, not twice";
+        }
+}
+
+/// A TIFF block of EXIF, big-endian: an artist, the orientation 6, and a directory with a thumbnail.
+std::string MakeExif() {
+    using namespace std::string_literals;
+    return "Exif\0\0MM\0\x2a\0\0\0\x08"s
+           "\0\x02"s
+           "\x01\x12\0\x03\0\0\0\x01\0\x06\0\0"s
+           "\x01\x3b\0\x02\0\0\0\x04"s
+           "Ann\0"s
+           "\0\0\0\x26"s
+           "\0\x03"s
+           "\x01\x03\0\x03\0\0\0\x01\0\x06\0\0"s
+           "\x02\x01\0\x04\0\0\0\x01\0\0\0\x50"s
+           "\x02\x02\0\x04\0\0\0\x01\0\0\0\x08"s
+           "\0\0\0\0THUMBPIX"s;
+}
+
+TEST_F(PictureFileTest, MetadataIsCarriedWithoutOrientationAndThumbnails) {
+    using namespace std::string_literals;
+    std::string const xmp = "<x:xmpmeta><rdf tiff:Orientation=\"6\"><dc:title>Hello</dc:title>"
+                            "<xmp:Thumbnails>THUMBPIX</xmp:Thumbnails></rdf></x:xmpmeta>";
+    std::string const resources = "Photoshop 3.0\0"s
+                                  "8BIM\x04\x0c\0\0\0\0\0\x08THUMBPIX"s
+                                  "8BIM\x04\x04\0\0\0\0\0\x09\x1c\x02\x5a\0\x04Rome\0"s;
+    void* profile = nullptr;
+    std::size_t profileBytes = 0;
+    VipsBlob* blob = nullptr;
+    ASSERT_EQ(vips_profile_load("srgb", &blob, nullptr), 0);
+    profile = const_cast<void*>(vips_blob_get(blob, &profileBytes));
+    Craft("in.jpg", Bytes(40 * 20 * 3, 100), 40, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB, [&](VipsImage* image) {
+        std::string const exif = MakeExif();
+        vips_image_set_blob_copy(image, VIPS_META_EXIF_NAME, exif.data(), exif.size());
+        vips_image_set_blob_copy(image, VIPS_META_XMP_NAME, xmp.data(), xmp.size());
+        vips_image_set_blob_copy(image, VIPS_META_IPTC_NAME, resources.data(), resources.size());
+        vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile, profileBytes);
+        vips_image_set_string(image, "exif-ifd0-Artist", "Ann (Ann, ASCII, 4 components, 4 bytes)");
+        vips_image_set_int(image, VIPS_META_ORIENTATION, 6);
+    });
+    ASSERT_NE(ReadBytes(In("in.jpg")).find("THUMBPIX"), std::string::npos);
+    LoadedPicture const loaded = Read("in.jpg");
+    ASSERT_NE(loaded.metadata, nullptr);
+    EXPECT_EQ(loaded.picture->GetFrameFormat(), FrameFormat::Square(20, 40));
+    for (std::string const name : {"out.jpg", "out.png", "out.tif", "out.webp"}) {
+        Write(name, *loaded.picture, loaded.metadata.get());
+        std::string const bytes = ReadBytes(In(name));
+        EXPECT_EQ(bytes.find("THUMBPIX"), std::string::npos) << name;
+        EXPECT_EQ(bytes.find("velnor"), std::string::npos) << name;
+        bool const isTiff = name == "out.tif";
+        EXPECT_EQ(bytes.find("Rome") != std::string::npos, isTiff || name == "out.jpg") << name;
+        InspectFile(name, [&](VipsImage* image) {
+            std::string const packet = GetBlob(image, VIPS_META_XMP_NAME);
+            EXPECT_NE(packet.find("<dc:title>Hello</dc:title>"), std::string::npos) << name;
+            EXPECT_NE(packet.find("tiff:Orientation=\"1\""), std::string::npos) << name;
+            EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), std::string(static_cast<char*>(profile), profileBytes));
+            EXPECT_EQ(vips_image_get_orientation(image), 1) << name;
+            EXPECT_EQ(GetBlob(image, VIPS_META_EXIF_NAME).find("Ann") != std::string::npos, !isTiff) << name;
+        });
+    }
+    vips_area_unref(VIPS_AREA(blob));
+}
+
+TEST_F(PictureFileTest, AProfileForAnotherColourModelIsLeftOut) {
+    VipsBlob* blob = nullptr;
+    ASSERT_EQ(vips_profile_load("srgb", &blob, nullptr), 0);
+    std::size_t bytes = 0;
+    void const* const profile = vips_blob_get(blob, &bytes);
+    Craft("in.png", Bytes{10, 20, 30}, 1, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB,
+          [&](VipsImage* image) { vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile, bytes); });
+    vips_area_unref(VIPS_AREA(blob));
+    auto const metadata = Read("in.png").metadata;
+    Write("grey.png", *MakeNoise(*context, PixFmt::GRAY8, 5, 5), metadata.get());
+    InspectFile("grey.png", [](VipsImage* image) { EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), ""); });
+    VideoHandle const indexed = MakeNoise(*context, PixFmt::PAL8, 5, 5);
+    Write("indexed.png", *indexed, metadata.get());
+    InspectFile("indexed.png", [](VipsImage* image) { EXPECT_NE(GetBlob(image, VIPS_META_ICC_NAME), ""); });
+}
+
+TEST_F(PictureFileTest, PalettesAreExact) {
+    for (unsigned const colors : {1U, 2U, 3U, 4U, 7U, 16U, 17U, 256U})
+        for (bool const isOpaque : {true, false}) {
+            VideoHandle const picture = MakeNoise(*context, PixFmt::PAL8, 37, 19, colors);
+            MutablePlane const indexes = picture->GetMutablePlane(0);
+            MutablePlane const palette = picture->GetMutablePlane(1);
+            Bytes expected;
+            for (int i = 0; isOpaque && i < 256; ++i) palette.GetRow(0)[i * 4 + 3] = 255;
+            palette.GetRow(0)[3] = isOpaque ? 255 : 7;
+            indexes.GetRow(18)[36] = 0;
+            for (std::uint64_t y = 0; y < 19; ++y)
+                for (std::uint64_t x = 0; x < 37; ++x) {
+                    unsigned char& index = indexes.GetRow(y)[x];
+                    index = static_cast<unsigned char>(index % colors);
+                    unsigned char const* const entry = palette.GetRow(0) + 4 * index;
+                    expected.insert(expected.end(), entry, entry + (isOpaque ? 3 : 4));
+                }
+            Write("a.png", *picture, nullptr, true);
+            EXPECT_EQ(Samples(*Read("a.png").picture), expected) << colors;
+            std::string const file = ReadBytes(In("a.png"));
+            EXPECT_EQ(file[24], colors <= 2 ? 1 : colors <= 4 ? 2 : colors <= 16 ? 4 : 8) << "bits a pixel";
+            EXPECT_EQ(file[25], 3) << "kind of PNG";
+        }
+}
+
+TEST_F(PictureFileTest, WhatIsNoPictureIsNamedInOneLine) {
+    WriteBytes(In("empty.jpg"), "");
+    WriteBytes(In("text.jpg"), "This is no picture.\n");
+    EXPECT_EQ(ReadError("empty.jpg"), In("empty.jpg").string() + " cannot be read: it is empty.");
+    EXPECT_EQ(ReadError("missing.jpg"), In("missing.jpg").string() + " cannot be read: No such file or directory.");
+    EXPECT_EQ(ReadError(""), In("").string() + " cannot be read: it is a folder.");
+    EXPECT_NE(ReadError("text.jpg").find("no picture file of a known kind"), std::string::npos);
+}
+
+TEST_F(PictureFileTest, DamageIsAnErrorUnlessItIsAccepted) {
+    VideoHandle const picture = MakeNoise(*context, PixFmt::RGB24, 200, 150);
+    ReadOptions accept;
+    accept.acceptDamaged = true;
+    for (std::string const name : {"a.jpg", "a.png", "a.tif", "a.webp"}) {
+        Write(name, *picture);
+        std::string const whole = ReadBytes(In(name));
+        WriteBytes(In(name), whole.substr(0, whole.size() / 2));
+        ::testing::internal::CaptureStderr();
+        std::string const error = ReadError(name);
+        bool const isReadable = name == "a.jpg" || name == "a.png";
+        EXPECT_EQ(ReadError(name, accept).empty(), isReadable) << name;
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << name;
+        EXPECT_TRUE(error.starts_with(In(name).string() + " cannot be read: ")) << error;
+        EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+    }
+    Bytes const samples = Samples(*picture);
+    Bytes const read = Samples(*Read("a.png", accept).picture);
+    std::size_t const third = samples.size() / 3;
+    EXPECT_TRUE(std::equal(samples.begin(), samples.begin() + static_cast<long>(third), read.begin()));
+    EXPECT_EQ(read.back(), 0);
+
+    Write("flipped.jpg", *picture);
+    std::string bytes = ReadBytes(In("flipped.jpg"));
+    bytes.replace(bytes.size() / 2, 40, 40, '\x55');
+    bytes.replace(bytes.size() / 2 + 10, 2, "\xff\xd3");
+    WriteBytes(In("flipped.jpg"), bytes);
+    EXPECT_NE(ReadError("flipped.jpg"), "") << "what the decoder only warns of";
+}
+
+TEST_F(PictureFileTest, SizeIsCheckedBeforePixelsAreDecoded) {
+    using namespace std::string_literals;
+    // 69 bytes that claim 60000 x 60000 pixels.
+    WriteBytes(In("huge.png"), "\x89PNG\r\n\x1a\n"s
+                               "\0\0\0\x0dIHDR\0\0\xea\x60\0\0\xea\x60\x08\x02\0\0\0\x0f\xb0\xe2\x15"s
+                               "\0\0\0\x0cIDAT\x78\x9c\x63\x60\x60\x60\0\0\0\x04\0\x01\xf6\x17\x38\x55"s
+                               "\0\0\0\0IEND\xae\x42\x60\x82"s);
+    std::string const error = DescriptionOf<FileLimitException>([&] { Read("huge.png"); });
+    EXPECT_NE(error.find("60000 x 60000"), std::string::npos) << error;
+    EXPECT_NE(error.find("512000000"), std::string::npos) << error;
+
+    Write("a.png", *MakeNoise(*context, PixFmt::GRAY8, 20, 10));
+    ReadOptions options;
+    options.maxPixels = 199;
+    EXPECT_NE(DescriptionOf<FileLimitException>([&] { Read("a.png", options); }), "");
+    options.maxPixels = 200;
+    EXPECT_NO_THROW(Read("a.png", options));
+}
+
+TEST_F(PictureFileTest, NamesAreTakenLiterally) {
+    VideoHandle const picture = MakeNoise(*context, PixFmt::RGB24, 64, 64);
+    Write("photo[Q=1].png", *picture);
+    EXPECT_EQ(Samples(*Read("photo[Q=1].png").picture), Samples(*picture));
+    EXPECT_EQ(CountFiles(), 1U);
+}
+
+TEST_F(PictureFileTest, WrongCallsSayWhatIsTaken) {
+    VideoHandle const picture = MakeNoise(*context, PixFmt::YUV444P, 8, 8);
+    auto const error = [&](std::string const& name, IDataVideo const& video, int quality) {
+        return DescriptionOf<FileOutputException>([&] { WritePicture(In(name), video, nullptr, {quality, false}); });
+    };
+    EXPECT_NE(error("a.bmp", *picture, 90).find(".jpg, .jpeg, .jpe, .png, .tif, .tiff, .webp"), std::string::npos);
+    EXPECT_NE(error("a", *picture, 90).find("no extension"), std::string::npos);
+    EXPECT_NE(error("a.jpg", *picture, 90).find("not in yuv444p"), std::string::npos);
+    VideoHandle const grey = MakeNoise(*context, PixFmt::GRAY8, 8, 8);
+    EXPECT_NE(error("a.jpg", *grey, 0).find("1 to 100, not 0"), std::string::npos);
+    EXPECT_NE(error("a.webp", *grey, 90), "");
+    EXPECT_EQ(CountFiles(), 0U);
+    EXPECT_EQ(GetWritableFormats("x/A.JPG"), (std::vector<PixFmt>{PixFmt::RGB24, PixFmt::GRAY8}));
+    EXPECT_EQ(GetWritableFormats("a.png").size(), 5U);
+}
+
+TEST_F(PictureFileTest, OutputMayBeTheInputOnlyWhenAsked) {
+    VideoHandle const picture = MakeNoise(*context, PixFmt::RGB24, 50, 40);
+    Write("a.png", *picture);
+    std::string const before = ReadBytes(In("a.png"));
+    LoadedPicture const loaded = Read("a.png");
+    EXPECT_NE(DescriptionOf<FileOutputException>([&] { Write("a.png", *loaded.picture); }), "");
+    EXPECT_EQ(ReadBytes(In("a.png")), before);
+    Write("a.png", *loaded.picture, nullptr, true);
+    EXPECT_EQ(Samples(*Read("a.png").picture), Samples(*picture));
+    EXPECT_EQ(CountFiles(), 1U);
+}
+
+TEST_F(PictureFileTest, AnEncoderThatFailsLeavesTheOldFile) {
+    WriteBytes(In("a.webp"), "old");
+    VideoHandle const tooWide = MakeFlat(*context, PixFmt::RGB24, 20000, 1, {1, 2, 3}); // WebP ends at 16383
+    std::string const error = DescriptionOf<FileOutputException>([&] { Write("a.webp", *tooWide, nullptr, true); });
+    EXPECT_TRUE(error.starts_with(In("a.webp").string() + " cannot be written: ")) << error;
+    EXPECT_EQ(ReadBytes(In("a.webp")), "old");
+    EXPECT_EQ(CountFiles(), 1U);
+}
+
+TEST_F(PictureFileTest, SeveralThreadsReadAndWriteAtOnce) {
+    VideoHandle const picture = MakeNoise(*context, PixFmt::RGB24, 300, 200);
+    std::vector<std::future<bool>> results;
+    for (int i = 0; i < 4; ++i)
+        results.push_back(std::async(std::launch::async, [&, i] {
+            std::string const name = std::to_string(i) + ".png";
+            Write(name, *picture->MakeCopy(CopyMode::Value));
+            return Samples(*Read(name).picture) == Samples(*picture);
+        }));
+    for (auto& result : results) EXPECT_TRUE(result.get());
+}
+
+} // namespace
+} // namespace Velnor::Proc::Testing
