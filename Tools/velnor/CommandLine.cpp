@@ -1,5 +1,6 @@
 #include "Tools/velnor/CommandLine.h"
 
+#include "Proc/Interfaces/SettingsText.h"
 #include "Tools/velnor/ApplyCommand.h"
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/Failure.h"
@@ -10,6 +11,7 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <CLI/Validators.hpp>
 
 #include <algorithm>
 
@@ -41,6 +43,22 @@ struct Arguments {
     int logLevel = 0;
 };
 
+/// A number's own check, in the words that the parameters of effects have. The parser puts the option's name before it.
+template <class Number>
+CLI::Validator Within(Number low, Number high) {
+    using Form = Proc::TextForm<Number>;
+    return {[=](std::string& text) -> std::string {
+                try {
+                    Number const value = Form::Parse(text);
+                    if (value >= low && value <= high) return {};
+                    return text + " is outside the range " + Form::Print(low) + " to " + Form::Print(high);
+                } catch (Proc::SettingsTextException const& error) {
+                    return DescribeException(error);
+                }
+            },
+            std::string()};
+}
+
 void AddCommonOptions(CLI::App& command, ApplyOptions& options) {
     command.add_flag("--json", options.asJson, "Print results as JSON");
     command.add_option("--plugin", options.plugins, "Load this plug-in too; may be repeated")
@@ -53,8 +71,7 @@ CLI::App* AddApply(CLI::App& app, Arguments& arguments) {
     ApplyOptions& options = arguments.apply;
     CLI::App* const apply = app.add_subcommand("apply", "Run effects on photographs and write the results");
     apply->add_option("photos", options.photos, "Photographs to read; after -- names may begin with a dash")
-        ->type_name("PHOTO")
-        ->required();
+        ->type_name("PHOTO");
     apply->add_option("-e,--effect", options.effects, "Effect to run; may be repeated")
         ->type_name("EFFECT")
         ->allow_extra_args(false);
@@ -62,20 +79,21 @@ CLI::App* AddApply(CLI::App& app, Arguments& arguments) {
         ->add_option("-o,--output", options.output,
                      "File to write; a folder (out/) for several photographs, or a pattern with {name}, {index} and "
                      "{ext}. Folders that are missing are made")
-        ->type_name("OUT")
-        ->required();
+        ->type_name("OUT");
     apply->add_flag("-f,--force", options.replace, "Replace outputs that exist already");
     apply->add_option("--quality", options.quality, "Quality of lossy formats, 1 to 100")
+        ->check(Within(1, 100))
         ->type_name("N")
         ->capture_default_str();
     apply->add_option("--max-megapixels", options.maxMegapixels, "Refuse larger photographs")
+        ->check(Within(0.000001, 1e6))
         ->type_name("N")
         ->capture_default_str();
     apply->add_flag("--accept-damaged", options.acceptDamaged, "Keep the readable part of a damaged photograph");
     apply->add_flag("--stats", options.showStatistics, "Print each effect's statistics to standard error at the end");
     apply->add_flag("-v,--verbose", arguments.verbosity,
                     "Log what the effects do to standard error: raises the verbose log level by 30 each time");
-    apply->add_option("--log-level", arguments.logLevel, "Verbose log level")->type_name("N");
+    apply->add_option("--log-level", arguments.logLevel, "Verbose log level")->check(Within(0, 1000))->type_name("N");
     AddCommonOptions(*apply, options);
     apply->footer(std::string(EFFECT_SYNTAX) + "\n\n" + EXIT_CODES);
     return apply;
@@ -91,6 +109,7 @@ std::vector<std::string> GetOptionNames(CLI::App const& command) {
 
 void RequireNoExtras(CLI::App const& command) {
     for (std::string const& extra : command.remaining()) {
+        if (extra == "--") continue; // The mark that options end here, which the parser leaves among the extras.
         std::string const typed = extra.substr(0, extra.find('='));
         if (typed.starts_with('-'))
             throw WrongCall(command.get_name() + " has no option " + typed +
@@ -100,19 +119,11 @@ void RequireNoExtras(CLI::App const& command) {
     }
 }
 
-template <class Number>
-void RequireRange(char const* option, Number value, Number low, Number high) {
-    if (value >= low && value <= high) return;
-    std::ostringstream text;
-    text << option << ": " << value << " is outside the range " << low << " to " << high;
-    throw WrongCall(text.str());
-}
-
 ExitCode RunApplyCommand(Arguments const& arguments) {
     ApplyOptions options = arguments.apply;
-    RequireRange("--quality", options.quality, 1, 100);
-    RequireRange("--max-megapixels", options.maxMegapixels, 0.000001, 1e6);
-    RequireRange("--log-level", arguments.logLevel, 0, 1000);
+    if (options.photos.empty()) throw WrongCall("apply: no photograph is given");
+    if (options.output.empty())
+        throw WrongCall("apply: -o is missing; it names the file, the folder (out/) or the pattern to write");
     constexpr int LEVEL_OF_EFFECTS = 30;
     int const level = std::max(LEVEL_OF_EFFECTS * arguments.verbosity, arguments.logLevel);
     options.isVerbose = level > 0;
@@ -139,6 +150,8 @@ ExitCode RunParsed(CLI::App const& app, Arguments const& arguments) {
     RequireNoExtras(command);
     ApplyOptions const& options = arguments.apply;
     if (command.get_name() == "apply") return RunApplyCommand(arguments);
+    if (command.get_name() == "describe" && arguments.effect.empty())
+        throw WrongCall("describe: no effect is given; `velnor effects` lists what there is");
     Print(command.get_name() == "effects" ? ListEffects(options.plugins, options.asJson)
                                           : DescribeEffect(arguments.effect, options.plugins, options.asJson));
     return ExitCode::Done;
@@ -154,7 +167,7 @@ ExitCode Run(int argumentsCount, char const* const* given) {
     CLI::App* const effects = app.add_subcommand("effects", "List the effects that there are");
     AddCommonOptions(*effects, arguments.apply);
     CLI::App* const describe = app.add_subcommand("describe", "Show the parameters of an effect");
-    describe->add_option("effect", arguments.effect, "Name of the effect")->type_name("EFFECT")->required();
+    describe->add_option("effect", arguments.effect, "Name of the effect")->type_name("EFFECT");
     AddCommonOptions(*describe, arguments.apply);
     try {
         app.parse(argumentsCount, given);

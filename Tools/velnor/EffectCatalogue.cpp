@@ -64,7 +64,9 @@ CatalogueEntry const& EffectCatalogue::Get(std::string const& name) const {
 
 Proc::SettingsType const& EffectCatalogue::GetSettingsType(CatalogueEntry const& entry) const {
     if (Proc::SettingsType const* type = Proc::SettingsType::Find(entry.classId)) return *type;
-    return host->GetFactory()->CreateEffect(entry.classId, entry.GetDefault().implName)->GetSettingsBase().GetType();
+    auto const effect = host->GetFactory()->CreateEffect(entry.classId, entry.GetDefault().implName);
+    if (!effect) throw WrongCall(entry.name + " cannot be made: its plug-in gives no effect");
+    return effect->GetSettingsBase().GetType();
 }
 
 Proc::RegisteredEffect const& GetImplementation(CatalogueEntry const& entry, std::string const& typed) {

@@ -10,7 +10,6 @@ namespace {
 
 ExitCode CodeOf(Proc::ProcException const& error) {
     if (dynamic_cast<Proc::FileInputException const*>(&error) != nullptr) return ExitCode::InputFailed;
-    if (dynamic_cast<Proc::FileLimitException const*>(&error) != nullptr) return ExitCode::OverLimit;
     auto const* const code = boost::get_error_info<Proc::TagTranscodingErrorCode>(error);
     if (code == nullptr) return ExitCode::OutputFailed;
     switch (*code) {
@@ -34,6 +33,8 @@ Report ReportCurrentException() {
         throw;
     } catch (Failure const& failure) {
         return {failure.GetCode(), text};
+    } catch (Proc::FileLimitException const&) {
+        return {ExitCode::OverLimit, text + "; --max-megapixels raises it"};
     } catch (Proc::ProcException const& error) {
         return {CodeOf(error), text};
     } catch (std::bad_alloc const&) {

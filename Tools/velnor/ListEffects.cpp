@@ -1,4 +1,5 @@
 #include "Tools/velnor/EffectCatalogue.h"
+#include "Tools/velnor/Failure.h"
 #include "Tools/velnor/Json.h"
 #include "Tools/velnor/ListCommands.h"
 #include "Tools/velnor/Suggestions.h"
@@ -35,11 +36,20 @@ std::string GetKindWord(Proc::EffectKind kind) {
     }
 }
 
+/// An effect that cannot be made is listed with the reason.
+std::string GetSummary(EffectCatalogue const& catalogue, CatalogueEntry const& entry) {
+    try {
+        return catalogue.GetSettingsType(entry).summary;
+    } catch (...) {
+        return ReportCurrentException().text;
+    }
+}
+
 std::string FormatAsTable(EffectCatalogue const& catalogue) {
     std::vector<std::array<std::string, 6>> lines{
         {"EFFECT", "IMPLEMENTATION", "KIND", "FROM", "CLASS", "WHAT IT DOES"}};
     for (CatalogueEntry const& entry : catalogue.GetEntries()) {
-        std::string const summary = catalogue.GetSettingsType(entry).summary;
+        std::string const summary = GetSummary(catalogue, entry);
         for (Proc::RegisteredEffect const& effect : entry.implementations)
             lines.push_back({entry.name, ToLower(effect.implName), GetKindWord(effect.kind), effect.origin,
                              entry.classId, summary});
@@ -50,7 +60,7 @@ std::string FormatAsTable(EffectCatalogue const& catalogue) {
 std::string FormatAsJson(EffectCatalogue const& catalogue) {
     Json document = Json::array();
     for (CatalogueEntry const& entry : catalogue.GetEntries()) {
-        std::string const summary = catalogue.GetSettingsType(entry).summary;
+        std::string const summary = GetSummary(catalogue, entry);
         for (Proc::RegisteredEffect const& effect : entry.implementations)
             document.push_back({{"name", entry.name},
                                 {"class", entry.classId},

@@ -1,0 +1,319 @@
+#include "Proc/Host/Host.h"
+#include "Proc/Host/PictureFile.h"
+#include "Tests/Tools/RunCommand.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <map>
+#include <set>
+#include <thread>
+
+namespace Velnor::Tool::Testing {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+using Words = std::vector<std::string>;
+
+/// A folder with two photographs: red.png (40 x 32, RGB) and glass.png (RGBA, translucent).
+class CommandTest : public testing::Test {
+protected:
+    CommandTest() : folder(MakeScratchFolder()) {
+        Make("red.png", Proc::Color(10, 20, 200, 255), PixFmt::RGB24);
+        Make("glass.png", Proc::Color(30, 60, 90, 128), PixFmt::RGBA);
+    }
+    ~CommandTest() override { fs::remove_all(folder); }
+
+    void Make(std::string const& name, Proc::Color const& color, PixFmt format) {
+        auto const picture = host.GetContext()->CreateImage(format, Proc::FrameFormat::Square(40, 32));
+        picture->Fill(color);
+        Proc::WritePicture(folder / name, *picture, nullptr);
+    }
+    void MakeText(std::string const& name, std::string const& text) { std::ofstream(folder / name) << text; }
+
+    /// Format and first pixel, in one line.
+    std::string Look(std::string const& name) {
+        auto const picture = Proc::ReadPicture(folder / name, *host.GetContext()).picture;
+        std::string text(picture->GetDescription().name);
+        for (unsigned int i = 0; i < picture->GetDescription().planes[0].bytes; ++i)
+            text += " " + std::to_string(picture->GetPlane(0).GetRow(0)[i]);
+        return text;
+    }
+
+    std::set<std::string> Files() const {
+        std::set<std::string> names;
+        for (auto const& entry : fs::recursive_directory_iterator(folder))
+            if (entry.is_regular_file()) names.insert(fs::relative(entry.path(), folder).string());
+        return names;
+    }
+
+    CommandResult Run(Words const& arguments) const { return RunCommand(arguments, folder); }
+
+    /// As Run, with the effects of the test's own plug-in.
+    CommandResult RunWithProbe(Words arguments) const {
+        arguments.insert(arguments.end(), {"--plugin", VELNOR_PROBE_PLUGIN});
+        return Run(arguments);
+    }
+
+    /// The call fails with this code and this one line, and leaves no file behind.
+    void ExpectFailure(int code, std::string const& line, Words const& arguments, bool withProbe = false) const {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        std::set<std::string> const before = Files();
+        CommandResult const result = withProbe ? RunWithProbe(arguments) : Run(arguments);
+        EXPECT_EQ(result.code, code);
+        EXPECT_THAT(result.error, HasSubstr(line));
+        EXPECT_THAT(result.error, AllOf(StartsWith("velnor: "), EndsWith("\n")));
+        EXPECT_EQ(std::ranges::count(result.error, '\n'), 1);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(Files(), before);
+    }
+
+    Proc::Host host;
+    fs::path const folder;
+};
+
+TEST_F(CommandTest, ChainsEffectsFromLeftToRightAndIsSilent) {
+    CommandResult const result = Run({"apply", "red.png", "-e", "white-balance:reference=#c81400", "-e",
+                                      "gradient:stops=0:#102040,255:#c08040", "-e", "pixelate", "-o", "a.png"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.out + result.error, "");
+    ASSERT_EQ(Run({"apply", "red.png", "-e", "white-balance:reference=#c81400", "-o", "b.png"}).code, 0);
+    ASSERT_EQ(Run({"apply", "b.png", "-e", "gradient:stops=0:#102040,255:#c08040", "-o", "c.png"}).code, 0);
+    EXPECT_EQ(Look("a.png"), Look("c.png"));
+    EXPECT_NE(Look("b.png"), Look("red.png"));
+    EXPECT_NE(Look("c.png"), Look("b.png"));
+    ASSERT_EQ(Run({"apply", "red.png", "-e", "gradient:bypass=true", "-o", "same.png"}).code, 0);
+    EXPECT_EQ(Look("same.png"), "rgb24 200 20 10");
+}
+
+TEST_F(CommandTest, WritesFilesFoldersAndPatterns) {
+    MakeText("keep.txt", "x");
+    fs::create_directory(folder / "there");
+    EXPECT_EQ(Run({"apply", "red.png", "glass.png", "-o", "new/deep/"}).code, 0);
+    EXPECT_EQ(Run({"apply", "red.png", "glass.png", "-o", "there"}).code, 0);
+    EXPECT_EQ(Run({"apply", "red.png", "glass.png", "-o", "p q/{index}-{name}.jpg"}).code, 0);
+    fs::copy(folder / "red.png", folder / "-dash.png");
+    EXPECT_EQ(Run({"apply", "-o", "dashed.png", "--", "-dash.png"}).code, 0);
+    EXPECT_THAT(Files(), UnorderedElementsAre("red.png", "glass.png", "keep.txt", "new/deep/red.png",
+                                              "new/deep/glass.png", "there/red.png", "there/glass.png", "p q/1-red.jpg",
+                                              "p q/2-glass.jpg", "-dash.png", "dashed.png"));
+}
+
+TEST_F(CommandTest, AlphaIsWrittenWhenTheInputHadItOrAnEffectMadeIt) {
+    auto const run = [&](Words words) {
+        words.insert(words.begin(), "apply");
+        EXPECT_EQ(RunWithProbe(words).code, 0);
+        return Look(words.back());
+    };
+    EXPECT_EQ(run({"glass.png", "-o", "1.png"}), "rgba 90 60 30 128");
+    EXPECT_EQ(run({"red.png", "-e", "colorspace-converter:formats=rgba", "-o", "2.png"}), "rgb24 200 20 10");
+    EXPECT_EQ(run({"red.png", "-e", "many", "-o", "3.png"}), "rgba 255 0 0 128");
+    EXPECT_THAT(run({"glass.png", "-o", "4.jpg"}), testing::ContainsRegex("^rgb24 4[4-6] ")); // Over black: half of 90.
+}
+
+TEST_F(CommandTest, ReplacesOnlyWithForce) {
+    MakeText("old.png", "old");
+    ExpectFailure(4, "old.png exists already; --force replaces it", {"apply", "red.png", "-o", "old.png"});
+    // Nothing is done when one of several is there.
+    ExpectFailure(4, "red.png (and 1 more) exists already", {"apply", "red.png", "glass.png", "-o", "./"});
+    EXPECT_EQ(Run({"apply", "red.png", "-o", "old.png", "--force"}).code, 0);
+    EXPECT_EQ(Look("old.png"), "rgb24 200 20 10");
+    EXPECT_EQ(Run({"apply", "red.png", "-e", "many", "-o", "red.png", "-f", "--plugin", VELNOR_PROBE_PLUGIN}).code, 0);
+    EXPECT_EQ(Look("red.png"), "rgba 255 0 0 128");
+}
+
+TEST_F(CommandTest, WrongCallsSayWhatIsAccepted) {
+    ExpectFailure(2, "no command is given", {});
+    ExpectFailure(2, "there is no command \"aply\"; did you mean apply?", {"aply"});
+    ExpectFailure(2, "no photograph is given", {"apply", "-o", "x.png"});
+    ExpectFailure(2, "-o is missing", {"apply", "red.png"});
+    ExpectFailure(2, "apply has no option --forse; did you mean --force?",
+                  {"apply", "red.png", "-o", "x.png", "--forse"});
+    ExpectFailure(2, "takes no further argument \"more\"", {"effects", "more"});
+    ExpectFailure(2, "no effect is given", {"describe"});
+    ExpectFailure(2, "did you mean pixelate?", {"describe", "pixellate"});
+    ExpectFailure(2, "cannot be loaded", {"effects", "--plugin", "red.png"});
+    for (auto const& [arguments, line] : std::vector<std::pair<Words, std::string>>{
+             {{"--quality", "101"}, "--quality: 101 is outside the range 1 to 100"},
+             {{"--quality", "high"}, "--quality: \"high\" is no whole number"},
+             {{"--max-megapixels", "0"}, "--max-megapixels: 0 is outside the range"},
+             {{"-e"}, "--effect"},
+             {{"-e", "pixellate"}, "there is no effect \"pixellate\"; did you mean pixelate?"},
+             {{"-e", "zzzzzzz"}, "`velnor effects` lists what there is"},
+             {{"-e", "pixelate/opencv"}, "pixelate has no implementation \"opencv\"; there is velnor"},
+             {{"-e", "pixelate:strenght=3"}, "pixelate has no parameter \"strenght\"; did you mean strength?"},
+             {{"-e", "pixelate:strength=400"}, "pixelate: strength: 400 is outside the range 0 to 100 %"},
+             {{"-e", "pixelate:strength=lots"}, "strength: \"lots\" is no number; the range is 0 to 100 %"},
+             {{"-e", "pixelate:strength=nan"}, "strength: \"nan\" is no number"},
+             {{"-e", "pixelate:method-upscale=bilinar"}, "did you mean bilinear"},
+             {{"-e", "pixelate:bypass=maybe"}, "bypass: \"maybe\" is none of true, false"},
+             {{"-e", "white-balance:reference=redish"}, "reference: \"redish\" is no colour: #rrggbb"},
+             {{"-e", "pixelate:"}, "is no parameter=value"},
+             {{"-e", "second"}, "second works on two pictures; second:input=FILE names the second"},
+             {{"-e", "probe:first-sample=3"}, "first-sample is a result of the effect and cannot be set"},
+             {{"-e", "probe:input=red.png"}, "probe has no parameter \"input\""}}) {
+        Words words{"apply", "red.png", "-o", "new/x.png", "--plugin", VELNOR_PROBE_PLUGIN};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        ExpectFailure(2, line, words);
+    }
+    ExpectFailure(2, "is one file for 2 photographs", {"apply", "red.png", "glass.png", "-o", "x.png"});
+    ExpectFailure(2, "would both become x/red.png", {"apply", "red.png", "./red.png", "-o", "x/"});
+    ExpectFailure(2, "did you mean index?", {"apply", "red.png", "-o", "{indx}.png"});
+}
+
+TEST_F(CommandTest, BadInputsAndOutputsHaveTheirOwnCodes) {
+    MakeText("empty.png", "");
+    MakeText("text.png", "no picture at all");
+    fs::copy(folder / "red.png", folder / "cut.png");
+    fs::resize_file(folder / "cut.png", fs::file_size(folder / "cut.png") / 2);
+    for (char const* input : {"missing.png", "empty.png", "text.png", "cut.png", ".", "a\nb.png"}) {
+        std::string shown = input;
+        std::ranges::replace(shown, '\n', ' ');
+        ExpectFailure(3, shown, {"apply", input, "-o", "x.png"});
+    }
+    ExpectFailure(3, "missing.png", {"apply", "red.png", "-e", "second:input=missing.png", "-o", "x.png"}, true);
+    ExpectFailure(5, "--max-megapixels raises it", {"apply", "red.png", "-o", "x.png", "--max-megapixels", "0.001"});
+    ExpectFailure(4, "the extension .xyz is unknown; known are", {"apply", "red.png", "-o", "x.xyz"});
+    ExpectFailure(4, "the name has no extension", {"apply", "red.png", "-o", "x"});
+    ExpectFailure(4, "folder red.png/x cannot be made", {"apply", "glass.png", "-o", "red.png/x/y.png"});
+    ExpectFailure(4, "red.png: probe: The first sample is too large",
+                  {"apply", "red.png", "-e", "probe:fail-above=100", "-o", "x.png"}, true);
+}
+
+TEST_F(CommandTest, OneFailureAmongSeveralLeavesTheOthersDone) {
+    CommandResult const some = Run({"apply", "missing.png", "red.png", "gone.png", "glass.png", "-o", "out/"});
+    EXPECT_EQ(some.code, 1);
+    EXPECT_EQ(std::ranges::count(some.error, '\n'), 2);
+    EXPECT_THAT(some.error, AllOf(HasSubstr("missing.png"), HasSubstr("gone.png")));
+    EXPECT_TRUE(fs::exists(folder / "out/red.png") && fs::exists(folder / "out/glass.png"));
+
+    // An effect that failed on one photograph works on the next.
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "glass.png", "-e", "probe:fail-above=100", "-o", "p/"}).code, 1);
+    EXPECT_EQ(Look("p/glass.png"), "rgba 90 60 30 128");
+    EXPECT_EQ(Run({"apply", "missing.png", "gone.png", "-o", "none/"}).code, 3);
+    EXPECT_FALSE(fs::exists(folder / "none"));
+}
+
+TEST_F(CommandTest, EveryKindOfEffectRuns) {
+    CommandResult const two = RunWithProbe({"apply", "red.png", "-e", "second:input=glass.png", "-o", "two.png"});
+    EXPECT_EQ(two.code, 0) << two.error;
+    EXPECT_EQ(Look("two.png"), "rgba 90 60 30 128");
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "-e", "many:bypass=on", "-o", "kept.png"}).code, 0);
+    EXPECT_EQ(Look("kept.png"), "rgb24 200 20 10");
+}
+
+TEST_F(CommandTest, ResultsOfEffectsArePrinted) {
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "-e", "probe", "-o", "1.png"}).out, "first-sample: 200\n");
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "glass.png", "-e", "probe", "-o", "2/"}).out,
+              "red.png: first-sample: 200\nglass.png: first-sample: 90\n");
+    CommandResult const result =
+        RunWithProbe({"apply", "red.png", "no.png", "-e", "probe", "-o", "3/", "--json", "--stats"});
+    auto const document = nlohmann::json::parse(result.out);
+    ASSERT_EQ(document.size(), 2u);
+    EXPECT_EQ(document[0]["output"], "3/red.png");
+    EXPECT_EQ(document[0]["code"], 0);
+    EXPECT_EQ(document[0]["results"][0]["effect"], "probe");
+    EXPECT_EQ(document[0]["results"][0]["values"]["first-sample"], 200);
+    EXPECT_EQ(document[1]["code"], 3);
+    EXPECT_THAT(document[1]["error"].get<std::string>(), HasSubstr("no.png"));
+    EXPECT_THAT(result.error, AllOf(HasSubstr("SettingsEffectProbe>::GetStatistic"), HasSubstr("  Count: 1\n")));
+}
+
+TEST_F(CommandTest, LogLinesAreShownOnDemandOnly) {
+    CommandResult const verbose = Run({"apply", "red.png", "-e", "pixelate", "-o", "1.png", "-v"});
+    EXPECT_EQ(verbose.code, 0);
+    EXPECT_THAT(verbose.error, AllOf(HasSubstr("Pixelate scale: "), HasSubstr("SettingsEffectPixelate_Velnor done")));
+    CommandResult const less = Run({"apply", "red.png", "-e", "pixelate", "-o", "2.png", "--log-level=29"});
+    EXPECT_THAT(less.error, AllOf(HasSubstr("Pixelate scale: "), Not(HasSubstr(" done"))));
+    EXPECT_EQ(Run({"apply", "red.png", "-e", "pixelate", "-o", "3.png"}).error, "");
+}
+
+TEST_F(CommandTest, StopsAtASignalWithoutAnOutput) {
+    for (int const signal : {SIGINT, SIGTERM}) {
+        std::set<std::string> expected = Files();
+        RunningCommand command({"apply", "red.png", "glass.png", "-e", "probe:wait-marker=waiting", "-o", "out/",
+                                "--plugin", VELNOR_PROBE_PLUGIN},
+                               folder);
+        while (!fs::exists(folder / "waiting")) std::this_thread::yield();
+        command.Signal(signal);
+        CommandResult const result = command.Wait();
+        EXPECT_EQ(result.code, 130);
+        EXPECT_EQ(result.error, "velnor: stopped\n");
+        fs::remove(folder / "waiting");
+        EXPECT_EQ(Files(), expected);
+    }
+}
+
+TEST_F(CommandTest, ListsAndDescribesEverythingWithExamplesThatRun) {
+    CommandResult const table = RunWithProbe({"effects"});
+    EXPECT_EQ(table.code, 0);
+    EXPECT_THAT(table.out, AllOf(HasSubstr("pixelate"), HasSubstr("Takes the second picture.")));
+    auto const effects = nlohmann::json::parse(RunWithProbe({"effects", "--json"}).out);
+    EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(table.out, '\n')), effects.size() + 1);
+    std::map<std::string, std::string> kinds;
+    ASSERT_EQ(Run({"apply", "red.png", "-o", "photo.jpg"}).code, 0);
+    fs::copy(folder / "glass.png", folder / "second.png");
+    for (auto const& effect : effects) {
+        std::string const name = effect["name"];
+        kinds[name] = effect["kind"];
+        auto const description = nlohmann::json::parse(RunWithProbe({"describe", name, "--json"}).out);
+        EXPECT_EQ(description["class"], effect["class"]);
+        std::string const example = description["example"];
+        ASSERT_THAT(example, StartsWith("velnor apply photo.jpg -e " + name));
+        CommandResult const run =
+            RunShell("$VELNOR " + example.substr(7) + " --force --plugin " VELNOR_PROBE_PLUGIN, folder);
+        EXPECT_EQ(run.code, 0) << example << "\n" << run.error;
+    }
+    EXPECT_EQ(kinds["pixelate"], "one-input");
+    EXPECT_EQ(kinds["second"], "two-input");
+    EXPECT_EQ(kinds["many"], "var-input");
+    EXPECT_EQ(kinds["colorspace-converter"], "one-input");
+}
+
+TEST_F(CommandTest, DescriptionsShowTypeUnitRangeDefaultAndResults) {
+    EXPECT_THAT(Run({"describe", "pixelate"}).out,
+                AllOf(HasSubstr("strength          number, 0 to 100 %, default 80"),
+                      HasSubstr("one of fast-bilinear, bilinear"), HasSubstr("-e pixelate:strength=")));
+    auto const strength = nlohmann::json::parse(Run({"describe", "pixelate", "--json"}).out)["parameters"][0];
+    EXPECT_EQ(strength["name"], "strength");
+    EXPECT_EQ(strength["unit"], "%");
+    EXPECT_EQ(strength["range"], (nlohmann::json{{"low", 0.0}, {"high", 100.0}}));
+    EXPECT_EQ(strength["default"], 80);
+    EXPECT_THAT(RunWithProbe({"describe", "probe"}).out, HasSubstr("Results\n  first-sample"));
+    EXPECT_THAT(RunWithProbe({"describe", "second"}).out, HasSubstr("second:input=second.png"));
+}
+
+TEST_F(CommandTest, HelpAndVersionSucceedAndClosedStreamsAreSurvived) {
+    CommandResult const help = Run({"--help"});
+    EXPECT_EQ(help.code, 0);
+    for (char const* line : {"  0    done", "  2    wrong call", "  130  stopped"})
+        EXPECT_THAT(help.out, HasSubstr(line));
+    EXPECT_THAT(Run({"apply", "--help"}).out, AllOf(HasSubstr("--max-megapixels"), HasSubstr("Exit codes")));
+    EXPECT_EQ(Run({"--version"}).out, "velnor " VELNOR_VERSION "\n");
+
+    CommandResult const head = RunShell("$VELNOR --help | head -n 0; echo ${PIPESTATUS[0]}", folder);
+    EXPECT_EQ(head.out + head.error, "0\n");
+    EXPECT_EQ(RunShell("$VELNOR effects >/dev/full", folder).code, 4);
+    EXPECT_EQ(RunShell("$VELNOR effects >&-", folder).code, 4);
+    EXPECT_EQ(RunShell("$VELNOR apply red.png -e pixelate -o closed.png <&- >&- 2>&-", folder).code, 0);
+    EXPECT_EQ(Look("closed.png"), "rgb24 200 20 10");
+}
+
+TEST_F(CommandTest, ProgressIsShownOnATerminalOnly) {
+    CommandResult const shown =
+        RunShell("TERM=xterm script -qec '$VELNOR apply red.png glass.png -e pixelate -o out/' /dev/null", folder);
+    EXPECT_THAT(shown.out, AllOf(HasSubstr("0 of 2 done | red.png: pixelate"),
+                                 HasSubstr("1 of 2 done | glass.png: writing"), EndsWith("\r\x1b[K")));
+}
+
+} // namespace
+} // namespace Velnor::Tool::Testing

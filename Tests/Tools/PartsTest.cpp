@@ -1,0 +1,120 @@
+#include "Tools/velnor/EffectArgument.h"
+#include "Tools/velnor/Failure.h"
+#include "Tools/velnor/OutputNames.h"
+#include "Tools/velnor/Suggestions.h"
+
+#include <gmock/gmock.h>
+
+namespace Velnor::Tool {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Parameter = EffectArgument::Parameter;
+
+template <class Call>
+std::string WrongCallOf(Call const& call) {
+    try {
+        call();
+    } catch (Failure const& failure) {
+        EXPECT_EQ(failure.GetCode(), ExitCode::WrongCall);
+        return failure.what();
+    }
+    return "nothing was thrown";
+}
+
+TEST(EffectArgumentTest, TakesNameImplementationAndParametersApart) {
+    EffectArgument const plain = ParseEffectArgument("pixelate");
+    EXPECT_EQ(plain.name, "pixelate");
+    EXPECT_EQ(plain.implementation, "");
+    EXPECT_THAT(plain.parameters, IsEmpty());
+
+    EffectArgument const full = ParseEffectArgument("oil-paint/ImageMagick:radius=3,shape.feather=40");
+    EXPECT_EQ(full.name, "oil-paint");
+    EXPECT_EQ(full.implementation, "ImageMagick");
+    EXPECT_THAT(full.parameters, ElementsAre(Parameter{"radius", "3"}, Parameter{"shape.feather", "40"}));
+}
+
+TEST(EffectArgumentTest, PartsWithoutEqualsSignGoOnWithTheValueBefore) {
+    EXPECT_THAT(ParseEffectArgument("gradient:stops=0:#102040,128:#c08040,bypass=no").parameters,
+                ElementsAre(Parameter{"stops", "0:#102040,128:#c08040"}, Parameter{"bypass", "no"}));
+    EXPECT_THAT(ParseEffectArgument("x:input=a,b/c:d.jpg").parameters, ElementsAre(Parameter{"input", "a,b/c:d.jpg"}));
+    EXPECT_THAT(ParseEffectArgument("x:a=,b==,").parameters, ElementsAre(Parameter{"a", ""}, Parameter{"b", "=,"}));
+}
+
+TEST(EffectArgumentTest, RefusesWhatCannotBeMeant) {
+    for (char const* text : {"", ":a=1", "/velnor"})
+        EXPECT_THAT(WrongCallOf([&] { ParseEffectArgument(text); }), HasSubstr("names no effect")) << text;
+    EXPECT_THAT(WrongCallOf([] { ParseEffectArgument("x/:a=1"); }), HasSubstr("implementation is missing"));
+    for (char const* text : {"x:80", "x:", "x:=5", "x:a=1,=5"})
+        EXPECT_THAT(WrongCallOf([&] { ParseEffectArgument(text); }), HasSubstr("is no parameter=value")) << text;
+    EXPECT_THAT(WrongCallOf([] { ParseEffectArgument("x:a=1,b=2,a=3"); }), HasSubstr("x: a is given twice"));
+}
+
+TEST(SuggestionsTest, DistanceCountsInsertionsDeletionsReplacementsAndSwaps) {
+    EXPECT_EQ(EditDistance("", "abc"), 3u);
+    EXPECT_EQ(EditDistance("kitten", "sitting"), 3u);
+    EXPECT_EQ(EditDistance("strenght", "strength"), 1u);
+    EXPECT_EQ(EditDistance("ca", "abc"), 3u); // No letters between two that were swapped.
+    EXPECT_EQ(EditDistance("same", "same"), 0u);
+}
+
+TEST(SuggestionsTest, NearestNamesComeFirstAndFarOnesNotAtAll) {
+    std::vector<std::string> const names{"white-balance", "pixelate", "vignette", "posterize", "color-balance-auto"};
+    EXPECT_THAT(FindNearest("Pixellate", names), ElementsAre("pixelate"));
+    EXPECT_THAT(FindNearest("balance", names), ElementsAre("white-balance", "color-balance-auto"));
+    EXPECT_THAT(FindNearest("qqqqqqqq", names), IsEmpty());
+    EXPECT_THAT(FindNearest("", names), IsEmpty());
+    EXPECT_EQ(SuggestNearest("qqq", {"name", "ext"}), "; there is name and ext");
+    EXPECT_EQ(SuggestNearest("qqq", {"name", "ext"}, "look"), "; look");
+    EXPECT_EQ(JoinAlternatives({"a", "b", "c"}), "a, b or c");
+}
+
+std::vector<std::string> NamesOf(std::vector<std::string> const& photos, std::string const& output) {
+    std::vector<std::string> names;
+    for (OutputPlan const& plan : PlanOutputs(photos, output)) names.push_back(plan.output.string());
+    return names;
+}
+
+TEST(OutputNamesTest, FileFolderAndPattern) {
+    EXPECT_THAT(NamesOf({"a/x.jpg"}, "y.png"), ElementsAre("y.png"));
+    EXPECT_THAT(NamesOf({"a/x.jpg", "b/y.png"}, "out dir/"), ElementsAre("out dir/x.jpg", "out dir/y.png"));
+    EXPECT_THAT(NamesOf({"a/x.jpg", "b/x.tar.JPG"}, "{ext}/{name}-{index}.png"),
+                ElementsAre("jpg/x-1.png", "JPG/x.tar-2.png"));
+    std::vector<std::string> const ten(10, "x.jpg");
+    EXPECT_EQ(NamesOf(ten, "{index}.jpg").front(), "01.jpg");
+    EXPECT_EQ(NamesOf({"{name}.jpg"}, "o/{name}.jpg").front(), "o/{name}.jpg"); // Not filled in a second time.
+}
+
+TEST(OutputNamesTest, RefusesPatternsAndCollisions) {
+    auto const error = [](std::vector<std::string> const& photos, std::string const& output) {
+        return WrongCallOf([&] { PlanOutputs(photos, output); });
+    };
+    EXPECT_THAT(error({"x.jpg"}, "{nam}.jpg"), HasSubstr("\"{nam}\" means nothing"));
+    EXPECT_THAT(error({"x.jpg"}, "{nam}.jpg"), HasSubstr("did you mean name?"));
+    EXPECT_THAT(error({"x.jpg"}, "a{name"), HasSubstr("\"{name\" means nothing"));
+    EXPECT_THAT(error({"x.jpg"}, "{name}/"), HasSubstr("gives a folder"));
+    EXPECT_THAT(error({"x.jpg", "y.jpg"}, "one.jpg"), HasSubstr("is one file for 2 photographs"));
+    EXPECT_THAT(error({"a/x.jpg", "b/x.jpg"}, "out/"), HasSubstr("a/x.jpg and b/x.jpg would both become out/x.jpg"));
+    EXPECT_THAT(error({"a/x.jpg", "b/y.jpg"}, "o/../{name}/../same.jpg"), HasSubstr("would both become"));
+    EXPECT_THAT(error({"2.jpg", "1.jpg"}, "{index}.jpg"), HasSubstr("the output of 1.jpg would replace 2.jpg"));
+    EXPECT_THAT(NamesOf({"1.jpg", "2.jpg"}, "./{index}.jpg"), ElementsAre("./1.jpg", "./2.jpg"));
+}
+
+TEST(FailureTest, ReportsAreOneLineWhateverIsThrown) {
+    EXPECT_EQ(ToOneLine("a\nb\x1b[2Jc."), "a b [2Jc");
+    try {
+        throw std::bad_alloc();
+    } catch (...) {
+        EXPECT_EQ(ReportCurrentException().code, ExitCode::OverLimit);
+    }
+    try {
+        throw 5;
+    } catch (...) {
+        EXPECT_EQ(ReportCurrentException().code, ExitCode::OutputFailed);
+    }
+}
+
+} // namespace
+} // namespace Velnor::Tool

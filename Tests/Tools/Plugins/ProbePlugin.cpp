@@ -1,0 +1,73 @@
+// Effects of each kind, of classes that the library of settings does not know, for the tests of the command line.
+
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/IEffectRegistry.h"
+#include "Proc/Interfaces/SettingsFields.h"
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+namespace Velnor::Proc {
+
+class VELNOR_API SettingsEffectProbe final : public SettingsOf<SettingsEffectProbe> {
+    VELNOR_SETTINGS(SettingsEffectProbe, "Finds the first sample; waits or fails when asked to.")
+    VELNOR_FIELD(std::string, WaitMarker, "", "file to make before waiting for a stop")
+    VELNOR_FIELD(int, FailAbove, 255, "a first sample above this is an error", Range(0, 255))
+    VELNOR_FIELD(int, FirstSample, -1, "the first sample of the picture", Output())
+    VELNOR_SETTINGS_END
+};
+class VELNOR_API SettingsEffectSecond final : public SettingsOf<SettingsEffectSecond> {
+    VELNOR_SETTINGS(SettingsEffectSecond, "Takes the second picture.")
+    VELNOR_SETTINGS_END
+};
+class VELNOR_API SettingsEffectMany final : public SettingsOf<SettingsEffectMany> {
+    VELNOR_SETTINGS(SettingsEffectMany, "Paints a translucent red.")
+    VELNOR_SETTINGS_END
+};
+std::string const SettingsEffectProbe::CLASS_ID = "SettingsEffectProbe";
+std::string const SettingsEffectSecond::CLASS_ID = "SettingsEffectSecond";
+std::string const SettingsEffectMany::CLASS_ID = "SettingsEffectMany";
+
+class Probe : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectProbe> {
+public:
+    using EffectBaseOneInput::EffectBaseOneInput;
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        int const first = *AsVideo(data).GetPlane(0).GetRow(0);
+        if (first > settings.GetFailAbove()) VELNOR_THROW(EffectException, "The first sample is too large.");
+        settings.SetFirstSample(first);
+        if (settings.GetWaitMarker().empty()) return;
+        std::ofstream(settings.GetWaitMarker()) << "waiting";
+        while (!GetProgress().controller->IsStopRequested()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+};
+
+class Second : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEffectSecond> {
+public:
+    using EffectBaseTwoInput::EffectBaseTwoInput;
+    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+        first = AsVideo(second).MakeCopy(CopyMode::Value);
+    }
+};
+
+class Many : public EffectBaseVarInput<IVarInputEffectVideo, SettingsEffectMany> {
+public:
+    using EffectBaseVarInput::EffectBaseVarInput;
+    intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
+        auto const result = context->CreateImage(PixFmt::RGBA, inputs.at(0)->GetFrameFormat());
+        result->Fill(Color(0, 0, 255, 128));
+        return result;
+    }
+};
+
+} // namespace Velnor::Proc
+
+using namespace Velnor::Proc;
+
+extern "C" VELNOR_API void Registrator(IEffectRegistry* registry);
+void Registrator(IEffectRegistry* registry) {
+    registry->RegisterOneInputEffect(SettingsEffectProbe::CLASS_ID, ImplNames::VELNOR, MakeEffect<Probe>, nullptr);
+    registry->RegisterTwoInputEffect(SettingsEffectSecond::CLASS_ID, ImplNames::VELNOR, MakeEffect<Second>, nullptr);
+    registry->RegisterVarInputEffect(SettingsEffectMany::CLASS_ID, ImplNames::VELNOR, MakeEffect<Many>, nullptr);
+}
