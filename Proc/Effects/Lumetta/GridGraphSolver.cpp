@@ -45,8 +45,6 @@
 #include <thread>
 #include <vector>
 
-#include <sys/mman.h>
-
 namespace Velnor::Proc {
 
 using Kernels::EdgeFlag;
@@ -54,37 +52,7 @@ using Kernels::Opposite;
 
 namespace {
 
-constexpr std::size_t LINE = 64;
 constexpr std::size_t WORKER_BYTES = 96;
-constexpr std::size_t HUGE_PAGE = std::size_t{2} << 20;
-
-/// Zeros. Asks for huge pages, which take a tenth of the time to come in; the request may be refused without harm.
-std::byte* AllocateZeros(std::size_t bytes) {
-    auto* block = static_cast<std::byte*>(std::calloc(bytes, 1));
-    if (block == nullptr) throw std::bad_alloc();
-    auto const address = reinterpret_cast<std::uintptr_t>(block);
-    std::uintptr_t const begin = (address + HUGE_PAGE - 1) / HUGE_PAGE * HUGE_PAGE;
-    std::uintptr_t const end = (address + bytes) / HUGE_PAGE * HUGE_PAGE;
-    if (begin < end) (void)madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-    return block;
-}
-
-/// Hands out the parts of a block, each at the start of a cache line.
-class Divider {
-public:
-    explicit Divider(std::byte* block) : next(block) {}
-
-    template <class Element>
-    Element* Take(std::size_t count) {
-        auto const address = reinterpret_cast<std::uintptr_t>(next);
-        std::byte* const begin = next + ((address + LINE - 1) / LINE * LINE - address);
-        next = begin + count * sizeof(Element);
-        return reinterpret_cast<Element*>(begin);
-    }
-
-private:
-    std::byte* next;
-};
 
 void CheckSize(std::span<std::int16_t const> array, std::size_t pixels, char const* name) {
     if (array.size() != pixels)
@@ -95,23 +63,20 @@ void CheckSize(std::span<std::int16_t const> array, std::size_t pixels, char con
 
 } // namespace
 
-void GridGraphSolver::Free::operator()(std::byte* bytes) const { std::free(bytes); }
-
 GridGraphSolver::Memory::Memory(Kernels::GridLayout const& layout, unsigned workers)
-    : block(AllocateZeros(GetBlockBytes(layout.GetNodesCount(), layout.GetBoundariesCount(), workers))) {
-    Divider divider(block.get());
+    : block(GetBlockBytes(layout.GetNodesCount(), layout.GetBoundariesCount(), workers)) {
     std::size_t const count = layout.GetNodesCount();
-    nodes.label = divider.Take<std::uint8_t>(count);
-    nodes.parent = divider.Take<std::uint8_t>(count);
+    nodes.label = block.Take<std::uint8_t>(count);
+    nodes.parent = block.Take<std::uint8_t>(count);
     std::memset(nodes.parent, Kernels::NO_PARENT, count);
-    for (auto& residual : nodes.residual) residual = divider.Take<std::uint16_t>(count);
-    nodes.terminal = divider.Take<std::int16_t>(count);
-    nodes.nextActive = divider.Take<std::uint32_t>(count);
-    nodes.nextOrphan = divider.Take<std::uint32_t>(count);
-    nodes.distance = divider.Take<std::uint32_t>(count);
-    nodes.stamp = divider.Take<std::uint32_t>(count);
-    boundaryNodes = divider.Take<std::uint32_t>(layout.GetBoundariesCount() * Kernels::GridLayout::MAX_REGION_SIDE);
-    workerBlocks = divider.Take<std::byte>(workers * WORKER_BYTES);
+    for (auto& residual : nodes.residual) residual = block.Take<std::uint16_t>(count);
+    nodes.terminal = block.Take<std::int16_t>(count);
+    nodes.nextActive = block.Take<std::uint32_t>(count);
+    nodes.nextOrphan = block.Take<std::uint32_t>(count);
+    nodes.distance = block.Take<std::uint32_t>(count);
+    nodes.stamp = block.Take<std::uint32_t>(count);
+    boundaryNodes = block.Take<std::uint32_t>(layout.GetBoundariesCount() * Kernels::GridLayout::MAX_REGION_SIDE);
+    workerBlocks = block.Take<std::byte>(workers * WORKER_BYTES);
     for (unsigned worker = 0; worker < workers; ++worker)
         new (workerBlocks + worker * WORKER_BYTES) Kernels::GridWorkerBlock{.rowStep = layout.GetRowStep()};
 }

@@ -4,12 +4,12 @@
 #include "Proc/Effects/Lumetta/GridRegions.h"
 #include "Proc/Effects/Lumetta/Kernels/GridLayout.h"
 #include "Proc/Effects/Lumetta/Kernels/GridTrees.h"
+#include "Proc/Effects/Lumetta/Kernels/ZeroBlock.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <memory>
 #include <mutex>
 #include <semaphore>
 #include <span>
@@ -67,14 +67,11 @@ public:
     }
 
 private:
-    struct Free {
-        void operator()(std::byte* bytes) const;
-    };
     /// The block and where its parts begin.
     struct Memory {
         Memory(Kernels::GridLayout const& layout, unsigned workers);
 
-        std::unique_ptr<std::byte, Free> block;
+        Kernels::ZeroBlock block;
         Kernels::GridNodes nodes;
         std::uint32_t* boundaryNodes = nullptr;
         std::byte* workerBlocks = nullptr;
