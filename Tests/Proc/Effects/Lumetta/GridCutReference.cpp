@@ -1,5 +1,9 @@
 #include "Tests/Proc/Effects/Lumetta/GridCutReference.h"
 
+// Boost's edge iterators are copied before they are set; the compiler sees that only when it inlines them here.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <boost/graph/adjacency_list.hpp>
 #include <boost/graph/boykov_kolmogorov_max_flow.hpp>
 
