@@ -1,6 +1,6 @@
 // The segmentation from strokes against Boost.Graph's and OpenCV's maximum flow, on photographs, same capacities.
 //
-//     GridGraphBenchmark [options of Google Benchmark] megapixels photograph...
+//     grid-graph-benchmark [options of Google Benchmark] megapixels photograph...
 //
 // Ours is the whole effect: capacities, layout, flow and mask. The peers are their graph and flow alone, from capacities
 // that are already there. Each runs once; the table at the end gives the seconds and how many times slower than us the
@@ -262,7 +262,7 @@ void PrintRatios(std::vector<Scene> const& scenes) {
 int RunGridGraphBenchmark(int count, char** arguments) {
     benchmark::Initialize(&count, arguments);
     if (VIPS_INIT(arguments[0]) != 0 || count < 3) {
-        std::fprintf(stderr, "usage: GridGraphBenchmark megapixels photograph...\n");
+        std::fprintf(stderr, "usage: grid-graph-benchmark megapixels photograph...\n");
         return 1;
     }
     ContextHandle const context = MakeShared<Context>();
