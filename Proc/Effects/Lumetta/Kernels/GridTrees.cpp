@@ -58,6 +58,21 @@ void GridTrees::ActivateRect(NodeRect const& rect) {
     }
 }
 
+void GridTrees::SetThreshold(NodeRect const& rect, int residual) {
+    threshold = residual;
+    for (std::uint32_t y = rect.y0; y < rect.y1; ++y) {
+        for (std::uint32_t x = rect.x0; x < rect.x1; ++x) {
+            std::uint32_t const node = layout.GetNode(x, y);
+            unsigned open = 0;
+            if (x + 1 < rect.x1 && nodes.residual[RIGHT][node] >= residual) open |= EdgeFlag(RIGHT);
+            if (y + 1 < rect.y1 && nodes.residual[DOWN][node] >= residual) open |= EdgeFlag(DOWN);
+            if (y > rect.y0 && nodes.residual[UP][node] >= residual) open |= EdgeFlag(UP);
+            if (x > rect.x0 && nodes.residual[LEFT][node] >= residual) open |= EdgeFlag(LEFT);
+            nodes.SetLabel(node, (nodes.GetLabel(node) & TREE_MASK) | open);
+        }
+    }
+}
+
 void GridTrees::Solve(std::uint32_t& stamp) {
     now = stamp;
     while (block.firstActive != 0) {
@@ -124,8 +139,8 @@ void GridTrees::Augment(std::uint32_t source, std::uint32_t sink, unsigned direc
     auto& reverse = nodes.residual[back][sink];
     forth = static_cast<std::uint16_t>(forth - flow);
     reverse = static_cast<std::uint16_t>(reverse + flow);
-    nodes.SetLabel(sink, nodes.GetLabel(sink) | EdgeFlag(back));
-    if (forth == 0) nodes.SetLabel(source, nodes.GetLabel(source) & ~unsigned{EdgeFlag(direction)});
+    if (reverse >= threshold) nodes.SetLabel(sink, nodes.GetLabel(sink) | EdgeFlag(back));
+    if (forth < threshold) nodes.SetLabel(source, nodes.GetLabel(source) & ~unsigned{EdgeFlag(direction)});
 
     Push<SOURCE>(source, flow);
     AdoptOrphans<SOURCE>();
@@ -162,8 +177,8 @@ void GridTrees::Push(std::uint32_t node, int flow) {
         auto& gained = nodes.residual[Opposite(forth)][to];
         left = static_cast<std::uint16_t>(left - flow);
         gained = static_cast<std::uint16_t>(gained + flow);
-        nodes.SetLabel(to, nodes.GetLabel(to) | EdgeFlag(Opposite(forth)));
-        if (left == 0) {
+        if (gained >= threshold) nodes.SetLabel(to, nodes.GetLabel(to) | EdgeFlag(Opposite(forth)));
+        if (left < threshold) {
             nodes.SetLabel(from, nodes.GetLabel(from) & ~unsigned{EdgeFlag(forth)});
             AddOrphan(node);
         }

@@ -70,6 +70,10 @@ public:
     /// touches only source nodes is left to them.
     void ActivateRect(NodeRect const& rect);
 
+    /// Opens the edges inside a rectangle that have at least this residual capacity, and closes the others there. Until
+    /// the next call the trees pass over what is less: few large augmentations first save many small ones.
+    void SetThreshold(NodeRect const& rect, int residual);
+
     /// Grows and augments until no active node is left: no unsaturated edge then leads from the source tree out of it,
     /// or into the sink tree from outside.
     /// @param stamp  of the region; at least the stamp of each of its nodes. Raised with each augmentation.
@@ -97,6 +101,7 @@ private:
     GridLayout const& layout;
     GridNodes const nodes;
     GridWorkerBlock& block;
+    int threshold = 1;
     std::uint32_t now = 0;              ///< Stamp of the current augmentation.
     std::vector<std::uint32_t> buckets; ///< First orphan of each level: distance / SPACING.
 };
