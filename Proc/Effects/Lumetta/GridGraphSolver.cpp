@@ -1,40 +1,42 @@
 // Why the cut is minimal and the same for every interleaving of the workers
 //
 // Write a -> b for an edge with residual capacity whose flag is set, S and T for the trees. Between two steps of the
-// search, every edge that leads out of S or into T is on the list of things to do. Exactly, for each a -> b
-//     with a in S and b free, a is active;   with a free and b in T, b is active;   with a in S and b in T, one of them.
+// search, every edge out of S or into T is still on the list of things to do. Exactly, for each a -> b of that kind
+//     a is active if b is free;   b is active if a is free;   one of them is if a is in S and b in T.
 // ActivateRect establishes this, and each step of GridTrees keeps it:
 //   - a node that joins a tree is active; one leaves the list only after all its edges were looked at;
-//   - pushing flow opens only edges that lead up a source path, down a sink path, or from T to S: none of the three kinds;
+//   - pushing flow opens only edges up a source path, down a sink path, or from T to S: none of the three kinds;
 //   - a freed node wakes each neighbour in S that has an edge to it, and each in T that it has an edge to. The second
 //     kind matters: a -> b from S to T may have been left to a alone, and a is the one that is freed.
 // Flow always runs along a path from source to sink, bounded by every residual on it. So with no active node left and
-// all flags restored, no edge leads out of S or into T: the flow is maximal by the cut {T, rest}. A node in T has a path
-// of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow found.
+// all flags restored, no edge leads out of S or into T: the flow is maximal by the cut {T, rest}. A node in T has a
+// path of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow
+// found.
 //
 // Parents. Distance grows from parent to child: a node joins behind its parent, moves only closer, or, when adopted
 // farther away, sheds the children that are no longer behind it. Hence no cycles, and walks end. Orphans are adopted in
 // the order of their level. An orphan made meanwhile is a child of the current one, so never of a lower level, and any
-// node of a lower level has a root. A node found to have one, and stamped, keeps it: only orphans and what hangs on them
-// lose theirs. Stamps are raised before each augmentation and a merged set starts from the larger one, so that a stamp
-// of an earlier augmentation, or of the other half, is never taken for a fresh one.
+// node of a lower level has a root. A node found to have one, and stamped, keeps it: only orphans and what hangs on
+// them lose theirs. Stamps are raised before each augmentation and a merged set starts from the larger one, so that a
+// stamp of an earlier augmentation, or of the other half, is never taken for a fresh one.
 //
 // Thresholds. A region is first solved with only its wider edges open, flags standing for "at least the threshold"; the
 // argument holds for that graph. The last pass opens all edges and seeds the active list as at the start.
 //
 // Regions. Before the workers start, the flags of all edges between regions are cleared in both directions while the
-// residuals stay. Every step tests a flag before it touches more of a neighbour than its label, so a worker stays inside
-// the regions joined so far. A merge sets both flags of each pair from the residuals again and then wakes nodes so that
-// the condition above holds for the restored edges too; edges to third regions stay closed. A record whose two ends have
-// become one set by other records is merged with itself in the same way, so at the end every flag is restored.
+// residuals stay. Every step tests a flag before it touches more of a neighbour than its label, so a worker stays
+// inside the regions joined so far. A merge sets both flags of each pair from the residuals again and then wakes nodes
+// so that the condition above holds for the restored edges too; edges to third regions stay closed. A record whose two
+// ends have become one set by other records is merged with itself in the same way, so at the end every flag is
+// restored.
 //
 // Threads. A worker touches nodes of sets that it holds busy; others only load labels beside them, relaxed, and find no
-// flag set (regions are whole tiles: nothing else shares their cache lines). Busy goes from 0 to 1 under the lock. It is
-// cleared outside, by a release store after the nodes and the stamp were written; the walk's acquire load in Take pairs
-// with it. The lock word (acquire to take it, release to give it back) orders the records, the union-find and the reads
-// of stamps. A worker first clears busy and then walks: of two workers that finish neighbouring sets the one that walks
-// later finds both idle. So a worker that finds nothing can end, as each record left waits for one that still works,
-// and the last to walk finds every set idle and takes what is left. Joining the threads orders all else.
+// flag set (regions are whole tiles: nothing else shares their cache lines). Busy goes from 0 to 1 under the lock. It
+// is cleared outside, by a release store after the nodes and the stamp were written; the walk's acquire load in Take
+// pairs with it. The lock word (acquire to take it, release to give it back) orders the records, the union-find and the
+// reads of stamps. A worker first clears busy and then walks: of two workers that finish neighbouring sets the one that
+// walks later finds both idle. So a worker that finds nothing can end, as each record left waits for one that still
+// works, and the last to walk finds every set idle and takes what is left. Joining the threads orders all else.
 #include "Proc/Effects/Lumetta/GridGraphSolver.h"
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
