@@ -6,6 +6,7 @@
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
@@ -18,8 +19,9 @@ namespace Velnor::Proc {
 
 #define VELNOR_SETTINGS_CLASSES(Do)                                                                                    \
     Do(SettingsColorspaceConverter) Do(SettingsEffectBlackWhite) Do(SettingsEffectColorBalanceAuto)                    \
-        Do(SettingsEffectCustom) Do(SettingsEffectEmpty) Do(SettingsEffectGradient) Do(SettingsEffectPixelate)         \
-            Do(SettingsEffectTintTemperature) Do(SettingsEffectWhiteBalance) Do(SettingsResizer)
+        Do(SettingsEffectCustom) Do(SettingsEffectEmpty) Do(SettingsEffectGradient)                                    \
+            Do(SettingsEffectGrabCutSegmentation) Do(SettingsEffectPixelate) Do(SettingsEffectTintTemperature)         \
+                Do(SettingsEffectWhiteBalance) Do(SettingsResizer)
 
 #define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
 VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)

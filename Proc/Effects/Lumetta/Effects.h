@@ -10,6 +10,7 @@ intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, Cont
 intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context);

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
@@ -24,6 +25,7 @@ struct Registration {
 };
 
 constexpr RegisterOperation ONE_INPUT = &IEffectRegistry::RegisterOneInputEffect;
+constexpr RegisterOperation TWO_INPUT = &IEffectRegistry::RegisterTwoInputEffect;
 
 } // namespace
 
@@ -35,6 +37,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
+        {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},

@@ -1,0 +1,287 @@
+// The segmentation from strokes against Boost.Graph's and OpenCV's maximum flow, on photographs, same capacities.
+//
+//     grid-graph-benchmark [options of Google Benchmark] megapixels photograph...
+//
+// Ours is the whole effect: capacities, layout, flow and mask. The peers are their graph and flow alone, from capacities
+// that are already there. Each runs once; the table at the end gives the seconds and how many times slower than us the
+// faster peer is.
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/GridCapacities.h"
+#include "Proc/Host/Context.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
+
+#include <benchmark/benchmark.h>
+#include <boost/graph/boykov_kolmogorov_max_flow.hpp>
+#include <boost/graph/compressed_sparse_row_graph.hpp>
+#include <opencv2/core.hpp> // which the next one needs
+#include <opencv2/imgproc/detail/gcgraph.hpp>
+#include <vips/vips.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace Velnor::Proc {
+namespace {
+
+constexpr std::uint8_t FOREGROUND = 255;
+constexpr std::uint8_t BACKGROUND = 128;
+
+struct Scene {
+    std::string name;
+    VideoHandle picture;
+    VideoHandle strokes;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+};
+
+struct Result {
+    double wall = 0;
+    double processor = 0;
+    std::int64_t cut = 0;
+};
+
+std::map<std::string, std::map<std::string, Result>> results; ///< By scene and solver.
+
+VideoHandle LoadPhotograph(IEffectContext& context, std::string const& file, double megapixels) {
+    VipsImage* image = vips_image_new_from_file(file.c_str(), nullptr);
+    if (image == nullptr) vips_error_exit("%s", file.c_str());
+    double const scale = std::sqrt(megapixels * 1e6 / (double(image->Xsize) * image->Ysize));
+    VipsImage* scaled = nullptr;
+    VipsImage* rgb = nullptr;
+    if (vips_resize(image, &scaled, scale, nullptr) != 0 ||
+        vips_extract_band(scaled, &rgb, 0, "n", std::min(3, scaled->Bands), nullptr) != 0 || rgb->Bands != 3)
+        vips_error_exit("%s", file.c_str());
+    std::size_t bytes = 0;
+    auto* samples = static_cast<std::uint8_t*>(vips_image_write_to_memory(rgb, &bytes));
+    auto const width = static_cast<std::uint32_t>(rgb->Xsize);
+    auto const height = static_cast<std::uint32_t>(rgb->Ysize);
+    VideoHandle const picture = context.CreateImage(PixFmt::RGB24, FrameFormat::Square(width, height));
+    MutablePlane const plane = picture->GetMutablePlane(0);
+    for (std::uint32_t y = 0; y < height; ++y)
+        std::copy_n(samples + std::size_t{y} * width * 3, std::size_t{width} * 3, plane.GetRow(y));
+    g_free(samples);
+    for (VipsImage* owned : {image, scaled, rgb}) g_object_unref(owned);
+    return picture;
+}
+
+/// Broad strokes as a hand would draw them: a curve through the middle, and one along three of the sides.
+VideoHandle DrawStrokes(IEffectContext& context, std::uint32_t width, std::uint32_t height) {
+    VideoHandle const strokes = context.CreateImage(PixFmt::GRAY8, FrameFormat::Square(width, height));
+    MutablePlane const plane = strokes->GetMutablePlane(0);
+    double const radius = 0.03;
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x) {
+            double const u = (x + 0.5) / width;
+            double const v = (y + 0.5) / height;
+            double const wave = 0.5 + 0.15 * std::sin(12 * u);
+            bool const isObject = u > 0.3 && u < 0.7 && std::abs(v - wave) < 2 * radius;
+            bool const isGround =
+                std::abs(u - 0.06) < radius || std::abs(u - 0.94) < radius || std::abs(v - 0.06) < radius;
+            plane.GetRow(y)[x] = isObject ? FOREGROUND : isGround ? BACKGROUND : std::uint8_t{0};
+        }
+    }
+    return strokes;
+}
+
+Kernels::GridCapacities BuildCapacities(Scene const& scene) {
+    Kernels::GridCapacities capacities(scene.width, scene.height);
+    Kernels::ColourBytes const bytes{3, 0, 3};
+    Kernels::SimilarityTable const table(3);
+    ConstPlane const pixels = std::as_const(*scene.picture).GetPlane(0);
+    for (std::uint32_t y = 0; y < scene.height; ++y) {
+        capacities.MarkRow(y, std::as_const(*scene.strokes).GetPlane(0).GetRow(y), FOREGROUND, BACKGROUND);
+        capacities.LinkRow(y, pixels.GetRow(y), y + 1 < scene.height ? pixels.GetRow(y + 1) : nullptr, bytes, table);
+    }
+    return capacities;
+}
+
+/// Value of the cut that a mask stands for.
+std::int64_t CutValue(Scene const& scene, Kernels::GridCapacities const& capacities, IDataVideo const& mask) {
+    ConstPlane const plane = mask.GetPlane(0);
+    std::int64_t value = 0;
+    for (std::uint32_t y = 0; y < scene.height; ++y) {
+        for (std::uint32_t x = 0; x < scene.width; ++x) {
+            std::size_t const i = std::size_t{y} * scene.width + x;
+            bool const isSink = plane.GetRow(y)[x] == BACKGROUND;
+            value += isSink ? capacities.GetSource()[i] : capacities.GetSink()[i];
+            if (x + 1 < scene.width && isSink != (plane.GetRow(y)[x + 1] == BACKGROUND))
+                value += capacities.GetRight()[i];
+            if (y + 1 < scene.height && isSink != (plane.GetRow(y + 1)[x] == BACKGROUND))
+                value += capacities.GetDown()[i];
+        }
+    }
+    return value;
+}
+
+VideoHandle CutByLumetta(Scene const& scene, ContextHandle const& context) {
+    auto const effect = CreateGridGraph(FactoryHandle(), context);
+    SettingsEffectGrabCutSegmentation settings;
+    settings.SetForeground(FOREGROUND);
+    settings.SetBackground(BACKGROUND);
+    effect->SetSettings(settings);
+    DataHandle const result = effect->ProcessData(std::vector<DataHandle>{scene.picture, scene.strokes});
+    return VideoHandle(&AsVideo(result));
+}
+
+std::int64_t CutByOpenCV(Scene const& scene, Kernels::GridCapacities const& capacities) {
+    std::size_t const pixels = std::size_t{scene.width} * scene.height;
+    cv::detail::GCGraph<int> graph(static_cast<unsigned>(pixels), static_cast<unsigned>(4 * pixels));
+    for (std::uint32_t y = 0; y < scene.height; ++y) {
+        for (std::uint32_t x = 0; x < scene.width; ++x) {
+            int const node = graph.addVtx();
+            auto const i = static_cast<std::size_t>(node);
+            graph.addTermWeights(node, capacities.GetSource()[i], capacities.GetSink()[i]);
+            if (x > 0) graph.addEdges(node - 1, node, capacities.GetLeft()[i], capacities.GetLeft()[i]);
+            if (y > 0) {
+                int const above = node - static_cast<int>(scene.width);
+                graph.addEdges(above, node, capacities.GetUp()[i], capacities.GetUp()[i]);
+            }
+        }
+    }
+    return graph.maxFlow();
+}
+
+std::int64_t CutByBoost(Scene const& scene, Kernels::GridCapacities const& capacities) {
+    using Graph = boost::compressed_sparse_row_graph<boost::directedS, boost::no_property, boost::no_property,
+                                                     boost::no_property, std::uint32_t, std::uint32_t>;
+    using Edge = boost::graph_traits<Graph>::edge_descriptor;
+    std::size_t const pixels = std::size_t{scene.width} * scene.height;
+    auto const source = static_cast<std::uint32_t>(pixels);
+    std::uint32_t const sink = source + 1;
+
+    // Edges sorted by where they start, as the graph stores them, so that an edge's number is its place.
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> ends;
+    std::vector<int> capacity;
+    auto const add = [&](std::uint32_t from, std::uint32_t to, int value) {
+        ends.emplace_back(from, to);
+        capacity.push_back(value);
+    };
+    ends.reserve(4 * pixels + pixels / 2);
+    capacity.reserve(4 * pixels + pixels / 2);
+    for (std::uint32_t i = 0; i < pixels; ++i) {
+        std::uint32_t const x = i % scene.width;
+        if (i >= scene.width) add(i, i - scene.width, capacities.GetUp()[i]);
+        if (x > 0) add(i, i - 1, capacities.GetLeft()[i]);
+        if (x + 1 < scene.width) add(i, i + 1, capacities.GetRight()[i]);
+        if (i + scene.width < pixels) add(i, i + scene.width, capacities.GetDown()[i]);
+        if (capacities.GetSource()[i] > 0) add(i, source, 0);
+        if (capacities.GetSink()[i] > 0) add(i, sink, capacities.GetSink()[i]);
+    }
+    for (std::uint32_t i = 0; i < pixels; ++i)
+        if (capacities.GetSource()[i] > 0) add(source, i, capacities.GetSource()[i]);
+    for (std::uint32_t i = 0; i < pixels; ++i)
+        if (capacities.GetSink()[i] > 0) add(sink, i, 0);
+    Graph const graph(boost::edges_are_sorted, ends.begin(), ends.end(), sink + 1);
+
+    std::vector<Edge> reverse(ends.size());
+    std::vector<std::uint32_t> next(pixels + 2); // where each node's next edge to a lower numbered node is
+    std::vector<std::uint32_t> begin(pixels + 3);
+    for (auto const& [from, to] : ends) ++begin[from + 1];
+    for (std::size_t i = 1; i < begin.size(); ++i) begin[i] += begin[i - 1];
+    std::copy(begin.begin(), begin.end() - 1, next.begin());
+    // Edges of a node are sorted by their ends, so the reverses of the edges into it come up in its own order.
+    for (std::uint32_t i = 0; i < ends.size(); ++i) {
+        std::uint32_t const back = next[ends[i].second]++;
+        reverse[back] = Edge(ends[i].first, i);
+    }
+    std::vector<int> residual(ends.size());
+    std::vector<Edge> predecessor(pixels + 2);
+    std::vector<boost::default_color_type> colour(pixels + 2);
+    std::vector<int> distance(pixels + 2);
+    auto const edgeIndex = get(boost::edge_index, graph);
+    auto const nodeIndex = get(boost::vertex_index, graph);
+    return boost::boykov_kolmogorov_max_flow(graph, boost::make_iterator_property_map(capacity.begin(), edgeIndex),
+                                             boost::make_iterator_property_map(residual.begin(), edgeIndex),
+                                             boost::make_iterator_property_map(reverse.begin(), edgeIndex),
+                                             boost::make_iterator_property_map(predecessor.begin(), nodeIndex),
+                                             boost::make_iterator_property_map(colour.begin(), nodeIndex),
+                                             boost::make_iterator_property_map(distance.begin(), nodeIndex), nodeIndex,
+                                             source, sink);
+}
+
+template <class Work>
+void Measure(benchmark::State& state, Scene const& scene, std::string const& solver, Work const& work) {
+    Kernels::GridCapacities const capacities = BuildCapacities(scene);
+    for (auto _ : state) {
+        auto const start = std::chrono::steady_clock::now();
+        std::clock_t const processorStart = std::clock();
+        Result result;
+        auto const outcome = work(scene, capacities);
+        result.wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        result.processor = static_cast<double>(std::clock() - processorStart) / CLOCKS_PER_SEC;
+        state.SetIterationTime(result.wall);
+        if constexpr (std::is_same_v<decltype(outcome), VideoHandle const>)
+            result.cut = CutValue(scene, capacities, *outcome);
+        else
+            result.cut = outcome;
+        Result& best = results[scene.name][solver];
+        if (best.wall == 0 || result.wall < best.wall) best = result;
+    }
+}
+
+void Register(Scene const& scene, ContextHandle const& context) {
+    auto const add = [&scene](char const* solver, int iterations, auto work) {
+        benchmark::RegisterBenchmark(
+            (scene.name + "/" + solver).c_str(),
+            [&scene, solver, work](benchmark::State& state) { Measure(state, scene, solver, work); })
+            ->Iterations(iterations)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    };
+    add("Lumetta", 3, [context](Scene const& picture, auto const&) { return CutByLumetta(picture, context); });
+    add("OpenCV", 1, CutByOpenCV);
+    add("Boost", 1, CutByBoost);
+}
+
+void PrintRatios(std::vector<Scene> const& scenes) {
+    std::printf("\nSeconds, wall / processor\n%-26s %15s %15s %15s %7s %7s  %s\n", "", "Lumetta", "OpenCV", "Boost",
+                "faster", "ns/px", "cut");
+    for (Scene const& scene : scenes) {
+        auto& row = results[scene.name];
+        Result const& ours = row["Lumetta"];
+        Result const& openCV = row["OpenCV"];
+        Result const& boostGraph = row["Boost"];
+        bool const isSame = openCV.cut == ours.cut && boostGraph.cut == ours.cut;
+        std::printf("%-26s %7.3f /%6.2f %7.3f /%6.2f %7.3f /%6.2f %7.2f %7.1f  %s\n", scene.name.c_str(), ours.wall,
+                    ours.processor, openCV.wall, openCV.processor, boostGraph.wall, boostGraph.processor,
+                    std::min(openCV.wall, boostGraph.wall) / ours.wall,
+                    ours.wall * 1e9 / (double(scene.width) * scene.height), isSame ? "same" : "DIFFERENT");
+    }
+}
+
+} // namespace
+
+int RunGridGraphBenchmark(int count, char** arguments) {
+    benchmark::Initialize(&count, arguments);
+    if (VIPS_INIT(arguments[0]) != 0 || count < 3) {
+        std::fprintf(stderr, "usage: grid-graph-benchmark megapixels photograph...\n");
+        return 1;
+    }
+    ContextHandle const context = MakeShared<Context>();
+    std::vector<Scene> scenes;
+    for (int i = 2; i < count; ++i) {
+        Scene scene;
+        scene.name = std::filesystem::path(arguments[i]).stem().string().substr(0, 20) + "@" + arguments[1];
+        scene.picture = LoadPhotograph(*context, arguments[i], std::atof(arguments[1]));
+        scene.width = scene.picture->GetFrameFormat().width;
+        scene.height = scene.picture->GetFrameFormat().height;
+        scene.strokes = DrawStrokes(*context, scene.width, scene.height);
+        scenes.push_back(scene);
+    }
+    for (Scene const& scene : scenes) Register(scene, context);
+    benchmark::RunSpecifiedBenchmarks();
+    PrintRatios(scenes);
+    return 0;
+}
+
+} // namespace Velnor::Proc
+
+int main(int count, char** arguments) { return Velnor::Proc::RunGridGraphBenchmark(count, arguments); }

@@ -1,0 +1,276 @@
+// Why the cut is minimal and the same for every interleaving of the workers
+//
+// Write a -> b for an edge with residual capacity whose flag is set, S and T for the trees. Between two steps of the
+// search, every edge out of S or into T is still on the list of things to do. Exactly, for each a -> b of that kind
+//     a is active if b is free;   b is active if a is free;   one of them is if a is in S and b in T.
+// ActivateRect establishes this, and each step of GridTrees keeps it:
+//   - a node that joins a tree is active; one leaves the list only after all its edges were looked at;
+//   - pushing flow opens only edges up a source path, down a sink path, or from T to S: none of the three kinds;
+//   - a freed node wakes each neighbour in S that has an edge to it, and each in T that it has an edge to. The second
+//     kind matters: a -> b from S to T may have been left to a alone, and a is the one that is freed.
+// Flow always runs along a path from source to sink, bounded by every residual on it. So with no active node left and
+// all flags restored, no edge leads out of S or into T: the flow is maximal by the cut {T, rest}. A node in T has a
+// path of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow
+// found.
+//
+// Parents. Distance grows from parent to child: a node joins behind its parent, moves only closer, or, when adopted
+// farther away, sheds the children that are no longer behind it. Hence no cycles, and walks end. Orphans are adopted in
+// the order of their level. An orphan made meanwhile is a child of the current one, so never of a lower level, and any
+// node of a lower level has a root. A node found to have one, and stamped, keeps it: only orphans and what hangs on
+// them lose theirs. Stamps are raised before each augmentation and a merged set starts from the larger one, so that a
+// stamp of an earlier augmentation, or of the other half, is never taken for a fresh one.
+//
+// Thresholds. A region is first solved with only its wider edges open, flags standing for "at least the threshold"; the
+// argument holds for that graph. The last pass opens all edges and seeds the active list as at the start.
+//
+// Regions. Before the workers start, the flags of all edges between regions are cleared in both directions while the
+// residuals stay. Every step tests a flag before it touches more of a neighbour than its label, so a worker stays
+// inside the regions joined so far. A merge sets both flags of each pair from the residuals again and then wakes nodes
+// so that the condition above holds for the restored edges too; edges to third regions stay closed. A record whose two
+// ends have become one set by other records is merged with itself in the same way, so at the end every flag is
+// restored.
+//
+// Threads. A worker touches nodes of sets that it holds busy; others only load labels beside them, relaxed, and find no
+// flag set (regions are whole tiles: nothing else shares their cache lines). Busy goes from 0 to 1 under the lock. It
+// is cleared outside, by a release store after the nodes and the stamp were written; the walk's acquire load in Take
+// pairs with it. The lock word (acquire to take it, release to give it back) orders the records, the union-find and the
+// reads of stamps. A worker first clears busy and then walks: of two workers that finish neighbouring sets the one that
+// walks later finds both idle. So a worker that finds nothing can end, as each record left waits for one that still
+// works, and the last to walk finds every set idle and takes what is left. Joining the threads orders all else.
+#include "Proc/Effects/Lumetta/GridGraphSolver.h"
+
+#include "Proc/Effects/Lumetta/Exceptions.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Velnor::Proc {
+
+using Kernels::EdgeFlag;
+using Kernels::Opposite;
+
+namespace {
+
+constexpr std::size_t WORKER_BYTES = 96;
+
+/// Residual capacities that edges must have to be used, one solve of a region after another. Of what was measured
+/// (1 alone; 4, 8, 16 or 64 before it; longer series) this takes least time over photographs.
+constexpr int THRESHOLDS[] = {16, 1};
+
+void CheckSize(std::span<std::int16_t const> array, std::size_t pixels, char const* name) {
+    if (array.size() != pixels)
+        VELNOR_THROW(EffectException, std::string("The array of ") + name + " capacities has " +
+                                          std::to_string(array.size()) + " elements, the picture " +
+                                          std::to_string(pixels) + " pixels: one element a pixel is needed.");
+}
+
+} // namespace
+
+GridGraphSolver::Memory::Memory(Kernels::GridLayout const& layout, unsigned workers)
+    : block(GetBlockBytes(layout.GetNodesCount(), layout.GetBoundariesCount(), workers)) {
+    std::size_t const count = layout.GetNodesCount();
+    nodes.label = block.Take<std::uint8_t>(count);
+    nodes.parent = block.Take<std::uint8_t>(count);
+    std::memset(nodes.parent, Kernels::NO_PARENT, count);
+    for (auto& residual : nodes.residual) residual = block.Take<std::uint16_t>(count);
+    nodes.terminal = block.Take<std::int16_t>(count);
+    nodes.nextActive = block.Take<std::uint32_t>(count);
+    nodes.nextOrphan = block.Take<std::uint32_t>(count);
+    nodes.distance = block.Take<std::uint32_t>(count);
+    nodes.stamp = block.Take<std::uint32_t>(count);
+    boundaryNodes = block.Take<std::uint32_t>(layout.GetBoundariesCount() * Kernels::GridLayout::MAX_REGION_SIDE);
+    workerBlocks = block.Take<std::byte>(workers * WORKER_BYTES);
+    for (unsigned worker = 0; worker < workers; ++worker)
+        new (workerBlocks + worker * WORKER_BYTES) Kernels::GridWorkerBlock{.rowStep = layout.GetRowStep()};
+}
+
+GridGraphSolver::GridGraphSolver(std::uint32_t width, std::uint32_t height, unsigned workers, std::uint32_t regionSide,
+                                 intrusive_ptr<Core::IProgressController> controller)
+    : layout(width, height, regionSide),
+      workersCount(workers),
+      progress(std::move(controller)),
+      memory(layout, workers),
+      regions(layout, memory.boundaryNodes),
+      processors(std::max(1U, std::thread::hardware_concurrency())) {
+    if (workers == 0) VELNOR_THROW(EffectException, "A grid graph needs at least 1 worker, 0 are given.");
+    progress->SetRange(layout.GetBoundariesCount() + layout.GetRegionsCount());
+    progress->SetPosition(0);
+}
+
+Kernels::GridWorkerBlock& GridGraphSolver::GetWorkerBlock(unsigned worker) const {
+    return *std::launder(
+        reinterpret_cast<Kernels::GridWorkerBlock*>(memory.workerBlocks + std::size_t{worker} * WORKER_BYTES));
+}
+
+void GridGraphSolver::SetCapacities(Capacities const& capacities) {
+    std::size_t const pixels = std::size_t{layout.GetWidth()} * layout.GetHeight();
+    CheckSize(capacities.source, pixels, "source");
+    CheckSize(capacities.sink, pixels, "sink");
+    CheckSize(capacities.left, pixels, "left");
+    CheckSize(capacities.right, pixels, "right");
+    CheckSize(capacities.up, pixels, "up");
+    CheckSize(capacities.down, pixels, "down");
+    for (std::uint32_t y = 0; y < layout.GetHeight(); ++y) SetRow(capacities, y);
+}
+
+void GridGraphSolver::SetRow(Capacities const& capacities, std::uint32_t y) {
+    std::uint32_t const width = layout.GetWidth();
+    std::size_t const row = std::size_t{y} * width;
+    bool const isFirst = y == 0;
+    bool const isLast = y + 1 == layout.GetHeight();
+    auto const setEdge = [this](unsigned direction, std::uint32_t node, int capacity) {
+        int const usable = std::max(capacity, 0);
+        nodes.residual[direction][node] = static_cast<std::uint16_t>(usable);
+        return usable != 0 ? unsigned{EdgeFlag(direction)} : 0U;
+    };
+    // Pixel x is node x + 1, so that the first group of a row has seven pixels, and each further one eight.
+    for (std::uint32_t x = 0; x < width;) {
+        std::uint32_t const end = std::min(width, (x + 1) / 8 * 8 + 7);
+        std::uint32_t node = layout.GetNode(x + 1, y + 1);
+        for (; x < end; ++x, ++node) {
+            std::size_t const pixel = row + x;
+            unsigned const flags = setEdge(Kernels::RIGHT, node, x + 1 < width ? capacities.right[pixel] : 0) |
+                                   setEdge(Kernels::DOWN, node, isLast ? 0 : capacities.down[pixel]) |
+                                   setEdge(Kernels::UP, node, isFirst ? 0 : capacities.up[pixel]) |
+                                   setEdge(Kernels::LEFT, node, x > 0 ? capacities.left[pixel] : 0);
+            nodes.label[node] = static_cast<std::uint8_t>(flags);
+            if (capacities.source[pixel] > 0 || capacities.sink[pixel] > 0) SetTerminals(capacities, pixel, node);
+        }
+    }
+}
+
+void GridGraphSolver::SetTerminals(Capacities const& capacities, std::size_t pixel, std::uint32_t node) {
+    int const source = std::max<int>(capacities.source[pixel], 0);
+    int const sink = std::max<int>(capacities.sink[pixel], 0);
+    flow = static_cast<std::uint16_t>(flow + std::min(source, sink)); // goes straight through
+    if (source == sink) return;
+    nodes.terminal[node] = static_cast<std::int16_t>(std::abs(source - sink));
+    nodes.label[node] =
+        static_cast<std::uint8_t>(nodes.label[node] | (source > sink ? Kernels::SOURCE : Kernels::SINK));
+    nodes.parent[node] = Kernels::TERMINAL_PARENT;
+}
+
+/// Closes all edges between regions. A corner node stands in two lists: only the bit of the list's direction goes.
+void GridGraphSolver::SeparateRegions() {
+    for (BoundaryRecord const& record : regions.GetRecords()) {
+        unsigned const direction = record.GetDirection();
+        for (std::uint32_t const near : record.GetNodes()) {
+            std::uint32_t const far = layout.GetNeighbour(near, direction);
+            nodes.SetLabel(near, nodes.GetLabel(near) & ~unsigned{EdgeFlag(direction)});
+            nodes.SetLabel(far, nodes.GetLabel(far) & ~unsigned{EdgeFlag(Opposite(direction))});
+        }
+    }
+}
+
+/// Opens the edges across a boundary again, and activates what they join to a node of another state.
+void GridGraphSolver::JoinRegions(BoundaryRecord const& record, Kernels::GridTrees& trees) const {
+    unsigned const direction = record.GetDirection();
+    auto const open = [&](std::uint32_t from, unsigned way) {
+        if (nodes.residual[way][from] == 0) return false;
+        nodes.SetLabel(from, nodes.GetLabel(from) | EdgeFlag(way));
+        return true;
+    };
+    auto const wake = [&](std::uint32_t from, std::uint32_t to) {
+        unsigned const fromTree = nodes.GetLabel(from) & Kernels::TREE_MASK;
+        unsigned const toTree = nodes.GetLabel(to) & Kernels::TREE_MASK;
+        if (fromTree == Kernels::SOURCE && toTree != Kernels::SOURCE) trees.Activate(from);
+        if (toTree == Kernels::SINK && fromTree != Kernels::SINK) trees.Activate(to);
+    };
+    for (std::uint32_t const near : record.GetNodes()) {
+        std::uint32_t const far = layout.GetNeighbour(near, direction);
+        if (open(near, direction)) wake(near, far);
+        if (open(far, Opposite(direction))) wake(far, near);
+    }
+}
+
+void GridGraphSolver::Compute() {
+    SeparateRegions();
+    {
+        std::vector<std::jthread> threads; // joins whatever happens
+        threads.reserve(workersCount);
+        try {
+            for (unsigned worker = 0; worker < workersCount; ++worker)
+                threads.emplace_back([this, worker] { Work(worker); });
+        } catch (...) {
+            Fail(std::current_exception());
+        }
+    }
+    if (error) std::rethrow_exception(error);
+    for (unsigned worker = 0; worker < workersCount; ++worker)
+        flow = static_cast<std::uint16_t>(flow + GetWorkerBlock(worker).flow);
+}
+
+void GridGraphSolver::Work(unsigned worker) noexcept {
+    try {
+        Kernels::GridTrees trees(layout, nodes, GetWorkerBlock(worker));
+        SolveRegions(trees);
+        MergeRegions(trees);
+    } catch (...) {
+        Fail(std::current_exception());
+    }
+}
+
+/// Keeps the first error and lets the other workers end as for a stop.
+void GridGraphSolver::Fail(std::exception_ptr const& cause) noexcept {
+    std::scoped_lock const lock(errorMutex);
+    if (!error) error = cause;
+    failed.store(true, std::memory_order_relaxed);
+}
+
+namespace {
+
+class Permit {
+public:
+    explicit Permit(std::counting_semaphore<>& semaphore) : permits(semaphore) { permits.acquire(); }
+    Permit(Permit const&) = delete;
+    Permit& operator=(Permit const&) = delete;
+    ~Permit() { permits.release(); }
+
+private:
+    std::counting_semaphore<>& permits;
+};
+
+} // namespace
+
+void GridGraphSolver::SolveRegions(Kernels::GridTrees& trees) {
+    for (;;) {
+        Permit const permit(processors);
+        if (IsStopped()) return;
+        std::uint32_t const region = nextRegion.fetch_add(1, std::memory_order_relaxed);
+        if (region >= layout.GetRegionsCount()) return;
+        Kernels::NodeRect const rect = layout.GetRegion(region);
+        std::uint32_t stamp = 0;
+        for (int threshold : THRESHOLDS) {
+            trees.SetThreshold(rect, threshold);
+            trees.ActivateRect(rect);
+            trees.Solve(stamp);
+        }
+        regions.SetIdle(region, stamp);
+        progress->Advance(1);
+    }
+}
+
+void GridGraphSolver::MergeRegions(Kernels::GridTrees& trees) {
+    for (;;) {
+        Permit const permit(processors);
+        GridRegions::Merge merge = regions.Take([this] { return IsStopped(); });
+        if (merge.records.empty()) return;
+        progress->Advance(merge.records.size());
+        for (BoundaryRecord const& record : merge.records) JoinRegions(record, trees);
+        trees.Solve(merge.stamp);
+        regions.SetIdle(merge.root, merge.stamp);
+    }
+}
+
+void GridGraphSolver::WriteRow(std::uint32_t y, std::uint8_t sinkValue, std::uint8_t otherValue,
+                               std::uint8_t* row) const {
+    for (std::uint32_t x = 0; x < layout.GetWidth(); ++x)
+        row[x] = GetTree(x, y) == Kernels::SINK ? sinkValue : otherValue;
+}
+
+} // namespace Velnor::Proc

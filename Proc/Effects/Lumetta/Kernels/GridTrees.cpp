@@ -1,0 +1,286 @@
+#include "Proc/Effects/Lumetta/Kernels/GridTrees.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace Velnor::Proc::Kernels {
+namespace {
+
+constexpr std::uint32_t SPACING = 16;
+constexpr std::uint32_t NOWHERE = std::numeric_limits<std::uint32_t>::max();
+
+/// Whether an unsaturated edge lets the parent feed the child (source tree), or drain it (sink tree).
+/// @param direction  from the child to the parent
+template <std::uint8_t Tree>
+bool IsLinked(unsigned childLabel, unsigned parentLabel, unsigned direction) {
+    if constexpr (Tree == SOURCE)
+        return (parentLabel & EdgeFlag(Opposite(direction))) != 0;
+    else
+        return (childLabel & EdgeFlag(direction)) != 0;
+}
+
+} // namespace
+
+void GridTrees::Activate(std::uint32_t node) {
+    if (nodes.nextActive[node] != 0) return;
+    nodes.nextActive[node] = node;
+    if (block.firstActive == 0)
+        block.firstActive = node;
+    else
+        nodes.nextActive[block.lastActive] = node;
+    block.lastActive = node;
+}
+
+void GridTrees::ActivateRect(NodeRect const& rect) {
+    auto const mustBeActive = [this](std::uint32_t node) {
+        unsigned const label = nodes.GetLabel(node);
+        unsigned const tree = label & TREE_MASK;
+        for (unsigned direction = 0; tree != FREE && direction < 4; ++direction) {
+            unsigned const other = nodes.GetLabel(layout.GetNeighbour(node, direction));
+            bool const isOpen = tree == SOURCE
+                                    ? (label & EdgeFlag(direction)) != 0 && (other & TREE_MASK) != SOURCE
+                                    : (other & EdgeFlag(Opposite(direction))) != 0 && (other & TREE_MASK) == FREE;
+            if (isOpen) return true;
+        }
+        return false;
+    };
+    // The rectangle is whole tiles, so that a row of it is whole groups of eight labels, most of them free.
+    for (std::uint32_t y = rect.y0; y < rect.y1; ++y) {
+        for (std::uint32_t x = rect.x0; x < rect.x1; x += GridLayout::TILE) {
+            std::uint32_t const first = layout.GetNode(x, y);
+            std::uint64_t labels = 0;
+            std::memcpy(&labels, nodes.label + first, sizeof labels);
+            if ((labels & 0x0303030303030303U) == 0) continue;
+            for (std::uint32_t node = first; node < first + GridLayout::TILE; ++node)
+                if (mustBeActive(node)) Activate(node);
+        }
+    }
+}
+
+void GridTrees::SetThreshold(NodeRect const& rect, int residual) {
+    threshold = residual;
+    for (std::uint32_t y = rect.y0; y < rect.y1; ++y) {
+        for (std::uint32_t x = rect.x0; x < rect.x1; ++x) {
+            std::uint32_t const node = layout.GetNode(x, y);
+            unsigned open = 0;
+            if (x + 1 < rect.x1 && nodes.residual[RIGHT][node] >= residual) open |= EdgeFlag(RIGHT);
+            if (y + 1 < rect.y1 && nodes.residual[DOWN][node] >= residual) open |= EdgeFlag(DOWN);
+            if (y > rect.y0 && nodes.residual[UP][node] >= residual) open |= EdgeFlag(UP);
+            if (x > rect.x0 && nodes.residual[LEFT][node] >= residual) open |= EdgeFlag(LEFT);
+            nodes.SetLabel(node, (nodes.GetLabel(node) & TREE_MASK) | open);
+        }
+    }
+}
+
+void GridTrees::Solve(std::uint32_t& stamp) {
+    now = stamp;
+    while (block.firstActive != 0) {
+        std::uint32_t const node = block.firstActive;
+        std::uint32_t const next = nodes.nextActive[node];
+        block.firstActive = next == node ? 0 : next;
+        // Out of the list before it is looked at: what wakes it meanwhile appends it again.
+        nodes.nextActive[node] = 0;
+        switch (nodes.GetLabel(node) & TREE_MASK) {
+        case SOURCE:
+            Grow<SOURCE>(node);
+            break;
+        case SINK:
+            Grow<SINK>(node);
+            break;
+        default: // freed while it waited
+            break;
+        }
+    }
+    stamp = now;
+}
+
+template <std::uint8_t Tree>
+void GridTrees::Grow(std::uint32_t node) {
+    for (unsigned direction = 0; direction < 4; ++direction) {
+        unsigned const back = Opposite(direction);
+        std::uint32_t const other = layout.GetNeighbour(node, direction);
+        for (;;) {
+            unsigned const otherLabel = nodes.GetLabel(other);
+            if (!IsLinked<Tree>(otherLabel, nodes.GetLabel(node), back)) break;
+            unsigned const otherTree = otherLabel & TREE_MASK;
+            std::uint32_t const childDistance = nodes.distance[node] + SPACING;
+            if (otherTree == FREE) {
+                nodes.SetLabel(other, otherLabel | Tree);
+                nodes.parent[other] = static_cast<std::uint8_t>(back);
+                nodes.distance[other] = childDistance;
+                Activate(other);
+                break;
+            }
+            if (otherTree == Tree) {
+                if (nodes.distance[other] > childDistance) { // a shorter way to the root
+                    nodes.parent[other] = static_cast<std::uint8_t>(back);
+                    nodes.distance[other] = childDistance;
+                }
+                break;
+            }
+            if constexpr (Tree == SOURCE)
+                Augment(node, other, direction);
+            else
+                Augment(other, node, back);
+            if ((nodes.GetLabel(node) & TREE_MASK) != Tree) return;
+        }
+    }
+}
+
+void GridTrees::Augment(std::uint32_t source, std::uint32_t sink, unsigned direction) {
+    ++now;
+    int flow = nodes.residual[direction][source];
+    flow = FindBottleneck<SOURCE>(source, flow);
+    flow = FindBottleneck<SINK>(sink, flow);
+
+    unsigned const back = Opposite(direction);
+    auto& forth = nodes.residual[direction][source];
+    auto& reverse = nodes.residual[back][sink];
+    forth = static_cast<std::uint16_t>(forth - flow);
+    reverse = static_cast<std::uint16_t>(reverse + flow);
+    if (reverse >= threshold) nodes.SetLabel(sink, nodes.GetLabel(sink) | EdgeFlag(back));
+    if (forth < threshold) nodes.SetLabel(source, nodes.GetLabel(source) & ~unsigned{EdgeFlag(direction)});
+
+    Push<SOURCE>(source, flow);
+    AdoptOrphans<SOURCE>();
+    Push<SINK>(sink, flow);
+    AdoptOrphans<SINK>();
+    block.flow = static_cast<std::uint16_t>(block.flow + flow);
+}
+
+template <std::uint8_t Tree>
+int GridTrees::FindBottleneck(std::uint32_t node, int flow) const {
+    for (;;) {
+        unsigned const up = nodes.parent[node];
+        if (up == TERMINAL_PARENT) return std::min<int>(flow, nodes.terminal[node]);
+        std::uint32_t const parent = layout.GetNeighbour(node, up);
+        int const residual = Tree == SOURCE ? nodes.residual[Opposite(up)][parent] : nodes.residual[up][node];
+        flow = std::min(flow, residual);
+        node = parent;
+    }
+}
+
+template <std::uint8_t Tree>
+void GridTrees::Push(std::uint32_t node, int flow) {
+    block.level = NOWHERE;
+    for (;;) {
+        unsigned const up = nodes.parent[node];
+        if (up == TERMINAL_PARENT) break;
+        unsigned const down = Opposite(up);
+        std::uint32_t const parent = layout.GetNeighbour(node, up);
+        // The flow comes down to the node in the source tree, and goes up from it in the sink tree.
+        std::uint32_t const from = Tree == SOURCE ? parent : node;
+        std::uint32_t const to = Tree == SOURCE ? node : parent;
+        unsigned const forth = Tree == SOURCE ? down : up;
+        auto& left = nodes.residual[forth][from];
+        auto& gained = nodes.residual[Opposite(forth)][to];
+        left = static_cast<std::uint16_t>(left - flow);
+        gained = static_cast<std::uint16_t>(gained + flow);
+        if (gained >= threshold) nodes.SetLabel(to, nodes.GetLabel(to) | EdgeFlag(Opposite(forth)));
+        if (left < threshold) {
+            nodes.SetLabel(from, nodes.GetLabel(from) & ~unsigned{EdgeFlag(forth)});
+            AddOrphan(node);
+        }
+        node = parent;
+    }
+    nodes.terminal[node] = static_cast<std::int16_t>(nodes.terminal[node] - flow);
+    if (nodes.terminal[node] == 0) AddOrphan(node);
+}
+
+void GridTrees::AddOrphan(std::uint32_t node) {
+    std::uint32_t const level = nodes.distance[node] / SPACING;
+    if (level >= buckets.size()) buckets.resize(level + level / 2 + 64);
+    nodes.parent[node] = NO_PARENT;
+    nodes.nextOrphan[node] = buckets[level];
+    buckets[level] = node;
+    block.level = std::min(block.level, level);
+    ++block.orphans;
+}
+
+template <std::uint8_t Tree>
+void GridTrees::AdoptOrphans() {
+    while (block.orphans != 0) {
+        while (buckets[block.level] == 0) ++block.level;
+        std::uint32_t const orphan = buckets[block.level];
+        buckets[block.level] = nodes.nextOrphan[orphan];
+        --block.orphans;
+        Adopt<Tree>(orphan);
+    }
+}
+
+template <std::uint8_t Tree>
+void GridTrees::Adopt(std::uint32_t orphan) {
+    unsigned const label = nodes.GetLabel(orphan);
+    std::uint32_t nearest = NOWHERE;
+    unsigned best = NO_PARENT;
+    for (unsigned direction = 0; direction < 4; ++direction) {
+        std::uint32_t const other = layout.GetNeighbour(orphan, direction);
+        unsigned const otherLabel = nodes.GetLabel(other);
+        if ((otherLabel & TREE_MASK) != Tree || !IsLinked<Tree>(label, otherLabel, direction)) continue;
+        std::uint32_t const distance = nodes.distance[other];
+        if (distance >= nearest || !HasRoot(other)) continue;
+        nearest = distance;
+        best = direction;
+    }
+    if (best == NO_PARENT) {
+        Release<Tree>(orphan);
+        return;
+    }
+    nodes.parent[orphan] = static_cast<std::uint8_t>(best);
+    if (nearest < nodes.distance[orphan]) {
+        nodes.distance[orphan] = std::min(nodes.distance[orphan], nearest + SPACING);
+    } else {
+        nodes.distance[orphan] = nearest + 1;
+        nodes.stamp[orphan] = now;
+        DetachChildren<Tree>(orphan, nearest + 1);
+    }
+}
+
+/// Whether the node's tree path ends at a terminal. No orphan is nearer than the current level, and paths only come
+/// nearer; a node that is seen to have a root keeps it until the last orphan is adopted.
+bool GridTrees::HasRoot(std::uint32_t node) {
+    auto const isKnown = [this](std::uint32_t at) {
+        return nodes.distance[at] / SPACING < block.level || nodes.parent[at] == TERMINAL_PARENT ||
+               nodes.stamp[at] == now;
+    };
+    std::uint32_t at = node;
+    while (!isKnown(at)) {
+        if (nodes.parent[at] == NO_PARENT) return false;
+        at = layout.GetNeighbour(at, nodes.parent[at]);
+    }
+    for (at = node; !isKnown(at); at = layout.GetNeighbour(at, nodes.parent[at])) nodes.stamp[at] = now;
+    return true;
+}
+
+/// Makes orphans of the children that are not farther than their parent has become.
+template <std::uint8_t Tree>
+void GridTrees::DetachChildren(std::uint32_t node, std::uint32_t nearest) {
+    unsigned const label = nodes.GetLabel(node);
+    for (unsigned direction = 0; direction < 4; ++direction) {
+        unsigned const back = Opposite(direction);
+        std::uint32_t const other = layout.GetNeighbour(node, direction);
+        unsigned const otherLabel = nodes.GetLabel(other);
+        if ((otherLabel & TREE_MASK) != Tree || !IsLinked<Tree>(otherLabel, label, back)) continue;
+        if (nodes.parent[other] == back && nodes.distance[other] <= nearest) AddOrphan(other);
+    }
+}
+
+/// Frees an orphan that found no parent. Its neighbours that could grow into it wake up, those of the other tree
+/// included: an active node of this tree may have been meant to find them, and it may be this one.
+template <std::uint8_t Tree>
+void GridTrees::Release(std::uint32_t orphan) {
+    DetachChildren<Tree>(orphan, NOWHERE);
+    unsigned const label = nodes.GetLabel(orphan);
+    nodes.SetLabel(orphan, label & ~unsigned{TREE_MASK});
+    for (unsigned direction = 0; direction < 4; ++direction) {
+        std::uint32_t const other = layout.GetNeighbour(orphan, direction);
+        unsigned const otherLabel = nodes.GetLabel(other);
+        unsigned const tree = otherLabel & TREE_MASK;
+        bool const isInto = tree == SOURCE && (otherLabel & EdgeFlag(Opposite(direction))) != 0;
+        bool const isOutOf = tree == SINK && (label & EdgeFlag(direction)) != 0;
+        if (isInto || isOutOf) Activate(other);
+    }
+}
+
+} // namespace Velnor::Proc::Kernels

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Proc/Effects/Lumetta/Kernels/GridLayout.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+namespace Velnor::Proc::Kernels {
+
+/// Which search tree a node belongs to: bits 0 and 1 of its label.
+inline constexpr std::uint8_t FREE = 0;
+inline constexpr std::uint8_t SOURCE = 1;
+inline constexpr std::uint8_t SINK = 2;
+inline constexpr std::uint8_t TREE_MASK = 3;
+
+/// Values of a node's parent beside the four directions.
+inline constexpr std::uint8_t NO_PARENT = 4;
+inline constexpr std::uint8_t TERMINAL_PARENT = 5;
+
+/// The arrays of the nodes, indexed by GridLayout::GetNode.
+struct GridNodes {
+    std::uint8_t* label = nullptr;            ///< Tree, and an EdgeFlag for each direction with residual capacity.
+    std::uint8_t* parent = nullptr;           ///< Direction of the parent in the tree, or one of the two values above.
+    std::array<std::uint16_t*, 4> residual{}; ///< Residual capacity in each direction.
+    std::int16_t* terminal = nullptr;         ///< Residual capacity of the link to the terminal of the node's tree.
+    std::uint32_t* nextActive = nullptr;      ///< 0 = in no list; the last member links to itself.
+    std::uint32_t* nextOrphan = nullptr;      ///< 0 = last of its bucket.
+    std::uint32_t* distance = nullptr;        ///< Grows along every path from a root; see GridTrees.
+    std::uint32_t* stamp = nullptr;           ///< Of the augmentation in which the node was last seen to have a root.
+
+    /// Labels along a region's side are read by the worker of the neighbouring region too, which then finds no edge flag
+    /// between the regions set and looks no further. No order is needed for that, only that the bytes are whole.
+    std::uint8_t GetLabel(std::uint32_t node) const {
+        return std::atomic_ref(label[node]).load(std::memory_order_relaxed);
+    }
+    void SetLabel(std::uint32_t node, unsigned value) const {
+        std::atomic_ref(label[node]).store(static_cast<std::uint8_t>(value), std::memory_order_relaxed);
+    }
+};
+
+/// What one worker keeps between the regions that it solves; 96 bytes apart, so no two share a cache line.
+struct GridWorkerBlock {
+    std::uint32_t firstActive = 0; ///< 0 = the list is empty.
+    std::uint32_t lastActive = 0;
+    std::uint32_t level = 0;   ///< Lowest bucket that may hold an orphan.
+    std::uint32_t orphans = 0; ///< Number of orphans that wait in buckets.
+    std::uint32_t rowStep = 0; ///< GridLayout::GetRowStep.
+    std::uint16_t flow = 0;    ///< Modulo 2^16.
+};
+static_assert(sizeof(GridWorkerBlock) <= 32);
+
+/// Maximum flow by two search trees that grow towards each other (Boykov, Kolmogorov: An experimental comparison of
+/// min-cut/max-flow algorithms, PAMI 2004), on the part of the grid that the edge flags connect to the active nodes.
+///
+/// Distances are kept strictly increasing from parent to child. Orphans are adopted in the order of distance, so that
+/// whatever lies nearer than the current orphan is known to have a root: most orphans find a parent among their four
+/// neighbours without a walk to the root, and the other walks end as soon as they come near enough. Children are placed
+/// SPACING behind their parent, and not 1, so that an orphan can move back a little without its own children having to.
+class GridTrees {
+public:
+    GridTrees(GridLayout const& gridLayout, GridNodes const& gridNodes, GridWorkerBlock& workerBlock)
+        : layout(gridLayout), nodes(gridNodes), block(workerBlock) {}
+
+    /// Appends a node to the active list, once.
+    void Activate(std::uint32_t node);
+
+    /// Appends the nodes of a rectangle that an unsaturated edge joins to a node of another state. A sink node that
+    /// touches only source nodes is left to them.
+    void ActivateRect(NodeRect const& rect);
+
+    /// Opens the edges inside a rectangle that have at least this residual capacity, and closes the others there. Until
+    /// the next call the trees pass over what is less: few large augmentations first save many small ones.
+    void SetThreshold(NodeRect const& rect, int residual);
+
+    /// Grows and augments until no active node is left: no unsaturated edge then leads from the source tree out of it,
+    /// or into the sink tree from outside.
+    /// @param stamp  of the region; at least the stamp of each of its nodes. Raised with each augmentation.
+    void Solve(std::uint32_t& stamp);
+
+private:
+    template <std::uint8_t Tree>
+    void Grow(std::uint32_t node);
+    void Augment(std::uint32_t source, std::uint32_t sink, unsigned direction);
+    template <std::uint8_t Tree>
+    int FindBottleneck(std::uint32_t node, int flow) const;
+    template <std::uint8_t Tree>
+    void Push(std::uint32_t node, int flow);
+    template <std::uint8_t Tree>
+    void AdoptOrphans();
+    template <std::uint8_t Tree>
+    void Adopt(std::uint32_t orphan);
+    template <std::uint8_t Tree>
+    void Release(std::uint32_t orphan);
+    template <std::uint8_t Tree>
+    void DetachChildren(std::uint32_t node, std::uint32_t nearest);
+    void AddOrphan(std::uint32_t node);
+    bool HasRoot(std::uint32_t node);
+
+    GridLayout const& layout;
+    GridNodes const nodes;
+    GridWorkerBlock& block;
+    int threshold = 1;
+    std::uint32_t now = 0;              ///< Stamp of the current augmentation.
+    std::vector<std::uint32_t> buckets; ///< First orphan of each level: distance / SPACING.
+};
+
+} // namespace Velnor::Proc::Kernels
