@@ -68,10 +68,11 @@ void RequireFormat(fs::path const& path, KindRecord const& record, PixFmtDescrip
 
 Files::FilesModule const& LoadModule() {
     fs::path const file = GetInstalledFolder() / Files::FILES_MODULE_FILE;
-    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // Lazily: to bind every function of the file library and its hundred dependencies takes longer than a small picture.
+    void* const library = dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
     if (library == nullptr) {
         char const* const error = dlerror();
-        VELNOR_THROW(FileException, "Picture files need the module " + file.string() + ", which cannot be loaded: " +
+        VELNOR_THROW(FileException, std::string("The module that picture files need cannot be loaded: ") +
                                         (error == nullptr ? "the loader gives no reason" : error) + ".");
     }
     auto const entry = reinterpret_cast<Files::FilesModuleFunction>(dlsym(library, Files::FILES_MODULE_ENTRY));

@@ -40,14 +40,16 @@ struct LoadedPicture {
     std::shared_ptr<PictureMetadata const> metadata; ///< Null when there is none.
 };
 
-/// Reads a picture file (JPEG, PNG, TIFF, WebP and whatever else the file library reads). Deeper samples are converted
-/// to 8 bits with rounding. Throws FileInputException or FileLimitException.
+/// Reads a picture file (JPEG, PNG, TIFF, WebP and whatever else the file library reads safely), of several pages the
+/// first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is whatever the decoder
+/// warns of. Throws FileInputException or FileLimitException.
 VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectContext& context,
                                      ReadOptions const& options = {});
 
-/// Writes a picture, in a format by the file name's extension. The picture is in a format that the file can hold:
-/// RGB24, RGBA, GRAY8, YA8 or PAL8 (see GetWritableFormats); alpha is dropped, over black, where the file has none. The file appears
-/// whole or not at all, even when the process is killed. Throws FileOutputException.
+/// Writes a picture, in a format by the file name's extension. The picture is in a format that the file can hold (see
+/// GetWritableFormats); a JPEG file also takes RGBA and YA8, laid over black. Palettes are kept exactly. The file
+/// appears whole or not at all, even when the process is killed. What is replaced is a regular file, which keeps its
+/// permissions; where the path is a link, the file that it leads to. Throws FileOutputException.
 VELNOR_API void WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
                              PictureMetadata const* metadata, WriteOptions const& options = {});
 

@@ -4,8 +4,8 @@
 
 namespace Velnor::Proc {
 
-intrusive_ptr<IEffect> CreateColorspaceConverter(FactoryHandle const& factory, ContextHandle const& context);
-intrusive_ptr<IEffect> CreateResizer(FactoryHandle const& factory, ContextHandle const& context);
+VELNOR_API intrusive_ptr<IEffect> CreateColorspaceConverter(FactoryHandle const& factory, ContextHandle const& context);
+VELNOR_API intrusive_ptr<IEffect> CreateResizer(FactoryHandle const& factory, ContextHandle const& context);
 
 /// Registers the host's general effects, under ImplNames::DEFAULT. Throws what the registry throws.
 void RegisterGeneralEffects(IEffectRegistry& registry);

@@ -9,9 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 
 namespace Velnor::Proc::Files {
@@ -85,27 +85,29 @@ VideoHandle CreatePicture(VipsImage* image, int orientation, IEffectContext& con
     return picture;
 }
 
-/// What the library's callback needs.
-struct Decoding {
-    RowSink sink;
-    std::uint64_t rows = 0; ///< Put so far.
-};
-
-/// Takes a strip of whole rows; they come in order, from one thread at a time.
-int TakeStrip(VipsRegion* region, VipsRect* area, void* user) {
-    auto* const decoding = static_cast<Decoding*>(user);
-    for (int y = area->top; y < area->top + area->height; ++y, ++decoding->rows)
-        decoding->sink.Put(static_cast<std::uint64_t>(y), VIPS_REGION_ADDR(region, area->left, y));
-    return 0;
+/// Puts all rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
+/// decoders work in sequence, and handing strips from thread to thread costs more than it brings.
+int PutRows(VipsImage* image, RowSink& sink) {
+    constexpr int STRIP_ROWS = 16; // Small enough for the cache between the decoder and the picture.
+    Owned<VipsRegion> const region(vips_region_new(image));
+    int const height = vips_image_get_height(image);
+    for (int top = 0; top < height; top += STRIP_ROWS) {
+        VipsRect const strip{0, top, vips_image_get_width(image), std::min(STRIP_ROWS, height - top)};
+        if (vips_region_prepare(region.get(), &strip) != 0) return top;
+        for (int y = top; y < top + strip.height; ++y)
+            sink.Put(static_cast<std::uint64_t>(y), VIPS_REGION_ADDR(region.get(), 0, y));
+    }
+    return height;
 }
 
 void Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo& picture, bool acceptDamaged) {
     SampleDepth const depth =
         vips_image_get_format(image) == VIPS_FORMAT_USHORT ? SampleDepth::Bits16 : SampleDepth::Bits8;
-    Decoding decoding{RowSink(picture.GetMutablePlane(0), depth, orientation)};
-    if (vips_sink_disc(image, TakeStrip, &decoding) == 0) return;
+    RowSink sink(picture.GetMutablePlane(0), depth, orientation);
+    int const rows = PutRows(image, sink);
+    if (rows == vips_image_get_height(image)) return;
     std::string const reason = TakeError();
-    if (!acceptDamaged || decoding.rows == 0) Fail(path, "it is damaged: " + reason);
+    if (!acceptDamaged || rows == 0) Fail(path, "it is damaged: " + reason);
 }
 
 } // namespace
