@@ -45,7 +45,7 @@ protected:
         auto const picture = Proc::ReadPicture(folder / name, *host.GetContext()).picture;
         std::string text(picture->GetDescription().name);
         for (unsigned int i = 0; i < picture->GetDescription().planes[0].bytes; ++i)
-            text += " " + std::to_string(picture->GetPlane(0).GetRow(0)[i]);
+            text.append(" ").append(std::to_string(picture->GetPlane(0).GetRow(0)[i]));
         return text;
     }
 

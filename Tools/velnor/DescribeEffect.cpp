@@ -41,7 +41,8 @@ std::string FormatField(Proc::SettingsField const& field, std::size_t width) {
         if (!field.defaultText.empty()) facts += ", default " + field.defaultText;
         if (!field.example.empty()) facts += ", example " + field.example;
     }
-    std::string const indent = "\n" + std::string(width + 4, ' ');
+    std::string indent(width + 5, ' ');
+    indent.front() = '\n';
     std::string text = "  " + field.name + std::string(width + 2 - field.name.size(), ' ') + facts;
     text += indent + field.help;
     if (!field.choices.empty() && field.type != "switch")

@@ -11,7 +11,7 @@ void AddPart(EffectArgument& argument, std::string_view part) {
     auto& parameters = argument.parameters;
     std::size_t const equals = part.find('=');
     if (equals == std::string_view::npos && !parameters.empty()) {
-        parameters.back().value += "," + std::string(part);
+        parameters.back().value.append(",").append(part);
         return;
     }
     if (equals == std::string_view::npos || equals == 0)

@@ -52,7 +52,9 @@ std::string SuggestNearest(std::string_view typed, std::vector<std::string> cons
 std::string JoinAlternatives(std::vector<std::string> const& names, std::string_view conjunction) {
     std::string text;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0) text += i + 1 == names.size() ? " " + std::string(conjunction) + " " : ", ";
+        bool const isLast = i + 1 == names.size();
+        if (i > 0 && !isLast) text.append(", ");
+        if (i > 0 && isLast) text.append(" ").append(conjunction).append(" ");
         text += names[i];
     }
     return text;
