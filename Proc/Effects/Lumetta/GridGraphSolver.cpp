@@ -222,24 +222,9 @@ void GridGraphSolver::Fail(std::exception_ptr const& cause) noexcept {
     failed.store(true, std::memory_order_relaxed);
 }
 
-namespace {
-
-class Permit {
-public:
-    explicit Permit(std::counting_semaphore<>& semaphore) : permits(semaphore) { permits.acquire(); }
-    Permit(Permit const&) = delete;
-    Permit& operator=(Permit const&) = delete;
-    ~Permit() { permits.release(); }
-
-private:
-    std::counting_semaphore<>& permits;
-};
-
-} // namespace
-
 void GridGraphSolver::SolveRegions(Kernels::GridTrees& trees) {
     for (;;) {
-        Permit const permit(processors);
+        WorkPermits::Holder const permit(processors);
         if (IsStopped()) return;
         std::uint32_t const region = nextRegion.fetch_add(1, std::memory_order_relaxed);
         if (region >= layout.GetRegionsCount()) return;
@@ -257,7 +242,7 @@ void GridGraphSolver::SolveRegions(Kernels::GridTrees& trees) {
 
 void GridGraphSolver::MergeRegions(Kernels::GridTrees& trees) {
     for (;;) {
-        Permit const permit(processors);
+        WorkPermits::Holder const permit(processors);
         GridRegions::Merge merge = regions.Take([this] { return IsStopped(); });
         if (merge.records.empty()) return;
         progress->Advance(merge.records.size());

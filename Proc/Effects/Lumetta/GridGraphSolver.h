@@ -5,13 +5,13 @@
 #include "Proc/Effects/Lumetta/Kernels/GridLayout.h"
 #include "Proc/Effects/Lumetta/Kernels/GridTrees.h"
 #include "Proc/Effects/Lumetta/Kernels/ZeroBlock.h"
+#include "Proc/Effects/Lumetta/WorkPermits.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <mutex>
-#include <semaphore>
 #include <span>
 
 namespace Velnor::Proc {
@@ -98,7 +98,7 @@ private:
     std::uint16_t flow = 0;
 
     std::atomic<std::uint32_t> nextRegion{0};
-    std::counting_semaphore<> processors; ///< Permits to solve: regions beyond the processors would share their caches.
+    WorkPermits processors; ///< To solve: regions beyond the processors would share their caches.
     std::atomic<bool> failed{false};
     std::mutex errorMutex;
     std::exception_ptr error; ///< The first that a worker met.

@@ -1,0 +1,88 @@
+// Effects on a piece of a photograph, against pictures that were looked at once. Scripts/goldens makes them anew; look at
+// each before it is committed.
+
+#include "Proc/Host/Host.h"
+#include "Proc/Host/PictureFile.h"
+#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Tests/Support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <ostream>
+
+namespace Velnor::Proc {
+namespace {
+
+using namespace Testing;
+
+struct Golden {
+    std::string file;
+    std::string classId;
+    std::map<std::string, std::string> parameters;
+    int tolerance; ///< Levels that a sample may be off: conversions are the library's, which may round otherwise.
+};
+
+void PrintTo(Golden const& golden, std::ostream* out) { *out << golden.file; }
+
+class GoldenTest : public ::testing::TestWithParam<Golden> {};
+
+VideoHandle ToRgb(Host& host, DataHandle data) {
+    auto const converter =
+        host.GetFactory()->CreateOneInputEffect(SettingsColorspaceConverter::CLASS_ID, ImplNames::DEFAULT);
+    converter->SetSettings(SettingsColorspaceConverter(PixFmt::RGB24, true));
+    converter->ProcessData(data);
+    return VideoHandle(&AsVideo(data));
+}
+
+TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
+    Golden const& golden = GetParam();
+    Host host;
+    host.LoadPlugin(LUMETTA_FILE);
+    auto const effect = host.GetFactory()->CreateOneInputEffect(golden.classId, ImplNames::DEFAULT);
+    auto const settings = SettingsType::Find(golden.classId)->create();
+    for (SettingsField const& field : settings->GetType().describe())
+        if (auto const given = golden.parameters.find(field.name); given != golden.parameters.end())
+            field.parse(*settings, given->second);
+    effect->SetSettings(*settings);
+
+    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/Samples/chelsea.png", *host.GetContext());
+    DataHandle data = photo.picture->MakePart({100, 60, 121, 97});
+    effect->ProcessData(data);
+    VideoHandle const result = ToRgb(host, data);
+
+    std::string const path = VELNOR_SOURCE_DIR "/Tests/golden/" + golden.file + ".png";
+    if (std::getenv("VELNOR_REFRESH_GOLDENS") != nullptr) {
+        WritePicture(path, *result, nullptr, {.overwrite = true});
+        GTEST_SKIP() << path << " was made anew";
+    }
+    VideoHandle const expected = ToRgb(host, ReadPicture(path, *host.GetContext()).picture);
+    ASSERT_EQ(result->GetFrameFormat(), expected->GetFrameFormat());
+    std::vector<unsigned char> const got = Samples(*result);
+    std::vector<unsigned char> const wanted = Samples(*expected);
+    int worst = 0;
+    for (std::size_t i = 0; i < got.size(); ++i) worst = std::max(worst, std::abs(got[i] - wanted[i]));
+    EXPECT_LE(worst, golden.tolerance);
+}
+
+std::string TestName(::testing::TestParamInfo<Golden> const& golden) {
+    std::string name = golden.param.file;
+    std::ranges::replace(name, '-', '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Effects, GoldenTest,
+    ::testing::Values(Golden{"white-balance", "SettingsEffectWhiteBalance", {{"reference", "#b39c96"}}, 0},
+                      Golden{"pixelate", "SettingsEffectPixelate", {{"strength", "60"}}, 1},
+                      Golden{"tint-temperature", "SettingsEffectTintTemperature", {{"temperature", "20"}}, 2},
+                      Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
+                      Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
+                      Golden{"gradient", "SettingsEffectGradient", {}, 2}),
+    TestName);
+
+} // namespace
+} // namespace Velnor::Proc
