@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Core/Export.h"
+
 #include <array>
 #include <cstddef>
 
@@ -13,10 +15,10 @@ struct BlendShape {
 
 /// first[k] = (a second[k] + (255 - a) first[k] + 127) / 255, exactly, for the blended bytes k of every pixel, `a` being
 /// the pixel's alpha. The rows may have any alignment and share no byte.
-void BlendPixels(unsigned char* first, unsigned char const* second, unsigned char const* alpha, std::size_t pixels,
-                 BlendShape const& shape);
+VELNOR_API void BlendPixels(unsigned char* first, unsigned char const* second, unsigned char const* alpha,
+                            std::size_t pixels, BlendShape const& shape);
 
 /// alpha[x] = (alpha[x] constant + 127) / 255.
-void MultiplyAlpha(unsigned char* alpha, std::size_t pixels, unsigned char constant);
+VELNOR_API void MultiplyAlpha(unsigned char* alpha, std::size_t pixels, unsigned char constant);
 
 } // namespace Velnor::Proc::Kernels
