@@ -18,7 +18,7 @@ namespace Velnor::Proc {
 namespace {
 
 Kernels::Table BalanceTable(int gamma, int brightness) {
-    double const exponent = std::exp2(-gamma / 50.0);
+    double const exponent = std::exp2(static_cast<double>(gamma) / -50.0);
     Kernels::Table table{};
     for (std::size_t i = 0; i < table.size(); ++i) {
         // Black stays black at every gamma, also at those where the power of 0 would be 1.
@@ -42,7 +42,14 @@ public:
         : EffectBaseCSC(effectFactory, effectContext, ImplNames::DEFAULT) {}
 
     bool ConvertBack() const override { return true; }
-    std::vector<PixFmt> const& GetSupportedFormats() const override { return SeparateFormats(true); }
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return StandInFormats(); }
+
+    void ProcessInternal(DataHandle& data) override {
+        if (IsPackedLuma(data->GetDescription()))
+            EffectBaseCSC::ProcessInternal(data);
+        else
+            ProcessInternalCSC(data);
+    }
 
     void ProcessInternalCSC(DataHandle& data) override {
         Kernels::Table const table = BalanceTable(settings.GetGamma(), settings.GetBrightness());

@@ -59,14 +59,18 @@ public:
         : EffectBaseCSC(effectFactory, effectContext, ImplNames::DEFAULT) {}
 
     bool ConvertBack() const override { return true; }
-    std::vector<PixFmt> const& GetSupportedFormats() const override { return SeparateFormats(false); }
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return StandInFormats(); }
 
     void ProcessInternal(DataHandle& data) override {
         int const mode = settings.GetPadMode();
         if (mode < SettingsEffectPad::COLOR || mode > SettingsEffectPad::MIRROR)
             VELNOR_THROW(EffectException,
                          "The pad mode is " + std::to_string(mode) + "; there are 0 (color), 1 (edge) and 2 (mirror).");
-        EffectBaseCSC::ProcessInternal(data);
+        PixFmtDescription const& format = data->GetDescription();
+        if (IsPackedLuma(format) || format.model == ColorModel::Palette)
+            EffectBaseCSC::ProcessInternal(data);
+        else
+            ProcessInternalCSC(data);
     }
 
     void ProcessInternalCSC(DataHandle& data) override {

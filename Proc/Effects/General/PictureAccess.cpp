@@ -3,18 +3,6 @@
 #include "Proc/Effects/General/Kernels/ChromaMean.h"
 
 namespace Velnor::Proc {
-namespace {
-
-std::vector<PixFmt> ListSeparate(bool withPalette) {
-    std::vector<PixFmt> formats;
-    for (PixFmtDescription const& format : PixFmtDescription::GetAll())
-        if (!IsPackedLuma(format) && (withPalette || format.model != ColorModel::Palette))
-            formats.push_back(format.format);
-    return formats;
-}
-
-} // namespace
-
 IDataVideo& OwnPicture(DataHandle& data) {
     IDataVideo& picture = AsVideo(data);
     if (data->GetRefCount() == 1) return picture;
@@ -22,10 +10,9 @@ IDataVideo& OwnPicture(DataHandle& data) {
     return AsVideo(data);
 }
 
-std::vector<PixFmt> const& SeparateFormats(bool withPalette) {
-    static std::vector<PixFmt> const all = ListSeparate(true);
-    static std::vector<PixFmt> const withoutPalette = ListSeparate(false);
-    return withPalette ? all : withoutPalette;
+std::vector<PixFmt> const& StandInFormats() {
+    static std::vector<PixFmt> const formats{PixFmt::YUV411P, PixFmt::YUV422P, PixFmt::RGBA};
+    return formats;
 }
 
 bool IsPackedLuma(PixFmtDescription const& format) {

@@ -11,9 +11,9 @@ namespace Velnor::Proc {
 /// when the handle holds no picture.
 IDataVideo& OwnPicture(DataHandle& data);
 
-/// Every format but those that interleave luma with subsampled chroma, which have planar twins of the same bytes.
-/// `withPalette` says whether palette pictures are among them.
-std::vector<PixFmt> const& SeparateFormats(bool withPalette);
+/// The formats in which pictures are handled whose planes do not hold one kind of sample each (those that interleave
+/// luma with subsampled chroma, and palettes), in an order in which each finds the one that loses nothing of it.
+std::vector<PixFmt> const& StandInFormats();
 
 /// Whether luma and subsampled chroma are interleaved in one plane.
 bool IsPackedLuma(PixFmtDescription const& format);

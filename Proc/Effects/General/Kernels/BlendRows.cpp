@@ -46,7 +46,8 @@ VELNOR_INLINE void Blend(unsigned char* first, unsigned char const* second, unsi
                          std::size_t pixels, BlendShape const& shape) {
     switch (shape.pixelBytes) {
     case 1:
-        return BlendBytes(first, second, alpha, pixels);
+        if (shape.mask[0] != 0) BlendBytes(first, second, alpha, pixels);
+        return;
     case 2:
         return BlendWide<2>(first, second, alpha, pixels, shape.mask);
     case 3:
