@@ -2,37 +2,20 @@
 //
 #include "Proc/Effects/General/FormatChoice.h"
 #include "Proc/Effects/General/FormatConverter.h"
+#include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 namespace Velnor::Proc {
 namespace {
 
-/// Extra alpha at the resolution of the chroma planes: the mean over each chroma sample's area.
-std::vector<unsigned char> ShrinkToChroma(ConstPlane const& mask, FrameFormat const& frame, std::uint64_t across,
-                                          std::uint64_t down) {
-    std::vector<unsigned char> means;
-    for (std::uint64_t top = 0; top < frame.height; top += down)
-        for (std::uint64_t left = 0; left < frame.width; left += across) {
-            std::uint64_t const right = std::min<std::uint64_t>(left + across, frame.width);
-            std::uint64_t const bottom = std::min<std::uint64_t>(top + down, frame.height);
-            std::uint64_t sum = 0;
-            for (std::uint64_t y = top; y < bottom; ++y)
-                for (std::uint64_t x = left; x < right; ++x) sum += mask.GetRow(y)[x];
-            std::uint64_t const area = (right - left) * (bottom - top);
-            means.push_back(static_cast<unsigned char>((sum + area / 2) / area));
-        }
-    return means;
-}
-
 /// The chroma plane of extra alpha keeps its samples where the chroma resolution stays; else it is made anew from the
 /// full plane, and dropped when there is none.
-void CarryExtraAlpha(IDataVideo const& source, IDataVideo& target) {
+void CarryExtraAlpha(IEffectContext& context, IDataVideo const& source, IDataVideo& target) {
     ConstPlane const full = source.GetExtraAlpha(0);
     ConstPlane const chroma = source.GetExtraAlpha(1);
     if (!full.IsEmpty()) target.SetPlane(0, full);
@@ -42,12 +25,8 @@ void CarryExtraAlpha(IDataVideo const& source, IDataVideo& target) {
     if (from.chromaShiftX == to.chromaShiftX && from.chromaShiftY == to.chromaShiftY) {
         target.SetPlane(1, chroma);
     } else if (!full.IsEmpty()) {
-        FrameFormat const frame = source.GetFrameFormat();
-        auto const across = std::uint64_t{1} << to.chromaShiftX;
-        auto const down = std::uint64_t{1} << to.chromaShiftY;
-        std::vector<unsigned char> const means = ShrinkToChroma(full, frame, across, down);
-        std::uint64_t const width = (frame.width + across - 1) / across;
-        target.SetPlane(1, {means.data(), static_cast<std::int64_t>(width), width, means.size() / width});
+        VideoHandle const means = MakeChromaMask(context, full, to);
+        target.SetPlane(1, std::as_const(*means).GetPlane(0));
     }
 }
 
@@ -70,7 +49,7 @@ public:
         VideoHandle const result = converter.Convert(picture, format);
         if (settings.IsKeepExtras()) {
             result->CopyAttributes(picture);
-            CarryExtraAlpha(picture, *result);
+            CarryExtraAlpha(*context, picture, *result);
         }
         data = result;
     }

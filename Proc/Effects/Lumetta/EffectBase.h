@@ -131,12 +131,13 @@ public:
             std::int64_t const duration = data->GetDuration();
             std::int64_t const timeStamp = data->GetTimeStamp();
             ProcessInternal(data);
+            if (data == nullptr) return;
             data->SetDuration(duration);
             data->SetTimeStamp(timeStamp);
         });
     }
 
-    /// The effect's work: in place, or by replacing the handle.
+    /// The effect's work: in place, or by replacing the handle, with null where there is no result.
     virtual void ProcessInternal(intrusive_ptr<IData>& data) = 0;
 };
 

@@ -12,8 +12,9 @@ namespace Velnor::Proc {
 template <class Interface, class SettingsClass>
 class EffectBaseCSC : public EffectBaseOneInput<Interface, SettingsClass> {
 public:
-    EffectBaseCSC(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseOneInput<Interface, SettingsClass>(effectFactory, effectContext),
+    EffectBaseCSC(FactoryHandle const& effectFactory, ContextHandle const& effectContext,
+                  std::string const& implementation = ImplNames::VELNOR)
+        : EffectBaseOneInput<Interface, SettingsClass>(effectFactory, effectContext, implementation),
           outputConverter(this->template MakeOneInput<SettingsColorspaceConverter>()) {}
 
     /// The effect's work on a picture in one of the supported formats.

@@ -1,12 +1,14 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
+#include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
@@ -32,11 +34,13 @@ constexpr RegisterOperation TWO_INPUT = &IEffectRegistry::RegisterTwoInputEffect
 void Registrator(IEffectRegistry* registry) {
     // The order is part of the contract: by settings class, with a few exceptions that hosts know.
     Registration const registrations[] = {
+        {SettingsEffectBiColorToning::CLASS_ID, ONE_INPUT, CreateBiColorToning},
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
+        {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},

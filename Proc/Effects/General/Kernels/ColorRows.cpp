@@ -1,0 +1,73 @@
+#include "Proc/Effects/General/Kernels/ColorRows.h"
+
+#include <algorithm>
+
+namespace Velnor::Proc::Kernels {
+namespace {
+
+/// BT.601, weights in 1/256 that sum to 1: a grey is its own luma.
+inline int Luma(int red, int green, int blue) { return (77 * red + 150 * green + 29 * blue + 128) >> 8; }
+
+inline unsigned char Clamp(int level) { return static_cast<unsigned char>(std::clamp(level, 0, 255)); }
+
+constexpr int FRACTION_BITS = 16;
+
+/// A row of pixels of `Bytes` bytes, red at byte `Red`.
+template <unsigned int Bytes, unsigned int Red>
+void VibranceRow(unsigned char* row, std::size_t pixels, int factor) {
+    for (std::size_t x = 0; x < pixels; ++x) {
+        unsigned char* const pixel = row + x * Bytes;
+        int const red = pixel[Red];
+        int const green = pixel[1];
+        int const blue = pixel[2 - Red];
+        int const luma = Luma(red, green, blue);
+        int const spread = std::max(std::max(red, green), blue) - std::min(std::min(red, green), blue);
+        int const weight = factor * (255 - spread);
+        constexpr int HALF = 1 << (FRACTION_BITS - 1);
+        pixel[Red] = Clamp(red + (((red - luma) * weight + HALF) >> FRACTION_BITS));
+        pixel[1] = Clamp(green + (((green - luma) * weight + HALF) >> FRACTION_BITS));
+        pixel[2 - Red] = Clamp(blue + (((blue - luma) * weight + HALF) >> FRACTION_BITS));
+    }
+}
+
+template <unsigned int Bytes, unsigned int Red>
+void TonesRow(unsigned char* row, std::size_t pixels, ToneTable const& tones) {
+    for (std::size_t x = 0; x < pixels; ++x) {
+        unsigned char* const pixel = row + x * Bytes;
+        auto const& tone = tones[static_cast<std::size_t>(Luma(pixel[Red], pixel[1], pixel[2 - Red]))];
+        for (unsigned int k = 0; k < 3; ++k) pixel[k] = Clamp(pixel[k] + tone[k]);
+    }
+}
+
+/// Calls `work<pixel bytes, byte of red>(row, pixels)` for each row.
+template <class Work>
+void ForEachRow(MutablePlane const& plane, PackedRgb const& format, Work const& work) {
+    std::size_t const pixels = plane.GetWidth() / format.pixelBytes;
+    for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
+        unsigned char* const row = plane.GetRow(y);
+        if (format.pixelBytes == 3)
+            format.isBlueFirst ? work.template operator()<3, 2>(row, pixels)
+                               : work.template operator()<3, 0>(row, pixels);
+        else
+            format.isBlueFirst ? work.template operator()<4, 2>(row, pixels)
+                               : work.template operator()<4, 0>(row, pixels);
+    }
+}
+
+} // namespace
+
+void ApplyVibrance(MutablePlane const& plane, PackedRgb const& format, int strength) {
+    // |c - luma| * weight stays below 255 * 255 * 258 < 2^24.
+    int const factor = (strength * (1 << FRACTION_BITS)) / (100 * 255);
+    ForEachRow(plane, format, [&]<unsigned int Bytes, unsigned int Red>(unsigned char* row, std::size_t pixels) {
+        VibranceRow<Bytes, Red>(row, pixels, factor);
+    });
+}
+
+void AddTones(MutablePlane const& plane, PackedRgb const& format, ToneTable const& tones) {
+    ForEachRow(plane, format, [&]<unsigned int Bytes, unsigned int Red>(unsigned char* row, std::size_t pixels) {
+        TonesRow<Bytes, Red>(row, pixels, tones);
+    });
+}
+
+} // namespace Velnor::Proc::Kernels

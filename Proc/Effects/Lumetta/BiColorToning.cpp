@@ -1,0 +1,93 @@
+// BiColorToning: tints the picture with two colours.
+//
+//     split toning, back to the input's format -> half and half with the input -> vibrance 50 -> brightness +10
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectBiColorToning.h"
+#include "Proc/Settings/SettingsEffectColorBalance.h"
+#include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/Settings/SettingsEffectSplitToning.h"
+#include "Proc/Settings/SettingsEffectVibrance.h"
+
+namespace Velnor::Proc {
+namespace {
+
+SettingsEffectImageBlender HalfAndHalf() {
+    SettingsEffectImageBlender blend;
+    blend.SetAlpha(127);
+    return blend;
+}
+
+SettingsEffectColorBalance LittleBrighter() {
+    SettingsEffectColorBalance balance;
+    balance.SetBrightness(10);
+    return balance;
+}
+
+SettingsEffectVibrance MoreVivid() {
+    SettingsEffectVibrance vivid;
+    vivid.SetStrength(50);
+    return vivid;
+}
+
+} // namespace
+
+class BiColorToning : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectBiColorToning> {
+public:
+    BiColorToning(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          blender(MakeTwoInput(HalfAndHalf())),
+          brightness(MakeOneInput(LittleBrighter())),
+          splitToning(MakeOneInput(GetTones())),
+          vibrance(MakeOneInput(MoreVivid())),
+          backConverter(MakeOneInput<SettingsColorspaceConverter>()) {}
+
+    using EffectBaseOneInput::SetSettings;
+
+    void SetSettings(SettingsEffectBiColorToning const& next) override {
+        EffectBaseOneInput::SetSettings(next);
+        splitToning->SetSettings(GetTones());
+    }
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        ConfigureBack(data->GetPixFmt());
+        // A copy, which costs nothing until it is written: the input is needed as it was.
+        DataHandle toned = AsVideo(data).MakeCopy(CopyMode::Value);
+        splitToning->ProcessData(toned);
+        backConverter->ProcessData(toned);
+        blender->ProcessData(toned, data);
+        vibrance->ProcessData(toned);
+        brightness->ProcessData(toned);
+        data = toned;
+    }
+
+private:
+    /// The two tones as they are.
+    SettingsEffectSplitToning GetTones() const {
+        SettingsEffectSplitToning tones;
+        tones.SetShadowColor(settings.GetShadowColor());
+        tones.SetHighlightColor(settings.GetHighlightColor());
+        return tones;
+    }
+
+    void ConfigureBack(PixFmt format) {
+        if (format == lastFormat) return;
+        lastFormat = PixFmt::NONE;
+        backConverter->SetSettings(SettingsColorspaceConverter(format, true));
+        lastFormat = format;
+    }
+
+    intrusive_ptr<ITwoInputEffectVideo> blender;
+    intrusive_ptr<IOneInputEffectVideo> brightness;
+    intrusive_ptr<IOneInputEffectVideo> splitToning;
+    intrusive_ptr<IOneInputEffectVideo> vibrance;
+    intrusive_ptr<IOneInputEffectVideo> backConverter;
+    PixFmt lastFormat = PixFmt::NONE; ///< That the back converter is configured for.
+};
+
+intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<BiColorToning>(factory, context);
+}
+
+} // namespace Velnor::Proc
