@@ -34,7 +34,7 @@ inline SamplePlace FindSample(PixFmtDescription const& format, ComponentPlace pl
     PlaneLayout const layout = format.planes[place.plane];
     std::uint64_t byte = std::uint64_t{x >> layout.shiftX} * layout.bytes + place.offset;
     if (isLuma && layout.shiftX == 1) byte += 2 * (x & 1);
-    if (isLuma && layout.shiftX == 2) byte += std::array{0, 1, 3, 4}[x & 3];
+    if (isLuma && layout.shiftX == 2) byte += std::array{0U, 1U, 3U, 4U}[x & 3];
     return {y >> layout.shiftY, byte};
 }
 
