@@ -22,7 +22,7 @@ std::string WrapIptc(std::string const& iptc);
 
 /// A block of image resources without the thumbnail resources (1033 and 1036).
 /// What follows a damaged resource, stays as it is.
-/// Format: Adobe Photoshop File Formats Specification, "Image Resource Blocks".
+/// Format: Adobe Photoshop file formats, "Image Resource Blocks".
 std::string CleanPhotoshopResources(std::string const& block);
 
 } // namespace Velnor::Proc::Files
