@@ -4,23 +4,46 @@
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
+#include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlur.h"
+#include "Proc/Settings/SettingsEffectBlurBokeh.h"
+#include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
+#include "Proc/Settings/SettingsEffectCutter.h"
+#include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectFaceDetector.h"
+#include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
+#include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/Settings/SettingsEffectImplode.h"
+#include "Proc/Settings/SettingsEffectMidEqualizer.h"
+#include "Proc/Settings/SettingsEffectMorphology.h"
+#include "Proc/Settings/SettingsEffectNeuralBase.h"
+#include "Proc/Settings/SettingsEffectNeuralPredict.h"
+#include "Proc/Settings/SettingsEffectNoiseVideo.h"
+#include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsEffectRotate.h"
+#include "Proc/Settings/SettingsEffectShapeMask.h"
+#include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
+#include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
+#include "Proc/Settings/SettingsEffectVideoGenerator.h"
+#include "Proc/Settings/SettingsEffectVignette.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 #include "Proc/Settings/SettingsResizer.h"
 
@@ -28,15 +51,54 @@
 
 namespace Velnor::Proc {
 
-#define VELNOR_SETTINGS_CLASSES(Do)                                                                                    \
-    Do(SettingsColorspaceConverter) Do(SettingsEffectAlphaExtractor) Do(SettingsEffectAlphaInserter)                   \
-        Do(SettingsEffectBiColorToning) Do(SettingsEffectBlackWhite) Do(SettingsEffectColorBalance)                    \
-            Do(SettingsEffectColorBalanceAuto) Do(SettingsEffectCustom) Do(SettingsEffectEmpty)                        \
-                Do(SettingsEffectExtraAlphaExtractor) Do(SettingsEffectGrabCutSegmentation) Do(SettingsEffectGradient) \
-                    Do(SettingsEffectGradientPosterize) Do(SettingsEffectImageBlender) Do(SettingsEffectPad)           \
-                        Do(SettingsEffectPixelate) Do(SettingsEffectPosterize) Do(SettingsEffectSplitToning)           \
-                            Do(SettingsEffectTintTemperature) Do(SettingsEffectVibrance)                               \
-                                Do(SettingsEffectWhiteBalance) Do(SettingsResizer)
+// clang-format off: one a line, so that a new class is one new line
+#define VELNOR_SETTINGS_CLASSES(Do) \
+    Do(SettingsColorspaceConverter) \
+    Do(SettingsEffectAlphaExtractor) \
+    Do(SettingsEffectAlphaInserter) \
+    Do(SettingsEffectAutoEnhance) \
+    Do(SettingsEffectBiColorToning) \
+    Do(SettingsEffectBlackWhite) \
+    Do(SettingsEffectBlur) \
+    Do(SettingsEffectBlurBokeh) \
+    Do(SettingsEffectCLAHE) \
+    Do(SettingsEffectColorBalance) \
+    Do(SettingsEffectColorBalanceAuto) \
+    Do(SettingsEffectCustom) \
+    Do(SettingsEffectCutter) \
+    Do(SettingsEffectDirectionalAreaDeformation) \
+    Do(SettingsEffectEmpty) \
+    Do(SettingsEffectExtraAlphaExtractor) \
+    Do(SettingsEffectFaceDetector) \
+    Do(SettingsEffectGrabCut) \
+    Do(SettingsEffectGrabCutSegmentation) \
+    Do(SettingsEffectGradient) \
+    Do(SettingsEffectGradientPosterize) \
+    Do(SettingsEffectHorizonDetector) \
+    Do(SettingsEffectImageBlender) \
+    Do(SettingsEffectImplode) \
+    Do(SettingsEffectMidEqualizer) \
+    Do(SettingsEffectMorphology) \
+    Do(SettingsEffectNeuralBase) \
+    Do(SettingsEffectNeuralPredict) \
+    Do(SettingsEffectNoiseVideo) \
+    Do(SettingsEffectOilPaint) \
+    Do(SettingsEffectPad) \
+    Do(SettingsEffectPixelate) \
+    Do(SettingsEffectPosterize) \
+    Do(SettingsEffectRemapping) \
+    Do(SettingsEffectRotate) \
+    Do(SettingsEffectShapeMask) \
+    Do(SettingsEffectSmartBlur) \
+    Do(SettingsEffectSplitToning) \
+    Do(SettingsEffectTiltShift) \
+    Do(SettingsEffectTintTemperature) \
+    Do(SettingsEffectVibrance) \
+    Do(SettingsEffectVideoGenerator) \
+    Do(SettingsEffectVignette) \
+    Do(SettingsEffectWhiteBalance) \
+    Do(SettingsResizer)
+// clang-format on
 
 #define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
 VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)

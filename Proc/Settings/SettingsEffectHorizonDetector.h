@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Proc/Interfaces/SettingsFields.h"
+#include "Proc/Settings/SettingsEffectNeuralBase.h"
+
+namespace Velnor::Proc {
+
+/// Settings of HorizonDetector, and its verdict.
+class VELNOR_API SettingsEffectHorizonDetector final : public SettingsOf<SettingsEffectHorizonDetector> {
+public:
+    /// The network that is installed with the host.
+    static SettingsEffectNeuralBase DefaultNetwork() {
+        SettingsEffectNeuralBase network;
+        network.SetModel("horizon.onnx");
+        return network;
+    }
+
+    VELNOR_SETTINGS(SettingsEffectHorizonDetector, "Says whether the picture shows a horizon.")
+    VELNOR_FIELD(SettingsEffectNeuralBase, Neural, DefaultNetwork(), "the network; its second score is the horizon's")
+    VELNOR_FIELD_AS(HasHorizon, bool, HasHorizon, false, "whether there is a horizon", Output())
+    VELNOR_SETTINGS_END
+};
+
+} // namespace Velnor::Proc

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Proc/Interfaces/SettingsFields.h"
+
+namespace Velnor::Proc {
+
+/// What a neural network is and how a picture is handed to it. Part of the settings of the effects that run one.
+class VELNOR_API SettingsEffectNeuralBase final : public SettingsOf<SettingsEffectNeuralBase> {
+public:
+    enum ChannelOrder : int { RGB = 0, BGR = 1 };
+
+    VELNOR_SETTINGS(SettingsEffectNeuralBase, "A neural network and its input.")
+    VELNOR_FIELD(std::string, Model, "",
+                 "ONNX file of the network; a name without a folder is looked for among the "
+                 "installed networks",
+                 Example("horizon.onnx"))
+    VELNOR_FIELD(FrameFormat, InputSize, FrameFormat(64, 64, 1, 1), "size of the network's input", Unit("pixels"),
+                 Example("64x64"))
+    VELNOR_FIELD(ChannelOrder, ChannelOrder, RGB, "order of the components")
+    VELNOR_FIELD(double, Mean, 127.5, "taken from each sample", Unit("levels"), Range(0, 255))
+    VELNOR_FIELD(double, Scale, 127.5, "what the difference is divided by", Unit("levels"), Range(0.001, 255))
+    VELNOR_SETTINGS_END
+};
+
+template <>
+struct EnumNames<SettingsEffectNeuralBase::ChannelOrder> {
+    using S = SettingsEffectNeuralBase;
+    static constexpr std::array<EnumName<S::ChannelOrder>, 2> VALUES{{{S::RGB, "rgb"}, {S::BGR, "bgr"}}};
+};
+
+} // namespace Velnor::Proc
