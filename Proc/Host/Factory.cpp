@@ -12,14 +12,21 @@ namespace {
 
 using Registrations = std::vector<Registration>;
 
-/// The implementation of that name. The default one is whatever goes by that name, else the first.
+/// The implementation of that name. The default one is whatever goes by that name, else the framework's own, else the
+/// first.
 Registration const* Choose(Registrations const& ofClass, std::string const& implName, std::optional<EffectKind> kind) {
     auto const isOfKind = [&](Registration const& entry) { return !kind || entry.effect.kind == *kind; };
     auto const isNamed = [&](Registration const& entry) {
         return isOfKind(entry) && entry.effect.implName == implName;
     };
+    auto const isOwn = [&](Registration const& entry) {
+        return isOfKind(entry) && entry.effect.implName == ImplNames::VELNOR;
+    };
     auto found = std::ranges::find_if(ofClass, isNamed);
-    if (found == ofClass.end() && implName == ImplNames::DEFAULT) found = std::ranges::find_if(ofClass, isOfKind);
+    if (implName == ImplNames::DEFAULT) {
+        if (found == ofClass.end()) found = std::ranges::find_if(ofClass, isOwn);
+        if (found == ofClass.end()) found = std::ranges::find_if(ofClass, isOfKind);
+    }
     return found == ofClass.end() ? nullptr : &*found;
 }
 

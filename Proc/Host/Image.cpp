@@ -3,6 +3,7 @@
 #include "Proc/Host/FillPlane.h"
 #include "Proc/Interfaces/ProcException.h"
 
+#include <algorithm>
 #include <atomic>
 #include <string>
 #include <utility>
@@ -225,6 +226,22 @@ VideoHandle Image::MakeCopy(CopyMode mode) const {
         copy.duration = 0;
     }
     return MakeShared<Image>(std::move(copy));
+}
+
+void Image::Relabel(PixFmt format) {
+    PixFmtDescription const& next = FindFormat(format);
+    PixFmtDescription const& current = *state.description;
+    auto const isAlike = [](PlaneLayout const& a, PlaneLayout const& b) {
+        return a.bytes == b.bytes && a.shiftX == b.shiftX && a.shiftY == b.shiftY;
+    };
+    bool const areAlike =
+        next.planesCount == current.planesCount && next.chromaShiftX == current.chromaShiftX &&
+        next.chromaShiftY == current.chromaShiftY && IsPalette(next, 1) == IsPalette(current, 1) &&
+        std::equal(next.planes.begin(), next.planes.begin() + next.planesCount, current.planes.begin(), isAlike);
+    if (!areAlike)
+        VELNOR_THROW(ProcException, "A picture in format " + std::string(current.name) + " cannot be read as " +
+                                        std::string(next.name) + ": its planes are others.");
+    state.description = &next;
 }
 
 } // namespace Velnor::Proc

@@ -68,6 +68,7 @@ public:
     VideoHandle MakePart(Rectangle const& part) const override;
     void Detach() override;
     VideoHandle MakeCopy(CopyMode mode) const override;
+    void Relabel(PixFmt format) override;
 
     static constexpr std::uint32_t MAX_SIDE = 1U << 20; ///< Pixels.
 

@@ -81,6 +81,10 @@ public:
 
     /// 26th. A new picture with the same content.
     virtual intrusive_ptr<IDataVideo> MakeCopy(CopyMode mode) const = 0;
+
+    /// 27th. Calls the samples by another format whose planes are laid out alike (rgb24 and bgr24, rgba and rgb0): no
+    /// sample is touched. Throws ProcException, changing nothing, for a format whose planes differ.
+    virtual void Relabel(PixFmt format) = 0;
 };
 
 using DataHandle = intrusive_ptr<IData>;

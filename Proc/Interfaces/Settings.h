@@ -40,6 +40,8 @@ struct SettingsField {
     /// Sets the field from text. Throws SettingsTextException, changing nothing, for text that is not of the type or
     /// outside the range.
     std::function<void(Settings&, std::string_view)> parse;
+    /// As `parse`, but takes numbers outside the range, as the setters do.
+    std::function<void(Settings&, std::string_view)> parseAny;
     std::function<std::string(Settings const&)> print;
 };
 

@@ -109,9 +109,10 @@ std::vector<SettingsField> DescribeField(FieldType field) {
         for (SettingsField inner : Value::StaticType().describe()) {
             bool const hasExample = inner.example != inner.defaultText;
             inner.name = name + "." + inner.name;
-            inner.parse = [field, parse = inner.parse](Settings& settings, std::string_view text) {
-                parse(static_cast<Owner&>(settings).*field.member, text);
-            };
+            for (auto* parse : {&inner.parse, &inner.parseAny})
+                *parse = [field, inside = *parse](Settings& settings, std::string_view text) {
+                    inside(static_cast<Owner&>(settings).*field.member, text);
+                };
             inner.print = [field, print = inner.print](Settings const& settings) {
                 return print(static_cast<Owner const&>(settings).*field.member);
             };
@@ -131,11 +132,14 @@ std::vector<SettingsField> DescribeField(FieldType field) {
         if constexpr (requires { TextForm<Value>::Choices(); }) one.choices = TextForm<Value>::Choices();
         one.defaultText = TextForm<Value>::Print(Owner().*field.member);
         one.example = field.example.empty() ? one.defaultText : std::string(field.example);
-        one.parse = [field](Settings& settings, std::string_view text) {
+        one.parseAny = [field](Settings& settings, std::string_view text) {
+            static_cast<Owner&>(settings).*field.member = TextForm<Value>::Parse(text);
+        };
+        one.parse = [field, take = one.parseAny](Settings& settings, std::string_view text) {
             // Before the type's own limits, so that the message names the range that a person may use.
             if constexpr (std::is_arithmetic_v<Value>)
                 if (field.range) CheckRange(text, *field.range);
-            static_cast<Owner&>(settings).*field.member = TextForm<Value>::Parse(text);
+            take(settings, text);
         };
         one.print = [field](Settings const& settings) {
             return TextForm<Value>::Print(static_cast<Owner const&>(settings).*field.member);

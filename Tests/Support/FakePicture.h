@@ -16,8 +16,8 @@ public:
     static constexpr std::int64_t PADDING = 5;
 
     FakePicture(PixFmt format, std::uint32_t width, std::uint32_t height)
-        : description(*PixFmtDescription::Find(format)), frame(Proc::FrameFormat::Square(width, height)) {
-        for (unsigned char i = 0; i < description.planesCount; ++i)
+        : description(PixFmtDescription::Find(format)), frame(Proc::FrameFormat::Square(width, height)) {
+        for (unsigned char i = 0; i < description->planesCount; ++i)
             samples[i].assign(static_cast<std::size_t>(Stride(i) * (Rows(i) + 2)), GUARD);
     }
 
@@ -37,7 +37,7 @@ public:
     }
 
     bool AreGuardsWhole() const {
-        for (unsigned char i = 0; i < description.planesCount; ++i) {
+        for (unsigned char i = 0; i < description->planesCount; ++i) {
             std::vector<unsigned char> rest = samples[i];
             for (std::int64_t y = 1; y <= Rows(i); ++y) std::fill_n(rest.begin() + y * Stride(i), Width(i), GUARD);
             if (std::ranges::any_of(rest, [](unsigned char byte) { return byte != GUARD; })) return false;
@@ -57,19 +57,20 @@ public:
         duration = source.GetDuration();
     }
     bool IsShared() const override { return false; }
-    bool HasAlpha() const override { return description.hasAlpha; }
+    bool HasAlpha() const override { return description->hasAlpha; }
     Proc::FrameFormat const& GetFrameFormat() const override { return frame; }
     void SetAspect(std::uint32_t numerator, std::uint32_t denominator) override {
         frame.aspectNumerator = numerator;
         frame.aspectDenominator = denominator;
     }
-    PixFmtDescription const& GetDescription() const override { return description; }
-    PixFmt GetPixFmt() const override { return description.format; }
+    PixFmtDescription const& GetDescription() const override { return *description; }
+    PixFmt GetPixFmt() const override { return description->format; }
     Proc::Rectangle GetRectangle() const override { return {0, 0, frame.width, frame.height}; }
     void SetRectangle(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) override {}
     void SetPlane(unsigned char, Proc::ConstPlane const&) override {}
     Proc::ConstPlane GetExtraAlpha(unsigned char) const override { return {}; }
     void DropExtraAlpha() override {}
+    void Relabel(PixFmt format) override { description = PixFmtDescription::Find(format); }
     Proc::MutablePlane GetMutablePlane(unsigned char index) override {
         return {samples[index].data() + Stride(index), Stride(index), static_cast<std::uint64_t>(Width(index)),
                 static_cast<std::uint64_t>(Rows(index))};
@@ -84,7 +85,7 @@ public:
     }
     void Detach() override {}
     intrusive_ptr<Proc::IDataVideo> MakeCopy(Proc::CopyMode) const override {
-        auto copy = MakeShared<FakePicture>(description.format, frame.width, frame.height);
+        auto copy = MakeShared<FakePicture>(description->format, frame.width, frame.height);
         copy->frame = frame;
         copy->samples = samples;
         copy->CopyAttributes(*this);
@@ -93,14 +94,14 @@ public:
 
 private:
     std::int64_t Width(unsigned char index) const {
-        return description.GetPlanWidthSize(static_cast<int>(frame.width), index);
+        return description->GetPlanWidthSize(static_cast<int>(frame.width), index);
     }
     std::int64_t Rows(unsigned char index) const {
-        return description.GetPlanHeight(static_cast<int>(frame.height), index);
+        return description->GetPlanHeight(static_cast<int>(frame.height), index);
     }
     std::int64_t Stride(unsigned char index) const { return Width(index) + PADDING; }
 
-    PixFmtDescription const& description;
+    PixFmtDescription const* description;
     Proc::FrameFormat frame;
     std::array<std::vector<unsigned char>, 4> samples;
     std::int64_t timeStamp = 0;

@@ -37,8 +37,11 @@ void LoadPlugins(Proc::Host& host, std::vector<std::string> const& plugins) {
 } // namespace
 
 Proc::RegisteredEffect const& CatalogueEntry::GetDefault() const {
-    auto const found = std::ranges::find(implementations, Proc::ImplNames::DEFAULT, &Proc::RegisteredEffect::implName);
-    return found == implementations.end() ? implementations.front() : *found;
+    for (std::string const& name : {Proc::ImplNames::DEFAULT, Proc::ImplNames::VELNOR}) {
+        auto const found = std::ranges::find(implementations, name, &Proc::RegisteredEffect::implName);
+        if (found != implementations.end()) return *found;
+    }
+    return implementations.front();
 }
 
 EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins) : host(std::make_unique<Proc::Host>()) {

@@ -1,8 +1,10 @@
 #include "Proc/Effects/General/FormatConverter.h"
 
+#include "Proc/Effects/General/Kernels/ByteOrder.h"
 #include "Proc/Effects/General/SampleMove.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 namespace Velnor::Proc {
@@ -34,6 +36,18 @@ PixFmt WithoutAlpha(PixFmt format) {
     default:
         return format;
     }
+}
+
+/// How the bytes of a pixel move between two packed formats of as many bytes; none when the target needs a byte that the
+/// source does not have (alpha), or has one that the target does not define (the fourth of rgb0).
+std::optional<Kernels::ByteOrder> FindByteOrder(PixFmtDescription const& from, PixFmtDescription const& to) {
+    bool const isPermutation = IsPackedRgb(from) && IsPackedRgb(to) && from.planes[0].bytes == to.planes[0].bytes &&
+                               from.hasAlpha == to.hasAlpha && (from.hasAlpha || from.planes[0].bytes == 3);
+    if (!isPermutation) return std::nullopt;
+    Kernels::ByteOrder order{};
+    for (std::size_t i = 0; i < 3; ++i) order.at(to.components[i].offset) = from.components[i].offset;
+    if (to.hasAlpha) order.at(to.alpha.offset) = from.alpha.offset;
+    return order;
 }
 
 /// Whether libswscale moves these bytes faster than a loop. Left out: the formats whose fourth byte would become alpha,
@@ -95,9 +109,21 @@ VideoHandle FormatConverter::Make(IDataVideo const& source, PixFmt format) const
     return pictures->CreateImage(format, source.GetFrameFormat());
 }
 
+bool FormatConverter::ConvertInPlace(IDataVideo& picture, PixFmt target) {
+    auto const order = FindByteOrder(picture.GetDescription(), Describe(target));
+    if (!order) return false;
+    MutablePlane const plane = picture.GetMutablePlane(0);
+    Kernels::ReorderBytes(plane, plane, picture.GetDescription().planes[0].bytes, *order);
+    picture.Relabel(target);
+    return true;
+}
+
 VideoHandle FormatConverter::MoveSamples(IDataVideo const& source, PixFmt target) {
     VideoHandle const result = Make(source, target);
-    if (HasFastMove(source.GetDescription(), Describe(target))) {
+    if (auto const order = FindByteOrder(source.GetDescription(), Describe(target)))
+        Kernels::ReorderBytes(source.GetPlane(0), result->GetMutablePlane(0), source.GetDescription().planes[0].bytes,
+                              *order);
+    else if (HasFastMove(source.GetDescription(), Describe(target))) {
         scaler.Scale(SourceSide(source, source.GetPixFmt()), TargetSide(*result, target), SettingsResizer::POINT);
     } else {
         MoveColour(source, *result);

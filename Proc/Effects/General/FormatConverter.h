@@ -18,6 +18,11 @@ public:
     /// formats for a pair that cannot be converted.
     VideoHandle Convert(IDataVideo const& source, PixFmt target);
 
+    /// Changes the format of the picture itself, its only owner asking: possible when both formats pack red, green and
+    /// blue into pixels of the same bytes, and target alpha comes from the source's. Returns whether it was; else the
+    /// picture is as it was.
+    static bool ConvertInPlace(IDataVideo& picture, PixFmt target);
+
     Scaler& GetScaler() { return scaler; }
 
 private:

@@ -23,6 +23,9 @@ using OwnedImage = Owned<VipsImage>;
 /// to be unsafe on hostile files; nothing printed. Throws FileException.
 void StartVips();
 
+/// Makes the rarer kinds of file known, once, which takes longer than all of StartVips.
+void LoadRarerKinds();
+
 /// The file library's latest complaint as part of a sentence: one line, without the name of its inner part and without
 /// a full stop. Empties the list of complaints, which the library keeps for all threads together: when several fail at
 /// the same time, one may get the other's reason.

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
 #include <functional>
 #include <ostream>
 
@@ -44,7 +45,7 @@ protected:
     intrusive_ptr<IEffect> Make() const {
         return TheHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
     }
-    SettingsType const& Type() const { return *SettingsType::Find(GetParam().classId); }
+    SettingsType const& Type() const { return Make()->GetSettingsBase().GetType(); }
     std::size_t InputsCount() const { return GetParam().kind == EffectKind::TwoInput ? 2 : 1; }
 
     std::vector<DataHandle> Inputs(PixFmt format, std::uint32_t width, std::uint32_t height) const {
@@ -158,7 +159,10 @@ TEST_P(EveryEffect, WorksAtBothEndsOfEachRange) {
         for (double const end : {field.range->low, field.range->high}) {
             SCOPED_TRACE(field.name + " = " + std::to_string(end));
             auto const settings = TypicalSettings(Type());
-            field.parse(*settings, TextForm<double>::Print(end));
+            // In full, since 1e+05 is no integer.
+            char text[32];
+            auto const last = std::to_chars(text, text + sizeof text, end, std::chars_format::fixed).ptr;
+            field.parse(*settings, std::string_view(text, last));
             auto const effect = Make();
             effect->SetSettings(*settings);
             std::vector<DataHandle> copies;

@@ -39,6 +39,7 @@ TEST(VirtualOrder, Data) {
     EXPECT_EQ(position(&IDataVideo::GetMutablePlane), 21);
     EXPECT_EQ(position(&IDataVideo::GetPlane), 22);
     EXPECT_EQ(position(&IDataVideo::MakeCopy), 26);
+    EXPECT_EQ(position(&IDataVideo::Relabel), 27);
 }
 
 TEST(VirtualOrder, Context) {

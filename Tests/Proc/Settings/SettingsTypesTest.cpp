@@ -43,6 +43,7 @@ TEST(SettingsTypes, EveryFieldExplainsItselfAndTakesItsOwnTexts) {
             EXPECT_FALSE(field.type.empty());
             std::unique_ptr<Settings> const settings = type->create();
             EXPECT_EQ(field.print(*settings), field.defaultText);
+            if (field.isOutput) continue;
             EXPECT_NO_THROW(field.parse(*settings, field.defaultText)); // also says that it lies within the range
             EXPECT_EQ(field.print(*settings), field.defaultText);
             EXPECT_NO_THROW(field.parse(*settings, field.example));
@@ -54,7 +55,7 @@ TEST(SettingsTypes, EveryFieldExplainsItselfAndTakesItsOwnTexts) {
                 EXPECT_LT(field.range->low, field.range->high);
                 for (double end : {field.range->low, field.range->high}) {
                     char text[32];
-                    auto const last = std::to_chars(text, text + sizeof text, end).ptr;
+                    auto const last = std::to_chars(text, text + sizeof text, end, std::chars_format::fixed).ptr;
                     EXPECT_NO_THROW(field.parse(*settings, std::string_view(text, last)));
                 }
             }

@@ -182,6 +182,29 @@ TEST_F(ColorspaceConverterTest, NothingToDoIsTheSameObject) {
     EXPECT_EQ(Convert(picture, {}), picture);
 }
 
+/// Bytes of a pixel may change places within the picture, and only where nobody else sees them.
+TEST_F(ColorspaceConverterTest, ReordersWithinAPictureThatNobodyElseHolds) {
+    auto const converter = boost::dynamic_pointer_cast<IOneInputEffect>(effect);
+    for (auto const& [from, to] : {std::pair{PixFmt::RGB24, PixFmt::BGR24}, std::pair{PixFmt::ARGB, PixFmt::BGRA}})
+        for (std::uint32_t const width : {1U, 5U, 20U, 21U, 22U, 131U}) {
+            effect->SetSettings(SettingsColorspaceConverter(to, true));
+            DataHandle alone = MakeBars(*context, from, width, 3);
+            VideoHandle const kept = MakeBars(*context, from, width, 3);
+            unsigned char const* const samples = std::as_const(AsVideo(alone)).GetPlane(0).GetData();
+            converter->ProcessData(alone);
+            EXPECT_EQ(std::as_const(AsVideo(alone)).GetPlane(0).GetData(), samples);
+            EXPECT_EQ(AsVideo(alone).GetPixFmt(), to);
+
+            std::vector<unsigned char> const before = Samples(*kept);
+            DataHandle shared = kept;
+            converter->ProcessData(shared);
+            EXPECT_EQ(kept->GetPixFmt(), from);
+            EXPECT_EQ(Samples(*kept), before);
+            EXPECT_EQ(Samples(AsVideo(shared)), Samples(AsVideo(alone)));
+            EXPECT_EQ(LargestError(*kept, AsVideo(alone), [](auto, auto) { return true; }), 0) << width;
+        }
+}
+
 TEST_F(ColorspaceConverterTest, RefusesUnknownFormatsByCode) {
     VideoHandle const picture = MakeNoise(*context, PixFmt::RGB24, 8, 8);
     try {

@@ -1,0 +1,189 @@
+// Every effect on every size and format, with settings that people would choose and settings that nobody should: it
+// works or refuses in words, touches nothing of the caller's, and does the same again.
+
+#include "Proc/Host/Host.h"
+#include "Proc/Interfaces/SettingsText.h"
+#include "Tests/Support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+#include <ostream>
+#include <random>
+
+namespace Velnor::Proc {
+
+void PrintTo(RegisteredEffect const& effect, std::ostream* out) { *out << effect.classId << "/" << effect.implName; }
+
+namespace {
+
+using namespace Testing;
+using Bytes = std::vector<unsigned char>;
+using Random = std::minstd_rand; // Of the standard, so that a failure is the same on every machine.
+
+Host& TheHost() {
+    static Host host;
+    static bool const loaded = [] {
+        host.LoadPlugin(LUMETTA_FILE);
+        return true;
+    }();
+    (void)loaded;
+    return host;
+}
+
+double RandomBetween(Random& random, double low, double high) {
+    double const share = static_cast<double>(random() - Random::min()) / static_cast<double>(Random::max());
+    return low + share * (high - low);
+}
+
+std::string RandomNumber(Random& random, SettingsField const& field, bool isValid) {
+    constexpr std::array<double, 9> EXTREMES{0, -1, 1, -1000, 255.5, 65536, 2147483647, -2147483648.0, 1e300};
+    bool const isInteger = field.type == "integer";
+    double value = EXTREMES[random() % EXTREMES.size()];
+    if (isValid && field.range) value = RandomBetween(random, field.range->low, field.range->high);
+    if (isValid && !field.range) value = static_cast<double>(random() % 64);
+    if (isInteger) value = std::floor(std::clamp(value, -2147483648.0, 2147483647.0));
+    return isInteger ? std::to_string(static_cast<std::int64_t>(value)) : TextForm<double>::Print(value);
+}
+
+/// Half of the fields as they are by default, the others at random.
+std::unique_ptr<Settings> RandomSettings(Random& random, SettingsType const& type, bool areValid) {
+    std::unique_ptr<Settings> settings = type.create();
+    for (SettingsField const& field : type.describe()) {
+        if (field.isOutput || random() % 2 == 0) continue;
+        std::string text = field.example;
+        if (field.type == "integer" || field.type == "number") text = RandomNumber(random, field, areValid);
+        if (!field.choices.empty()) text = field.choices[random() % field.choices.size()];
+        try {
+            field.parseAny(*settings, text);
+        } catch (SettingsTextException const&) {
+            // A number that the field's type cannot hold: the default stays.
+        }
+    }
+    return settings;
+}
+
+/// The caller's own memory around a picture: rows with bytes between them, and bytes before and after.
+class GuardedPicture {
+public:
+    GuardedPicture(PixFmt format, std::uint32_t width, std::uint32_t height, std::uint32_t seed) {
+        IEffectContext& context = *TheHost().GetContext();
+        VideoHandle const noise = MakeNoise(context, format, width, height, seed);
+        std::vector<ConstPlane> planes;
+        std::size_t bytes = MARGIN;
+        for (unsigned char i = 0; i < GetPlanesCount(*noise); ++i) bytes += Size(noise->GetPlane(i)) + MARGIN;
+        memory.assign(bytes, GUARD);
+        std::size_t at = MARGIN;
+        for (unsigned char i = 0; i < GetPlanesCount(*noise); ++i) {
+            ConstPlane const source = noise->GetPlane(i);
+            MutablePlane const target(memory.data() + at, Stride(source), source.GetWidth(), source.GetHeight(),
+                                      source.GetSampleBytes());
+            CopyPlane(source, target);
+            planes.push_back(
+                {target.GetData(), Stride(source), source.GetWidth(), source.GetHeight(), source.GetSampleBytes()});
+            at += Size(source) + MARGIN;
+        }
+        original = memory;
+        context.WrapImage(&picture, format, FrameFormat::Square(width, height), planes, nullptr);
+    }
+
+    VideoHandle const& Get() const { return picture; }
+    bool IsUntouched() const { return memory == original; }
+
+private:
+    static constexpr std::size_t MARGIN = 67;
+    static constexpr unsigned char GUARD = 0x5a;
+    static std::int64_t Stride(ConstPlane const& plane) { return static_cast<std::int64_t>(plane.GetWidth()) + 13; }
+    static std::size_t Size(ConstPlane const& plane) {
+        return static_cast<std::size_t>(Stride(plane)) * plane.GetHeight();
+    }
+
+    Bytes memory;
+    Bytes original;
+    VideoHandle picture;
+};
+
+struct Outcome {
+    std::string refusal; ///< Empty when the effect did its work.
+    std::vector<FrameFormat> frames;
+    Bytes samples;
+    friend bool operator==(Outcome const&, Outcome const&) = default;
+};
+
+class Census : public ::testing::TestWithParam<RegisteredEffect> {
+protected:
+    std::vector<GuardedPicture> MakeInputs(PixFmt format, std::uint32_t width, std::uint32_t height,
+                                           bool isMask) const {
+        std::vector<GuardedPicture> inputs;
+        inputs.emplace_back(format, width, height, 1);
+        if (GetParam().kind != EffectKind::OneInput)
+            inputs.emplace_back(isMask ? PixFmt::GRAY8 : format, width, height, 2);
+        return inputs;
+    }
+
+    Outcome Run(IEffect& effect, std::vector<GuardedPicture> const& pictures) const {
+        std::vector<DataHandle> inputs;
+        for (GuardedPicture const& picture : pictures) inputs.emplace_back(picture.Get());
+        Outcome outcome;
+        try {
+            DataHandle const result = effect.ProcessData(inputs);
+            if (result) inputs = {result};
+            for (DataHandle const& each : inputs) {
+                outcome.frames.push_back(AsVideo(each).GetFrameFormat());
+                Bytes const samples = Samples(AsVideo(each));
+                outcome.samples.insert(outcome.samples.end(), samples.begin(), samples.end());
+            }
+        } catch (ProcException const& refusal) {
+            outcome.refusal = DescribeException(refusal);
+            EXPECT_GT(outcome.refusal.size(), 10U);
+        } catch (std::bad_alloc const&) {
+            outcome.refusal = "not enough memory";
+        }
+        return outcome;
+    }
+
+    intrusive_ptr<IEffect> Make() const {
+        return TheHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
+    }
+};
+
+TEST_P(Census, WorksOrRefusesAndDoesTheSameAgain) {
+    constexpr std::array<std::pair<std::uint32_t, std::uint32_t>, 8> SIZES{
+        {{1, 1}, {2, 1}, {1, 3}, {5, 4}, {8, 8}, {33, 31}, {17, 64}, {1031, 17}}};
+    Random random(static_cast<unsigned int>(GetParam().classId.size()));
+    intrusive_ptr<IEffect> const seasoned = Make(); // Sees everything, failures included.
+    SettingsType const& type = seasoned->GetSettingsBase().GetType();
+    int worked = 0;
+    for (PixFmtDescription const& format : PixFmtDescription::GetAll())
+        for (auto const& [width, height] : SIZES) {
+            bool const areValid = random() % 3 != 0;
+            std::unique_ptr<Settings> const settings = RandomSettings(random, type, areValid);
+            std::vector<GuardedPicture> const inputs = MakeInputs(format.format, width, height, random() % 2 == 0);
+            std::string values;
+            for (SettingsField const& field : type.describe())
+                if (!field.isOutput) values += " " + field.name + "=" + field.print(*settings);
+            SCOPED_TRACE(std::string(format.name) + " " + std::to_string(width) + " x " + std::to_string(height) +
+                         values);
+
+            seasoned->SetSettings(*settings);
+            Outcome const first = Run(*seasoned, inputs);
+            intrusive_ptr<IEffect> const fresh = Make();
+            fresh->SetSettings(*settings);
+            Outcome const second = Run(*fresh, inputs);
+            worked += first.refusal.empty() ? 1 : 0;
+            EXPECT_EQ(first.refusal, second.refusal);
+            EXPECT_TRUE(first == second) << "another result the second time";
+            for (GuardedPicture const& input : inputs) ASSERT_TRUE(input.IsUntouched());
+        }
+    EXPECT_GT(worked, 0);
+}
+
+std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
+    return info.param.classId + "_" + info.param.implName;
+}
+
+INSTANTIATE_TEST_SUITE_P(Registry, Census, ::testing::ValuesIn(TheHost().GetEffects()), TestName);
+
+} // namespace
+} // namespace Velnor::Proc
