@@ -37,8 +37,8 @@ void LoadPlugins(Proc::Host& host, std::vector<std::string> const& plugins) {
 } // namespace
 
 Proc::RegisteredEffect const& CatalogueEntry::GetDefault() const {
-    for (std::string const& name : {Proc::ImplNames::DEFAULT, Proc::ImplNames::VELNOR}) {
-        auto const found = std::ranges::find(implementations, name, &Proc::RegisteredEffect::implName);
+    for (std::string const& preferred : {Proc::ImplNames::DEFAULT, Proc::ImplNames::VELNOR}) {
+        auto const found = std::ranges::find(implementations, preferred, &Proc::RegisteredEffect::implName);
         if (found != implementations.end()) return *found;
     }
     return implementations.front();
