@@ -6,7 +6,8 @@ install(TARGETS VelnorCore VelnorProc VelnorHost EXPORT VelnorTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor)
 install(TARGETS velnor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS VelnorFiles LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+install(TARGETS VelnorDlib VelnorDnn VelnorFiles VelnorMagick LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 
 foreach(directory Core Proc/Interfaces Proc/Settings Proc/Host)

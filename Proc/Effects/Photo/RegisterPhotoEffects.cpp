@@ -1,0 +1,55 @@
+#include "Proc/Effects/Photo/RegisterPhotoEffects.h"
+
+#include "Proc/Effects/Photo/PhotoModule.h"
+#include "Proc/Host/PluginLoader.h"
+#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectFaceDetector.h"
+#include "Proc/Settings/SettingsEffectNeuralPredict.h"
+#include "Proc/Settings/SettingsEffectOilPaint.h"
+
+#include <dlfcn.h>
+
+namespace Velnor::Proc {
+namespace {
+
+constexpr char DLIB_MODULE[] = "libVelnorDlib.so";
+constexpr char DNN_MODULE[] = "libVelnorDnn.so";
+constexpr char MAGICK_MODULE[] = "libVelnorMagick.so";
+
+EffectFactoryFunction FindInModule(char const* name, std::string const& classId) {
+    std::filesystem::path const file = GetInstalledFolder() / name;
+    void* const library = dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    if (library == nullptr) {
+        char const* const error = dlerror();
+        VELNOR_THROW(ProcException, "The module that " + classId + " needs cannot be loaded: " +
+                                        (error == nullptr ? "the loader gives no reason" : error) + ".");
+    }
+    auto const entry = reinterpret_cast<PhotoModuleFunction>(dlsym(library, PHOTO_MODULE_ENTRY));
+    EffectFactoryFunction const create = entry == nullptr ? nullptr : entry(classId.c_str());
+    if (create == nullptr)
+        VELNOR_THROW(ProcException, "The module " + file.string() + " has no effect for " + classId + ".");
+    return create;
+}
+
+template <char const* Module, class SettingsClass>
+intrusive_ptr<IEffect> CreateFromModule(FactoryHandle const& factory, ContextHandle const& context) {
+    // Tried anew by the next caller when it throws.
+    static EffectFactoryFunction const create = FindInModule(Module, SettingsClass::CLASS_ID);
+    return create(factory, context);
+}
+
+template <char const* Module, class SettingsClass>
+void RegisterOneInput(IEffectRegistry& registry, std::string const& implName) {
+    registry.RegisterOneInputEffect(SettingsClass::CLASS_ID, implName, &CreateFromModule<Module, SettingsClass>,
+                                    nullptr);
+}
+
+} // namespace
+
+void RegisterPhotoEffects(IEffectRegistry& registry) {
+    RegisterOneInput<DLIB_MODULE, SettingsEffectFaceDetector>(registry, ImplPhotoNames::DLIB);
+    RegisterOneInput<DNN_MODULE, SettingsEffectNeuralPredict>(registry, ImplNames::DEFAULT);
+    RegisterOneInput<MAGICK_MODULE, SettingsEffectOilPaint>(registry, ImplPhotoNames::IMAGEMAGICK);
+}
+
+} // namespace Velnor::Proc
