@@ -20,13 +20,14 @@ public:
 
     void ProcessInternal(DataHandle& data) override {
         RequireRadius();
+        // Before anything is converted. The library makes a second picture of the first, and only then is the first given
+        // back.
+        MagickSupport::RequireRoom(data->GetFrameFormat(), 2, "The oil paint effect");
         EffectBaseCSC::ProcessInternal(data);
     }
 
     void ProcessInternalCSC(DataHandle& data) override {
         IDataVideo const& source = AsVideo(ConstDataHandle(data));
-        // The library makes a second picture of the first, and only then is the first given back.
-        MagickSupport::RequireRoom(source.GetFrameFormat(), 2, "The oil paint effect");
         MagickSupport::Run("The oil paint effect", [&] {
             Magick::Image image = MagickSupport::Import(source);
             image.oilPaint(settings.GetRadius());
