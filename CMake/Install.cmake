@@ -8,6 +8,7 @@ install(TARGETS VelnorCore VelnorProc VelnorHost EXPORT VelnorTargets
 install(TARGETS velnor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 get_property(velnor_modules GLOBAL PROPERTY VELNOR_MODULES)
 install(TARGETS VelnorFiles ${velnor_modules} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 
 foreach(directory Core Proc/Interfaces Proc/Settings Proc/Host)

@@ -1,7 +1,7 @@
 // The module of the effects on OpenCV's core and image processing.
 
 #include "Proc/Effects/Photo/PhotoEffects.h"
-#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -9,18 +9,13 @@
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 
-extern "C" VELNOR_API void Registrator(Velnor::Proc::IEffectRegistry* registry);
-
-void Registrator(Velnor::Proc::IEffectRegistry* registry) {
+Velnor::Proc::EffectFactoryFunction FindVelnorEffect(char const* classId) {
     using namespace Velnor::Proc;
-    auto const oneInput = [&](std::string const& classId, EffectFactoryFunction create) {
-        registry->RegisterOneInputEffect(classId, ImplNames::DEFAULT, create, nullptr);
-    };
-    oneInput(SettingsEffectBlur::CLASS_ID, CreateBlur);
-    oneInput(SettingsEffectCLAHE::CLASS_ID, CreateCLAHE);
-    oneInput(SettingsEffectMorphology::CLASS_ID, CreateMorphology);
-    oneInput(SettingsEffectRotate::CLASS_ID, CreateRotate);
-    oneInput(SettingsEffectSmartBlur::CLASS_ID, CreateSmartBlur);
-    registry->RegisterTwoInputEffect(SettingsEffectGrabCutSegmentation::CLASS_ID, ImplPhotoNames::OPENCV,
-                                     CreateGrabCutSegmentation, nullptr);
+    if (classId == SettingsEffectBlur::CLASS_ID) return &CreateBlur;
+    if (classId == SettingsEffectCLAHE::CLASS_ID) return &CreateCLAHE;
+    if (classId == SettingsEffectGrabCutSegmentation::CLASS_ID) return &CreateGrabCutSegmentation;
+    if (classId == SettingsEffectMorphology::CLASS_ID) return &CreateMorphology;
+    if (classId == SettingsEffectRotate::CLASS_ID) return &CreateRotate;
+    if (classId == SettingsEffectSmartBlur::CLASS_ID) return &CreateSmartBlur;
+    return nullptr;
 }

@@ -81,7 +81,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Golden{"tint-temperature", "SettingsEffectTintTemperature", {{"temperature", "20"}}, 2},
                       Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
                       Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
-                      Golden{"gradient", "SettingsEffectGradient", {}, 2}),
+                      Golden{"gradient", "SettingsEffectGradient", {}, 2},
+                      Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0}),
     TestName);
 
 } // namespace

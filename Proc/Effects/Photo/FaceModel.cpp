@@ -1,0 +1,51 @@
+#include "Proc/Effects/Photo/FaceModel.h"
+
+#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Settings/SettingsEffectFaceDetector.h"
+
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <system_error>
+
+namespace Velnor::Proc {
+namespace {
+
+namespace fs = std::filesystem;
+
+LandmarkModel ReadModel(fs::path const& file) {
+    auto const model = std::make_shared<dlib::shape_predictor>();
+    try {
+        std::ifstream stream(file, std::ios::binary);
+        dlib::deserialize(*model, stream);
+    } catch (std::exception const& error) { // Sizes in a damaged file also end in std::bad_alloc or std::length_error.
+        VELNOR_THROW(EffectException, "The landmark model " + file.string() + " cannot be read: " + error.what() + ".");
+    }
+    if (model->num_parts() != Face::LANDMARKS_COUNT)
+        VELNOR_THROW(EffectException, "The landmark model " + file.string() + " finds " +
+                                          std::to_string(model->num_parts()) + " landmarks; " +
+                                          std::to_string(Face::LANDMARKS_COUNT) + " are needed.");
+    return model;
+}
+
+} // namespace
+
+fs::path GetDefaultLandmarkFile() { return VELNOR_LANDMARKS_FILE; }
+
+void RequireLandmarkFile(fs::path const& file) {
+    std::error_code error;
+    if (fs::is_regular_file(file, error)) return;
+    VELNOR_THROW(EffectException, "There is no landmark model " + file.string() +
+                                      ", which the face detector needs; Debian has one in its package libdlib-data.");
+}
+
+LandmarkModel LoadLandmarkModel(fs::path const& file) {
+    static std::mutex mutex;
+    static std::map<fs::path, std::weak_ptr<dlib::shape_predictor const>> models;
+    std::lock_guard const lock(mutex);
+    LandmarkModel model = models[file].lock();
+    if (!model) models[file] = model = ReadModel(file);
+    return model;
+}
+
+} // namespace Velnor::Proc

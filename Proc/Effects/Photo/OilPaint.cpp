@@ -1,0 +1,58 @@
+// OilPaint: ImageMagick's oil painting. Each pixel takes the colour of the brightness that is most frequent within the
+// brush around it, as in G. J. Holzmann, "Beyond Photography" (1988). Red, green and blue go through the library as
+// they are; alpha stays with the picture and never passes through it.
+#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Photo/MagickSupport.h"
+#include "Proc/Effects/Photo/PhotoModule.h"
+#include "Proc/Settings/SettingsEffectOilPaint.h"
+
+#include <cmath>
+
+namespace Velnor::Proc {
+
+class OilPaint : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectOilPaint> {
+public:
+    OilPaint(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseCSC(effectFactory, effectContext, ImplPhotoNames::IMAGEMAGICK) {}
+
+    bool ConvertBack() const override { return true; }
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return MagickSupport::GetColourFormats(); }
+
+    void ProcessInternal(DataHandle& data) override {
+        RequireRadius();
+        // Before anything is converted. The library makes a second picture of the first, and only then is the first given
+        // back.
+        MagickSupport::RequireRoom(data->GetFrameFormat(), 2, "The oil paint effect");
+        EffectBaseCSC::ProcessInternal(data);
+    }
+
+    void ProcessInternalCSC(DataHandle& data) override {
+        IDataVideo const& source = AsVideo(ConstDataHandle(data));
+        MagickSupport::Run("The oil paint effect", [&] {
+            Magick::Image image = MagickSupport::Import(source);
+            image.oilPaint(settings.GetRadius());
+            VideoHandle const result = source.MakeCopy(CopyMode::Independent);
+            MagickSupport::Export(image, *result);
+            data = result;
+        });
+    }
+
+private:
+    /// The work grows with the square of the radius, and the library's kernel with it.
+    static constexpr double LARGEST_RADIUS = 200;
+
+    void RequireRadius() const {
+        double const radius = settings.GetRadius();
+        if (!std::isfinite(radius) || radius > LARGEST_RADIUS)
+            VELNOR_THROW(EffectException, "The radius of the oil paint effect is " + TextForm<double>::Print(radius) +
+                                              "; 0 to " + TextForm<double>::Print(LARGEST_RADIUS) +
+                                              " pixels are possible.");
+    }
+};
+
+} // namespace Velnor::Proc
+
+Velnor::Proc::EffectFactoryFunction FindVelnorEffect(char const* classId) {
+    using namespace Velnor::Proc;
+    return classId == SettingsEffectOilPaint::CLASS_ID ? &MakeEffect<OilPaint> : nullptr;
+}
