@@ -10,6 +10,7 @@
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
@@ -43,6 +44,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
     };
