@@ -9,6 +9,7 @@
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
 #include "Proc/Settings/SettingsResizer.h"
@@ -31,6 +32,7 @@ void RegisterGeneralEffects(IEffectRegistry& registry) {
     twoInput(SettingsEffectImageBlender::CLASS_ID, &CreateImageBlender);
     oneInput(SettingsEffectPad::CLASS_ID, &CreatePad);
     oneInput(SettingsEffectPosterize::CLASS_ID, &CreatePosterize);
+    oneInput(SettingsEffectRemapping::CLASS_ID, &CreateRemapping);
     oneInput(SettingsEffectSplitToning::CLASS_ID, &CreateSplitToning);
     oneInput(SettingsEffectVibrance::CLASS_ID, &CreateVibrance);
     oneInput(SettingsResizer::CLASS_ID, &CreateResizer);

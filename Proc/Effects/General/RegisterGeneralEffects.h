@@ -12,6 +12,7 @@ VELNOR_API intrusive_ptr<IEffect> CreateExtraAlphaExtractor(FactoryHandle const&
 VELNOR_API intrusive_ptr<IEffect> CreateImageBlender(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreatePad(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreatePosterize(FactoryHandle const& factory, ContextHandle const& context);
+VELNOR_API intrusive_ptr<IEffect> CreateRemapping(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateResizer(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateSplitToning(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateVibrance(FactoryHandle const& factory, ContextHandle const& context);
