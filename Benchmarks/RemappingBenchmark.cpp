@@ -1,10 +1,13 @@
 // Remapping by a caller's function against OpenCV's, which needs the function's values as a map first.
 #include "Benchmarks/Ratios.h"
+#include "Proc/Effects/Lumetta/Kernels/ImplodeMap.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
 #include <benchmark/benchmark.h>
+#include <glog/logging.h>
 #include <opencv2/imgproc.hpp>
 
 #include <cmath>
@@ -50,15 +53,26 @@ void Ours(benchmark::State& state, PixFmt format) {
     }
 }
 
+void Implode(benchmark::State& state) {
+    FLAGS_minloglevel = google::GLOG_ERROR;
+    Host host;
+    host.LoadPlugin(LUMETTA_FILE);
+    auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsEffectImplode::CLASS_ID, ImplNames::VELNOR);
+    VideoHandle const picture = MakePicture(host, PixFmt::RGB24);
+    for (auto _ : state) {
+        DataHandle data = picture;
+        effect->ProcessData(data);
+    }
+}
+
 /// With the pictures and maps that are there: what the function and the call alone cost.
-void OpenCv(benchmark::State& state, PixFmt format, int type) {
+void OpenCv(benchmark::State& state, PixFmt format, int type, Map const& map) {
     Host host;
     VideoHandle const picture = MakePicture(host, format);
     MutablePlane const plane = picture->GetMutablePlane(0);
     cv::Mat const source(HEIGHT, WIDTH, type, plane.GetData(), static_cast<std::size_t>(plane.GetStride()));
     cv::Mat result;
     cv::Mat positions(HEIGHT, WIDTH, CV_32FC2);
-    Map const map = Swirl();
     for (auto _ : state) {
         for (int y = 0; y < HEIGHT; ++y) {
             auto* const row = positions.ptr<cv::Vec2f>(y);
@@ -77,13 +91,19 @@ bool Register() {
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
         if (type < 0) return true;
-        benchmark::RegisterBenchmark((name + "/OpenCV").c_str(), OpenCv, format, type)
+        benchmark::RegisterBenchmark((name + "/OpenCV").c_str(), OpenCv, format, type, Swirl())
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
         return Compare({name + "/ours", name + "/OpenCV", 1.5});
     };
-    return add("remap/rgb24", PixFmt::RGB24, CV_8UC3) && add("remap/rgba", PixFmt::RGBA, CV_8UC4) &&
-           add("remap/gray8", PixFmt::GRAY8, CV_8UC1) && add("remap/yuv420p", PixFmt::YUV420P, -1);
+    benchmark::RegisterBenchmark("implode/ours", Implode)->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark("implode/OpenCV", OpenCv, PixFmt::RGB24, CV_8UC3,
+                                 Map(Kernels::ImplodeMap(WIDTH, HEIGHT, 0.5F)))
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    return Compare({"implode/ours", "implode/OpenCV", 0.85}) && add("remap/rgb24", PixFmt::RGB24, CV_8UC3) &&
+           add("remap/rgba", PixFmt::RGBA, CV_8UC4) && add("remap/gray8", PixFmt::GRAY8, CV_8UC1) &&
+           add("remap/yuv420p", PixFmt::YUV420P, -1);
 }
 
 bool const REGISTERED = Register();
