@@ -5,6 +5,10 @@
 namespace Velnor::Proc {
 
 /// Settings of the shape mask. Places and sizes are relative to the frame, so that one mask fits every picture.
+/// The feather is a part of the way from the outline to the centre: of the radius of an ellipse or a polygon in each
+/// direction, of half the shorter side of a rectangle, of half the height of a band. What lies deeper is the foreground
+/// value exactly; corners of the outline are at least as round as the feather is wide. A feather or a corner radius
+/// above 100 % is taken as 100 %, values beyond 0 and 255 as the nearer of the two.
 class VELNOR_API SettingsEffectShapeMask final : public SettingsOf<SettingsEffectShapeMask> {
 public:
     enum Shape : int {
@@ -25,12 +29,14 @@ public:
                  Range(0, 100))
     VELNOR_FIELD(int, Sides, 6, "corners of the polygon", Range(3, 24))
     VELNOR_FIELD(double, Feather, 50.0, "width of the soft edge, inwards from the outline",
-                 Unit("% of half the shape's shorter side"), Range(0, 100))
+                 Unit("% of the way to the centre"), Range(0, 100))
     VELNOR_FIELD(int, Foreground, 0, "value inside the shape; 0 where the picture is to stay clear", Range(0, 255))
     VELNOR_FIELD(int, Background, 255, "value outside the shape", Range(0, 255))
     VELNOR_SETTINGS_END
 
-    /// Whether the mask is the foreground value everywhere, whatever the frame.
+    /// Whether the mask is the foreground value everywhere, whatever the size of the frame: the two values are the same,
+    /// or the shape less its feather covers the frame. A shape that is turned (but by half turns) covers some frames and
+    /// not others, so it never counts.
     bool IsForegroundOnly() const;
 };
 

@@ -11,6 +11,7 @@
 #include "Proc/Settings/SettingsEffectMidEqualizer.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
 #include "Proc/Settings/SettingsResizer.h"
@@ -34,6 +35,7 @@ void RegisterGeneralEffects(IEffectRegistry& registry) {
     twoInput(SettingsEffectMidEqualizer::CLASS_ID, &CreateMidEqualizer);
     oneInput(SettingsEffectPad::CLASS_ID, &CreatePad);
     oneInput(SettingsEffectPosterize::CLASS_ID, &CreatePosterize);
+    oneInput(SettingsEffectRemapping::CLASS_ID, &CreateRemapping);
     oneInput(SettingsEffectSplitToning::CLASS_ID, &CreateSplitToning);
     oneInput(SettingsEffectVibrance::CLASS_ID, &CreateVibrance);
     oneInput(SettingsResizer::CLASS_ID, &CreateResizer);

@@ -13,6 +13,7 @@ VELNOR_API intrusive_ptr<IEffect> CreateImageBlender(FactoryHandle const& factor
 VELNOR_API intrusive_ptr<IEffect> CreateMidEqualizer(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreatePad(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreatePosterize(FactoryHandle const& factory, ContextHandle const& context);
+VELNOR_API intrusive_ptr<IEffect> CreateRemapping(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateResizer(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateSplitToning(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateVibrance(FactoryHandle const& factory, ContextHandle const& context);

@@ -13,7 +13,9 @@ intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHa
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context);
 

@@ -9,7 +9,9 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
+#include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
@@ -42,7 +44,9 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
+        {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
     };

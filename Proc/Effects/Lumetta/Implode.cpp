@@ -1,0 +1,40 @@
+// Implode: pinches the picture towards its centre or bulges it outwards, by a map that the host's remapping samples.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/ImplodeMap.h"
+#include "Proc/Settings/SettingsEffectImplode.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
+
+#include <cmath>
+
+namespace Velnor::Proc {
+
+class Implode : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectImplode> {
+public:
+    Implode(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext), remapper(MakeOneInput<SettingsEffectRemapping>()) {}
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        FrameFormat const& frame = data->GetFrameFormat();
+        remapper->SetSettings(SettingsEffectRemapping(Kernels::ImplodeMap(frame.width, frame.height, GetAmount())));
+        remapper->ProcessData(data);
+    }
+
+private:
+    float GetAmount() const {
+        double const strength = settings.GetStrength();
+        if (!std::isfinite(strength))
+            VELNOR_THROW(EffectException, "The strength of the implode effect is " + std::to_string(strength) +
+                                              "; it must be a finite number.");
+        double const direction = settings.GetMode() == 0 ? 1.0 : -0.5;
+        return static_cast<float>(direction * strength / 100);
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> remapper;
+};
+
+intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Implode>(factory, context);
+}
+
+} // namespace Velnor::Proc
