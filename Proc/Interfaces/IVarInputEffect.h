@@ -9,7 +9,7 @@ namespace Velnor::Proc {
 /// An effect on any number of pictures.
 class VELNOR_API IVarInputEffect : public virtual IEffect {
 public:
-    /// Returns the result, null when the settings are empty. The inputs stay as they are.
+    /// Returns the result; null when the settings are empty, or when it puts several results in the inputs' place.
     virtual intrusive_ptr<IData> Process(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
 
     intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {
