@@ -14,7 +14,7 @@ public:
                  "ONNX file of the network; a name without a folder is looked for among the "
                  "installed networks",
                  Example("horizon.onnx"))
-    VELNOR_FIELD(FrameFormat, InputSize, FrameFormat(64, 64, 1, 1), "size of the network's input", Unit("pixels"),
+    VELNOR_FIELD(FrameFormat, InputSize, FrameFormat::Square(64, 64), "size of the network's input", Unit("pixels"),
                  Example("64x64"))
     VELNOR_FIELD(ChannelOrder, ChannelOrder, RGB, "order of the components")
     VELNOR_FIELD(double, Mean, 127.5, "taken from each sample", Unit("levels"), Range(0, 255))

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace Velnor::Proc {
 namespace {
@@ -23,6 +24,12 @@ namespace {
 constexpr double TRAINED_SIDE = 80;     ///< Of the smallest face that the detector finds.
 constexpr double LARGEST_AREA = 1.25e6; ///< Pixels searched: a third of a second.
 constexpr double LANDMARK_SIDE = 300;   ///< Of a face at which its landmarks are found.
+
+/// Unpacking the detector takes half a second, copying it a hundredth of that.
+dlib::frontal_face_detector const& GetDetector() {
+    static dlib::frontal_face_detector const detector = dlib::get_frontal_face_detector();
+    return detector;
+}
 
 /// What the picture is scaled by for the search.
 double ChooseScale(FrameFormat const& frame, int smallestFace) {
@@ -86,7 +93,8 @@ private:
         Resize(grey, ChooseScale(frame, settings.GetSmallestFace()));
         FrameFormat const searched = grey->GetFrameFormat();
         std::vector<Face> faces;
-        for (dlib::rectangle const& box : detector(GreyView{AsVideo(ConstDataHandle(grey)).GetPlane(0)}))
+        if (!detector) detector = GetDetector();
+        for (dlib::rectangle const& box : (*detector)(GreyView{AsVideo(ConstDataHandle(grey)).GetPlane(0)}))
             faces.push_back(MakeFace(box, static_cast<double>(searched.width) / frame.width,
                                      static_cast<double>(searched.height) / frame.height));
         std::ranges::stable_sort(faces, std::greater(),
@@ -130,7 +138,7 @@ private:
 
     intrusive_ptr<IOneInputEffectVideo> converter;
     intrusive_ptr<IOneInputEffectVideo> resizer;
-    dlib::frontal_face_detector detector = dlib::get_frontal_face_detector();
+    std::optional<dlib::frontal_face_detector> detector; ///< One's own: it holds the picture that it searches.
     LandmarkModel landmarks;
     std::filesystem::path landmarksFile; ///< What the landmark model was read from.
 };

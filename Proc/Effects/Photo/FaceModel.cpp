@@ -4,7 +4,6 @@
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
 
 #include <fstream>
-#include <map>
 #include <mutex>
 #include <system_error>
 
@@ -41,10 +40,13 @@ void RequireLandmarkFile(fs::path const& file) {
 
 LandmarkModel LoadLandmarkModel(fs::path const& file) {
     static std::mutex mutex;
-    static std::map<fs::path, std::weak_ptr<dlib::shape_predictor const>> models;
+    static fs::path lastFile;
+    static LandmarkModel last;
     std::lock_guard const lock(mutex);
-    LandmarkModel model = models[file].lock();
-    if (!model) models[file] = model = ReadModel(file);
+    if (last && lastFile == file) return last;
+    LandmarkModel const model = ReadModel(file);
+    lastFile = file;
+    last = model;
     return model;
 }
 

@@ -18,8 +18,8 @@ std::filesystem::path GetDefaultLandmarkFile();
 /// Throws EffectException, naming the file and the package, when there is none.
 void RequireLandmarkFile(std::filesystem::path const& file);
 
-/// Reads a model of 68 landmarks (100 MB, half a second), or hands out the one that another effect holds. Thread-safe.
-/// Throws EffectException, naming the file, when it is no such model.
+/// Reads a model of 68 landmarks (100 MB, half a second), or hands out the one that was read last, which the process
+/// keeps. Thread-safe. Throws EffectException, naming the file, when it is no such model.
 LandmarkModel LoadLandmarkModel(std::filesystem::path const& file);
 
 /// A grey picture as dlib reads pictures; the rows stay where they are.

@@ -11,6 +11,7 @@
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 #include "Proc/Settings/SettingsResizer.h"
 
+#include <opencv2/core/utils/logger.hpp>
 #include <opencv2/dnn.hpp>
 
 #include <algorithm>
@@ -73,6 +74,18 @@ cv::Mat MakeBlob(ConstPlane const& rgb, SettingsEffectNeuralBase const& neural) 
     return blob;
 }
 
+/// Keeps OpenCV from writing to standard error what its exception says as well.
+class QuietLibrary {
+public:
+    QuietLibrary() : before(cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT)) {}
+    ~QuietLibrary() { cv::utils::logging::setLogLevel(before); }
+    QuietLibrary(QuietLibrary const&) = delete;
+    QuietLibrary& operator=(QuietLibrary const&) = delete;
+
+private:
+    cv::utils::logging::LogLevel before;
+};
+
 std::string Describe(cv::Exception const& error) {
     std::string text = error.err.empty() ? error.what() : error.err;
     std::ranges::replace(text, '\n', ' ');
@@ -103,6 +116,7 @@ private:
         std::filesystem::path const file = FindNetwork(model);
         std::vector<unsigned char> const content = ReadNetwork(file);
         loadedModel.clear();
+        QuietLibrary const quiet;
         try {
             network = cv::dnn::readNetFromONNX(reinterpret_cast<char const*>(content.data()), content.size());
         } catch (std::exception const& error) {
