@@ -135,12 +135,14 @@ std::vector<SettingsField> DescribeField(FieldType field) {
         one.parseAny = [field](Settings& settings, std::string_view text) {
             static_cast<Owner&>(settings).*field.member = TextForm<Value>::Parse(text);
         };
-        one.parse = [field, take = one.parseAny](Settings& settings, std::string_view text) {
-            // Before the type's own limits, so that the message names the range that a person may use.
-            if constexpr (std::is_arithmetic_v<Value>)
-                if (field.range) CheckRange(text, *field.range);
-            take(settings, text);
-        };
+        one.parse = one.parseAny;
+        // Before the type's own limits, so that the message names the range that a person may use.
+        if constexpr (std::is_arithmetic_v<Value>)
+            if (field.range)
+                one.parse = [range = *field.range, take = one.parseAny](Settings& settings, std::string_view text) {
+                    CheckRange(text, range);
+                    take(settings, text);
+                };
         one.print = [field](Settings const& settings) {
             return TextForm<Value>::Print(static_cast<Owner const&>(settings).*field.member);
         };

@@ -6,15 +6,19 @@
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
+#include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
+#include "Proc/Settings/SettingsEffectBlurRadial.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectColoredGlass.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
+#include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
@@ -36,8 +40,10 @@
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
+#include "Proc/Settings/SettingsEffectSketch.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 #include "Proc/Settings/SettingsEffectTiltShift.h"
@@ -58,15 +64,19 @@ namespace Velnor::Proc {
     Do(SettingsEffectAlphaExtractor) \
     Do(SettingsEffectAlphaInserter) \
     Do(SettingsEffectAutoEnhance) \
+    Do(SettingsEffectAutoGlareRemove) \
     Do(SettingsEffectBiColorToning) \
     Do(SettingsEffectBlackWhite) \
     Do(SettingsEffectBlur) \
     Do(SettingsEffectBlurBokeh) \
+    Do(SettingsEffectBlurRadial) \
     Do(SettingsEffectCLAHE) \
     Do(SettingsEffectColorBalance) \
     Do(SettingsEffectColorBalanceAuto) \
+    Do(SettingsEffectColoredGlass) \
     Do(SettingsEffectCustom) \
     Do(SettingsEffectCutter) \
+    Do(SettingsEffectDetailsEnhance) \
     Do(SettingsEffectDirectionalAreaDeformation) \
     Do(SettingsEffectEmpty) \
     Do(SettingsEffectExtraAlphaExtractor) \
@@ -88,8 +98,10 @@ namespace Velnor::Proc {
     Do(SettingsEffectPixelate) \
     Do(SettingsEffectPosterize) \
     Do(SettingsEffectRemapping) \
+    Do(SettingsEffectRestorer) \
     Do(SettingsEffectRotate) \
     Do(SettingsEffectShapeMask) \
+    Do(SettingsEffectSketch) \
     Do(SettingsEffectSmartBlur) \
     Do(SettingsEffectSplitToning) \
     Do(SettingsEffectTiltShift) \

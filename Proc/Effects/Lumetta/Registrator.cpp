@@ -2,11 +2,15 @@
 
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
+#include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlurRadial.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectColoredGlass.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
+#include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -15,7 +19,9 @@
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
+#include "Proc/Settings/SettingsEffectSketch.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
@@ -42,11 +48,15 @@ void Registrator(IEffectRegistry* registry) {
     // The order is part of the contract: by settings class, with a few exceptions that hosts know.
     Registration const registrations[] = {
         {SettingsEffectAutoEnhance::CLASS_ID, ONE_INPUT, CreateAutoEnhance},
+        {SettingsEffectAutoGlareRemove::CLASS_ID, ONE_INPUT, CreateAutoGlareRemove},
         {SettingsEffectBiColorToning::CLASS_ID, ONE_INPUT, CreateBiColorToning},
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
+        {SettingsEffectBlurRadial::CLASS_ID, ONE_INPUT, CreateBlurRadial},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
+        {SettingsEffectColoredGlass::CLASS_ID, ONE_INPUT, CreateColoredGlass},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
+        {SettingsEffectDetailsEnhance::CLASS_ID, ONE_INPUT, CreateDetailsEnhance},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectGrabCut::CLASS_ID, TWO_INPUT, CreateGrabCut},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
@@ -55,7 +65,9 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectHorizonDetector::CLASS_ID, ONE_INPUT, CreateHorizonDetector},
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectRestorer::CLASS_ID, ONE_INPUT, CreateRestorer},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
+        {SettingsEffectSketch::CLASS_ID, ONE_INPUT, CreateSketch},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
     };

@@ -1,0 +1,90 @@
+// ColoredGlass: panes of one colour each, in lead. The panes follow the edges of the picture as closely as is asked for.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/GlassCells.h"
+#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsEffectColoredGlass.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Velnor::Proc {
+namespace {
+
+using Bytes = std::array<unsigned char, 3>;
+
+/// Farther from grey of the same luma by `factor`; bytes in the order of the pixel.
+Bytes Saturate(Bytes const& colour, double factor, bool isBlueFirst) {
+    double const red = colour[isBlueFirst ? 2 : 0];
+    double const blue = colour[isBlueFirst ? 0 : 2];
+    double const luma = 0.299 * red + 0.587 * colour[1] + 0.114 * blue;
+    Bytes result{};
+    for (std::size_t k = 0; k < 3; ++k)
+        result[k] = static_cast<unsigned char>(std::clamp(luma + factor * (colour[k] - luma), 0.0, 255.0) + 0.5);
+    return result;
+}
+
+/// How much of a pixel at each distance (in thirds of a pixel) from a border is lead, 0 to 255.
+std::array<unsigned char, 1024> MakeLeadTable(double width) {
+    std::array<unsigned char, 1024> table{};
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        double const share = std::clamp(width / 2 + 0.5 - static_cast<double>(i) / 3, 0.0, 1.0);
+        table[i] = static_cast<unsigned char>(share * 255 + 0.5);
+    }
+    return table;
+}
+
+} // namespace
+
+class ColoredGlass : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectColoredGlass> {
+public:
+    using EffectBaseOneInput::EffectBaseOneInput;
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        std::vector<PixFmt> const& formats = Kernels::PackedRgbFormats();
+        if (std::ranges::find(formats, data->GetPixFmt()) == formats.end())
+            VELNOR_THROW(FilterException, "Pixel format is not supported!");
+        RequireSetting("coloured glass", "cell size", settings.GetCellSize(), 0.1, 100);
+        RequireSetting("coloured glass", "edge awareness", settings.GetEdgeAwareness(), 0, 100);
+        RequireSetting("coloured glass", "lead width", settings.GetLeadWidth(), 0, 100);
+        RequireSetting("coloured glass", "saturation", settings.GetSaturation(), 0, 1000);
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        Draw(*result, Kernels::PackedRgb(data->GetPixFmt()));
+        data = result;
+    }
+
+private:
+    void Draw(IDataVideo& picture, Kernels::PackedRgb const& format) const {
+        FrameFormat const frame = picture.GetFrameFormat();
+        double const side = std::max(2.0, settings.GetCellSize() / 100 * std::min(frame.width, frame.height));
+        MutablePlane const plane = picture.GetMutablePlane(0);
+        Kernels::GlassCells cells =
+            Kernels::FindCells(plane, format.pixelBytes, {side, settings.GetEdgeAwareness() / 100, settings.GetSeed()});
+        for (Bytes& colour : cells.colours)
+            colour = Saturate(colour, settings.GetSaturation() / 100, format.isBlueFirst);
+        std::vector<std::uint16_t> const distances = Kernels::FindBorderDistances(cells);
+        double const width = settings.GetLeadWidth() / 100 * side;
+        auto const lead = MakeLeadTable(width < 0.01 ? -1 : width);
+        Color const color = settings.GetLeadColor();
+        auto const leadRgb = format.isBlueFirst ? color.bgra() : color.rgba();
+        std::size_t at = 0;
+        for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
+            unsigned char* to = plane.GetRow(y);
+            for (std::uint32_t x = 0; x < frame.width; ++x, to += format.pixelBytes, ++at) {
+                Bytes const& glass = cells.colours[cells.labels[at]];
+                int const share = lead[std::min<std::size_t>(distances[at], lead.size() - 1)];
+                for (std::size_t k = 0; k < 3; ++k) {
+                    int const metal = static_cast<int>(leadRgb >> (8 * k) & 0xffU);
+                    to[k] = static_cast<unsigned char>((share * metal + (255 - share) * glass[k] + 127) / 255);
+                }
+            }
+        }
+    }
+};
+
+intrusive_ptr<IEffect> CreateColoredGlass(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<ColoredGlass>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,108 @@
+// Restorer: an old print. What opening and closing by a small disc take away is thin: scratches and specks are chosen
+// among it by their form and rebuilt from around; grain is smoothed where there is no edge; faded colour is stretched.
+#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/Kernels/PullPush.h"
+#include "Proc/Effects/Lumetta/Kernels/Scratches.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectMorphology.h"
+#include "Proc/Settings/SettingsEffectRestorer.h"
+#include "Proc/Settings/SettingsEffectSmartBlur.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace Velnor::Proc {
+namespace {
+
+/// Writes over `opened` how far the luma is from the nearer of its opening and its closing, whichever takes more away.
+void Compare(ConstPlane const& luma, ConstPlane const& closed, MutablePlane const& opened) {
+    for (std::uint64_t y = 0; y < luma.GetHeight(); ++y) {
+        unsigned char const* const own = luma.GetRow(y);
+        unsigned char const* const above = closed.GetRow(y);
+        unsigned char* const to = opened.GetRow(y);
+        for (std::uint64_t x = 0; x < luma.GetWidth(); ++x)
+            to[x] = static_cast<unsigned char>(std::max(above[x] - own[x], own[x] - to[x]));
+    }
+}
+
+} // namespace
+
+class Restorer : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectRestorer> {
+public:
+    Restorer(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseCSC(effectFactory, effectContext),
+          morphology(MakeOneInput<SettingsEffectMorphology>()),
+          smoother(MakeOneInput<SettingsEffectSmartBlur>()),
+          balance(MakeOneInput<SettingsEffectColorBalanceAuto>()),
+          toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))) {}
+
+    bool ConvertBack() const override { return true; }
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
+
+    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+        RequireSetting("restorer", "search for scratches", settings.GetScratches(), 0, 100);
+        RequireSetting("restorer", "width of scratches", settings.GetWidth(), 1, 100);
+        RequireSetting("restorer", "denoising", settings.GetDenoise(), 0, 100);
+        intrusive_ptr<IData> result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        if (settings.GetScratches() > 0) RemoveScratches(result);
+        if (settings.GetDenoise() > 0) Denoise(result);
+        if (settings.IsRecoverColor()) RecoverColor(result);
+        data = result;
+    }
+
+private:
+    void RemoveScratches(intrusive_ptr<IData>& picture) {
+        intrusive_ptr<IData> luma = AsVideo(picture).MakeCopy(CopyMode::Share);
+        toGrey->ProcessData(luma);
+        intrusive_ptr<IData> const closed = Filter(luma, SettingsEffectMorphology::CLOSE, settings.GetWidth());
+        intrusive_ptr<IData> thin = Filter(luma, SettingsEffectMorphology::OPEN, settings.GetWidth());
+        MutablePlane const mask = AsVideo(thin).GetMutablePlane(0);
+        Compare(Read(luma), Read(closed), mask);
+        // From 60 levels at 1 % down to 10 at 100 %.
+        Kernels::MarkDamage(mask, 60 - settings.GetScratches() / 2);
+        intrusive_ptr<IData> const sound = Filter(thin, SettingsEffectMorphology::ERODE, 1);
+        Kernels::FillHoles(AsVideo(picture).GetMutablePlane(0), Kernels::PackedRgb(picture->GetPixFmt()).pixelBytes,
+                           Read(sound));
+    }
+
+    void Denoise(intrusive_ptr<IData>& picture) {
+        SettingsEffectSmartBlur smoothing;
+        smoothing.SetLumaRadius(10);
+        smoothing.SetLumaBlur(settings.GetDenoise() / 2);
+        smoothing.SetChromaRadius(20);
+        smoothing.SetChromaBlur(settings.GetDenoise());
+        smoother->SetSettings(smoothing);
+        smoother->ProcessData(picture);
+    }
+
+    void RecoverColor(intrusive_ptr<IData>& picture) {
+        SettingsEffectColorBalanceAuto stretch;
+        stretch.SetWhiteBalance(true);
+        balance->SetSettings(stretch);
+        balance->ProcessData(picture);
+    }
+
+    intrusive_ptr<IData> Filter(intrusive_ptr<IData> const& grey, SettingsEffectMorphology::Operation operation,
+                                int radius) {
+        intrusive_ptr<IData> result = AsVideo(grey).MakeCopy(CopyMode::Share);
+        morphology->SetSettings(SettingsEffectMorphology(operation, radius));
+        morphology->ProcessData(result);
+        return result;
+    }
+
+    static ConstPlane Read(intrusive_ptr<IData> const& picture) { return std::as_const(AsVideo(picture)).GetPlane(0); }
+
+    intrusive_ptr<IOneInputEffectVideo> morphology;
+    intrusive_ptr<IOneInputEffectVideo> smoother;
+    intrusive_ptr<IOneInputEffectVideo> balance;
+    intrusive_ptr<IOneInputEffectVideo> toGrey;
+};
+
+intrusive_ptr<IEffect> CreateRestorer(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Restorer>(factory, context);
+}
+
+} // namespace Velnor::Proc

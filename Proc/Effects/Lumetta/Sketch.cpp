@@ -1,0 +1,80 @@
+// Sketch: a pencil drawing. The luma divided by its blurred self ("colour dodge") leaves lines where it changes; shadows
+// are hatched, the paper is rough, and as much of the colour stays as is asked for.
+#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Lumetta/Kernels/PencilRows.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsEffectBlur.h"
+#include "Proc/Settings/SettingsEffectSketch.h"
+
+#include <algorithm>
+
+namespace Velnor::Proc {
+
+class Sketch : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectSketch> {
+public:
+    Sketch(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseCSC(effectFactory, effectContext),
+          blur(MakeOneInput<SettingsEffectBlur>()),
+          toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))) {}
+
+    bool ConvertBack() const override { return true; }
+
+    std::vector<PixFmt> const& GetSupportedFormats() const override {
+        static std::vector<PixFmt> const formats{PixFmt::GRAY8, PixFmt::YUV444P, PixFmt::YUVA444P};
+        return formats;
+    }
+
+    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+        RequireSettings();
+        FrameFormat const frame = AsVideo(data).GetFrameFormat();
+        double const breadth = settings.GetPencil() / 100 * std::min(frame.width, frame.height);
+        intrusive_ptr<IData> tone = AsVideo(data).MakeCopy(CopyMode::Share);
+        toGrey->ProcessData(tone);
+        SettingsEffectBlur smoothing(SettingsEffectBlur::GAUSSIAN);
+        smoothing.SetDevX(breadth);
+        smoothing.SetDevY(breadth);
+        blur->SetSettings(smoothing);
+        blur->ProcessData(tone);
+
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        Kernels::Pencil const pencil{settings.GetStrength() / 100, settings.GetDarkness() / 100,
+                                     settings.GetHatching() / 100, settings.GetPaper() / 100, breadth};
+        Kernels::DrawPencil(std::as_const(AsVideo(tone)).GetPlane(0), result->GetMutablePlane(0), pencil);
+        if (result->GetPixFmt() != PixFmt::GRAY8) ReduceColor(*result);
+        data = result;
+    }
+
+private:
+    void RequireSettings() const {
+        auto const share = [](std::string_view name, double value) { RequireSetting("sketch", name, value, 0, 100); };
+        share("strength", settings.GetStrength());
+        share("darkness", settings.GetDarkness());
+        share("hatching", settings.GetHatching());
+        share("paper roughness", settings.GetPaper());
+        share("colour", settings.GetColor());
+        RequireSetting("sketch", "pencil breadth", settings.GetPencil(), 0, 100);
+    }
+
+    /// Towards grey, as far as the drawing is seen.
+    void ReduceColor(IDataVideo& picture) const {
+        double const kept = 1 - settings.GetStrength() / 100 * (1 - settings.GetColor() / 100);
+        Kernels::Table table{};
+        for (int i = 0; i < 256; ++i)
+            table[static_cast<std::size_t>(i)] = static_cast<unsigned char>(128.5 + (i - 128) * kept);
+        for (unsigned char plane = 1; plane <= 2; ++plane) {
+            MutablePlane const chroma = picture.GetMutablePlane(plane);
+            Kernels::MapBytes(chroma, chroma, {&table, 1}, 1);
+        }
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> blur;
+    intrusive_ptr<IOneInputEffectVideo> toGrey;
+};
+
+intrusive_ptr<IEffect> CreateSketch(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Sketch>(factory, context);
+}
+
+} // namespace Velnor::Proc
