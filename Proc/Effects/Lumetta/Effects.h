@@ -16,7 +16,11 @@ intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHand
 intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateOilPaint(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context);
 
 } // namespace Velnor::Proc

@@ -12,7 +12,11 @@
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
+#include "Proc/Settings/SettingsEffectOilPaint.h"
+#include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
+#include "Proc/Settings/SettingsEffectVignette.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
 namespace {
@@ -47,7 +51,11 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
+        {SettingsEffectOilPaint::CLASS_ID, ONE_INPUT, CreateOilPaint},
+        {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectTiltShift::CLASS_ID, ONE_INPUT, CreateTiltShift},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
+        {SettingsEffectVignette::CLASS_ID, ONE_INPUT, CreateVignette},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
     };
     for (Registration const& entry : registrations)
