@@ -7,6 +7,7 @@ namespace Velnor::Proc {
 // The factory function of each effect, defined last in the effect's own source.
 intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBlackWhite(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateBlurBokeh(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
@@ -14,10 +15,9 @@ intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandl
 intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context);
-intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
-intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateOilPaint(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context);

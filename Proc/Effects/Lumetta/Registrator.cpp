@@ -3,6 +3,7 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlurBokeh.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
@@ -10,10 +11,9 @@
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
-#include "Proc/Settings/SettingsEffectPixelate.h"
-#include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
@@ -42,6 +42,7 @@ void Registrator(IEffectRegistry* registry) {
     Registration const registrations[] = {
         {SettingsEffectBiColorToning::CLASS_ID, ONE_INPUT, CreateBiColorToning},
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
+        {SettingsEffectBlurBokeh::CLASS_ID, ONE_INPUT, CreateBlurBokeh},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
@@ -49,10 +50,9 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
-        {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
-        {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectOilPaint::CLASS_ID, ONE_INPUT, CreateOilPaint},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectTiltShift::CLASS_ID, ONE_INPUT, CreateTiltShift},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectVignette::CLASS_ID, ONE_INPUT, CreateVignette},
