@@ -125,6 +125,7 @@ TEST_F(BlurBokehTest, TheKernelIsKeptAndTheResizersFollowTheFrame) {
 TEST_F(BlurBokehTest, AKernelThatDoesNotFitIsRefusedOnEveryPicture) {
     Process();
     work = FrameFormat::Square(5, 40);
+    restored = FrameFormat::Square(100, 800);
     for (int i = 0; i < 2; ++i) {
         try {
             Process(100, 800);

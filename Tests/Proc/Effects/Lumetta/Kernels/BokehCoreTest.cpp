@@ -83,9 +83,10 @@ TEST(BokehConvolution, EveryInstructionSetGivesTheFloatsOfThePlainLoops) {
                                                     {60, 40, 59, 39}, {44, 3, 43, 2},  {9, 8, 0, 0},   {9, 4, 8, 3},
                                                     {2, 2, 1, 1},     {64, 43, 41, 41}};
     for (int i = 0; i < 12; ++i) {
-        std::uint32_t const width = 2 + random() % 90;
-        std::uint32_t const height = 2 + random() % 40;
-        sizes.push_back({width, height, 1 + random() % (width - 1), 1 + random() % (height - 1)});
+        auto const below = [&](std::uint32_t end) { return static_cast<std::uint32_t>(random() % end); };
+        std::uint32_t const width = 2 + below(90);
+        std::uint32_t const height = 2 + below(40);
+        sizes.push_back({width, height, 1 + below(width - 1), 1 + below(height - 1)});
     }
     for (auto const& [width, height, kw, kh] : sizes) {
         BokehKernel const kernel = MakeKernel(kw, kh, kw + kh);
