@@ -9,6 +9,7 @@ intrusive_ptr<IEffect> CreateAutoEnhance(FactoryHandle const& factory, ContextHa
 intrusive_ptr<IEffect> CreateAutoGlareRemove(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBlackWhite(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateBlurBokeh(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBlurRadial(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateColoredGlass(FactoryHandle const& factory, ContextHandle const& context);
@@ -22,11 +23,14 @@ intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, Con
 intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateHorizonDetector(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateOilPaint(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateRestorer(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateSketch(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context);
 
 } // namespace Velnor::Proc

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlurBokeh.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
@@ -18,11 +19,14 @@
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
+#include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
+#include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
+#include "Proc/Settings/SettingsEffectVignette.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
 namespace {
@@ -51,6 +55,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectAutoGlareRemove::CLASS_ID, ONE_INPUT, CreateAutoGlareRemove},
         {SettingsEffectBiColorToning::CLASS_ID, ONE_INPUT, CreateBiColorToning},
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
+        {SettingsEffectBlurBokeh::CLASS_ID, ONE_INPUT, CreateBlurBokeh},
         {SettingsEffectBlurRadial::CLASS_ID, ONE_INPUT, CreateBlurRadial},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectColoredGlass::CLASS_ID, ONE_INPUT, CreateColoredGlass},
@@ -64,11 +69,14 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
         {SettingsEffectHorizonDetector::CLASS_ID, ONE_INPUT, CreateHorizonDetector},
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
+        {SettingsEffectOilPaint::CLASS_ID, ONE_INPUT, CreateOilPaint},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectRestorer::CLASS_ID, ONE_INPUT, CreateRestorer},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectSketch::CLASS_ID, ONE_INPUT, CreateSketch},
+        {SettingsEffectTiltShift::CLASS_ID, ONE_INPUT, CreateTiltShift},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
+        {SettingsEffectVignette::CLASS_ID, ONE_INPUT, CreateVignette},
         {SettingsEffectWhiteBalance::CLASS_ID, ONE_INPUT, CreateWhiteBalance},
     };
     for (Registration const& entry : registrations)

@@ -1,0 +1,159 @@
+// TiltShift: a smart blur of the whole picture, laid over the sharp one through a shape mask.
+//
+//     work   = upscaler(smart blur(downscaler(picture)))   at full size where the picture is 4 pixels wide or narrower
+//     mask   = shape mask of the picture's frame           made anew for a new frame format or new settings
+//     alpha  = mask at the resolution of the chroma        for a new mask or a new pixel format
+//     result = picture with the work over it, as opaque as the mask says
+//
+// New settings reach no sub-effect by themselves: they make mask and blur stale, and the next picture configures both.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectAlphaInserter.h"
+#include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/Settings/SettingsEffectSmartBlur.h"
+#include "Proc/Settings/SettingsEffectTiltShift.h"
+#include "Proc/Settings/SettingsResizer.h"
+
+namespace Velnor::Proc {
+
+class TiltShift : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectTiltShift> {
+public:
+    TiltShift(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          formatConverter(MakeOneInput<SettingsColorspaceConverter>()),
+          smartBlur(MakeOneInput<SettingsEffectSmartBlur>()),
+          shapeMask(MakeOneInput<SettingsEffectShapeMask>()),
+          blender(factory->CreateTwoInputEffect(SettingsEffectImageBlender::CLASS_ID, ImplNames::DEFAULT)),
+          alphaExtractor(MakeOneInput<SettingsEffectExtraAlphaExtractor>()),
+          alphaInserter(factory->CreateTwoInputEffect(SettingsEffectAlphaInserter::CLASS_ID, ImplNames::DEFAULT)),
+          downscaler(MakeOneInput<SettingsResizer>()),
+          upscaler(MakeOneInput<SettingsResizer>()) {
+        blender->SetSettings(SettingsEffectImageBlender());
+        alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(PixFmt::NONE));
+        alphaInserter->SetSettings(SettingsEffectAlphaInserter());
+        ConfigureBlur();
+    }
+
+    void ResetSettings() override {
+        mask = nullptr;
+        isBlurConfigured = false;
+        EffectBaseOneInput::ResetSettings();
+    }
+
+    void ProcessInternal(DataHandle& data) override {
+        data = AsVideo(data).MakeCopy(CopyMode::Independent);
+        DataHandle const work = MakeWork(data);
+        UpdateMask(data);
+        UpdateMaskAlpha(data->GetPixFmt());
+        blender->ProcessData(data, AddOpacity(work));
+    }
+
+private:
+    // Sub-effects may write in place, so they get copies, which share their samples until then. Each stage commits what
+    // it made last: one that fails leaves nothing behind that the next picture would trust.
+
+    /// The blurred picture, of the size and the pixel format of `data`.
+    DataHandle MakeWork(DataHandle const& data) {
+        FrameFormat const frame = data->GetFrameFormat();
+        DataHandle work = AsVideo(data).MakeCopy(CopyMode::Value);
+        bool const isResized = ConfigureResizers(frame);
+        ConfigureBlur();
+        if (isResized) downscaler->ProcessData(work);
+        smartBlur->ProcessData(work);
+        if (isResized) upscaler->ProcessData(work);
+        AsVideo(work).SetRectangle(0, 0, frame.width, frame.height);
+        ConfigureConverter(data->GetPixFmt());
+        formatConverter->ProcessData(work);
+        return work;
+    }
+
+    DataHandle AddOpacity(DataHandle work) {
+        alphaInserter->ProcessData(work, mask);
+        AsVideo(work).SetPlane(0, AsVideo(ConstDataHandle(mask)).GetPlane(0));
+        AsVideo(work).SetPlane(1, AsVideo(ConstDataHandle(maskAlpha)).GetPlane(0));
+        return work;
+    }
+
+    void ConfigureBlur() {
+        if (isBlurConfigured) return;
+        SettingsEffectSmartBlur blur;
+        blur.SetLumaRadius(100);
+        blur.SetChromaRadius(100);
+        blur.SetLumaBlur(settings.GetBlur());
+        blur.SetChromaBlur(settings.GetBlur());
+        blur.SetLumaSharpen(settings.GetSharpen());
+        blur.SetChromaSharpen(settings.GetSharpen());
+        smartBlur->SetSettings(blur);
+        isBlurConfigured = true;
+    }
+
+    /// Whether the blur works on a reduced picture. The resizers are configured for the mask's frame as long as there is
+    /// a mask: it goes before they change.
+    bool ConfigureResizers(FrameFormat const& frame) {
+        if (frame.width <= 4) return false;
+        if (mask && mask->GetFrameFormat() == frame) return true;
+        mask = nullptr;
+        SettingsResizer resize;
+        resize.SetMode(SettingsResizer::TO_FRAME);
+        resize.SetFitting(SettingsResizer::INSIDE);
+        resize.SetTarget({1024, 768, 1, 1});
+        resize.SetMethod(SettingsResizer::FAST_BILINEAR);
+        downscaler->SetSettings(resize);
+
+        resize.SetMethod(SettingsResizer::BICUBLIN);
+        resize.SetFitting(SettingsResizer::EXACT);
+        resize.SetTarget({frame.width + (frame.width & 1), frame.height + (frame.height & 1), frame.aspectNumerator,
+                          frame.aspectDenominator});
+        upscaler->SetSettings(resize);
+        return true;
+    }
+
+    void ConfigureConverter(PixFmt format) {
+        if (format == lastFormat) return;
+        lastFormat = PixFmt::NONE;
+        formatConverter->SetSettings(SettingsColorspaceConverter(format, true));
+        lastFormat = format;
+    }
+
+    void UpdateMask(DataHandle const& data) {
+        if (mask && mask->GetFrameFormat() == data->GetFrameFormat()) return;
+        mask = maskAlpha = nullptr;
+        shapeMask->SetSettings(settings.GetShapeMask());
+        DataHandle made = AsVideo(data).MakeCopy(CopyMode::Share);
+        shapeMask->ProcessData(made);
+        mask = made;
+    }
+
+    void UpdateMaskAlpha(PixFmt format) {
+        using AlphaSettings = SettingsEffectExtraAlphaExtractor;
+        bool const isSameFormat =
+            dynamic_cast<AlphaSettings const&>(alphaExtractor->GetSettingsBase()).GetPixelFormat() == format;
+        if (maskAlpha && isSameFormat) return;
+        maskAlpha = nullptr;
+        DataHandle made = AsVideo(mask).MakeCopy(CopyMode::Share);
+        if (!isSameFormat) alphaExtractor->SetSettings(AlphaSettings(format));
+        alphaExtractor->ProcessData(made);
+        maskAlpha = made;
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> formatConverter;
+    intrusive_ptr<IOneInputEffectVideo> smartBlur;
+    intrusive_ptr<IOneInputEffectVideo> shapeMask;
+    intrusive_ptr<ITwoInputEffectVideo> blender;
+    intrusive_ptr<IOneInputEffectVideo> alphaExtractor;
+    intrusive_ptr<ITwoInputEffectVideo> alphaInserter;
+    intrusive_ptr<IOneInputEffectVideo> downscaler;
+    intrusive_ptr<IOneInputEffectVideo> upscaler;
+    DataHandle mask;
+    DataHandle maskAlpha;
+    PixFmt lastFormat = PixFmt::NONE; ///< Pixel format that the converter is configured for.
+    bool isBlurConfigured = false;
+};
+
+intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<TiltShift>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,104 @@
+// Vignette: a layer of one colour, laid over the picture with a shape mask as its opacity.
+//
+//     mask   = shape mask of the picture's frame         made anew for a new frame format or new shape settings
+//     alpha  = mask at the resolution of the chroma      for a new mask or a new pixel format
+//     layer  = colour, with mask and alpha as opacity    for a new mask, pixel format or colour
+//     result = picture with the layer over it
+//
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectAlphaInserter.h"
+#include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/Settings/SettingsEffectVignette.h"
+
+namespace Velnor::Proc {
+
+class Vignette : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectVignette> {
+public:
+    using EffectBaseOneInput::SetSettings;
+
+    Vignette(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          inputConverter(MakeOneInput(SettingsColorspaceConverter(
+              std::vector<PixFmt>{PixFmt::GRAY8, PixFmt::ARGB, PixFmt::RGBA, PixFmt::ABGR, PixFmt::BGRA}, true))),
+          shapeMask(MakeOneInput<SettingsEffectShapeMask>()),
+          blender(MakeTwoInput(SettingsEffectImageBlender())),
+          alphaExtractor(MakeOneInput(SettingsEffectExtraAlphaExtractor(PixFmt::NONE))),
+          alphaInserter(MakeTwoInput(SettingsEffectAlphaInserter())) {}
+
+    /// The reset hook cannot tell which settings change: a mask of the same shape is kept over it.
+    void SetSettings(SettingsEffectVignette const& next) override {
+        DataHandle const kept = settings.GetShapeMask() == next.GetShapeMask() ? mask : nullptr;
+        EffectBaseOneInput::SetSettings(next);
+        mask = kept;
+    }
+
+    void ResetSettings() override {
+        mask = nullptr;
+        EffectBaseOneInput::ResetSettings();
+    }
+
+    void ProcessInternal(DataHandle& data) override {
+        inputConverter->ProcessData(data);
+        UpdateMask(data);
+        UpdateMaskAlpha(data->GetPixFmt());
+        UpdateColorLayer();
+        data = AsVideo(data).MakeCopy(CopyMode::Independent);
+        blender->ProcessData(data, colorLayer);
+    }
+
+private:
+    // Sub-effects may write in place, so they get copies, which share their samples until then. Each stage commits what
+    // it made last: one that fails leaves nothing behind that the next picture would trust.
+
+    void UpdateMask(DataHandle const& data) {
+        if (mask && mask->GetFrameFormat() == data->GetFrameFormat()) return;
+        mask = maskAlpha = colorLayer = nullptr;
+        shapeMask->SetSettings(settings.GetShapeMask());
+        DataHandle made = AsVideo(data).MakeCopy(CopyMode::Share);
+        shapeMask->ProcessData(made);
+        mask = made;
+    }
+
+    void UpdateMaskAlpha(PixFmt format) {
+        if (maskAlpha && format == layerFormat) return;
+        maskAlpha = colorLayer = nullptr;
+        DataHandle made = AsVideo(mask).MakeCopy(CopyMode::Share);
+        alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(format));
+        alphaExtractor->ProcessData(made);
+        maskAlpha = made;
+        layerFormat = format;
+    }
+
+    void UpdateColorLayer() {
+        if (colorLayer && layerColor == settings.GetColor()) return;
+        colorLayer = nullptr;
+        VideoHandle const filled = context->CreateImage(layerFormat, mask->GetFrameFormat());
+        filled->Fill(settings.GetColor());
+        DataHandle made = filled;
+        alphaInserter->ProcessData(made, mask);
+        AsVideo(made).SetPlane(0, AsVideo(ConstDataHandle(mask)).GetPlane(0));
+        AsVideo(made).SetPlane(1, AsVideo(ConstDataHandle(maskAlpha)).GetPlane(0));
+        colorLayer = made;
+        layerColor = settings.GetColor();
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> inputConverter;
+    intrusive_ptr<IOneInputEffectVideo> shapeMask;
+    intrusive_ptr<ITwoInputEffectVideo> blender;
+    intrusive_ptr<IOneInputEffectVideo> alphaExtractor;
+    intrusive_ptr<ITwoInputEffectVideo> alphaInserter;
+    DataHandle mask;
+    DataHandle maskAlpha;
+    DataHandle colorLayer;
+    PixFmt layerFormat = PixFmt::NONE; ///< Pixel format that maskAlpha and colorLayer are for.
+    Color layerColor{0, 0, 0, 255};    ///< Colour of colorLayer.
+};
+
+intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Vignette>(factory, context);
+}
+
+} // namespace Velnor::Proc
