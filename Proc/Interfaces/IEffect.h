@@ -35,7 +35,8 @@ public:
     virtual void ResetSettings() = 0; ///< Back to default settings.
 
     /// The form for callers that do not know the kind: one element for a one-input effect, two for a two-input effect
-    /// (else std::logic_error "invalid data count"), any number for a var-input effect. The vector stays as it is.
+    /// (else std::logic_error "invalid data count"), any number for a var-input effect. The vector stays as it is, but
+    /// for what a var-input effect does with it (IVarInputEffect::Process).
     virtual intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
 
     virtual Core::Property GetStatistic() = 0;

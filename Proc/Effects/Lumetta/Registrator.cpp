@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
+#include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
@@ -30,6 +31,7 @@ struct Registration {
 
 constexpr RegisterOperation ONE_INPUT = &IEffectRegistry::RegisterOneInputEffect;
 constexpr RegisterOperation TWO_INPUT = &IEffectRegistry::RegisterTwoInputEffect;
+constexpr RegisterOperation VAR_INPUT = &IEffectRegistry::RegisterVarInputEffect;
 
 } // namespace
 
@@ -40,6 +42,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
+        {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
