@@ -20,6 +20,10 @@ struct VELNOR_API TimeToProgress {
     double GetFraction(std::int64_t microseconds) const;
 };
 
+/// The child of an effect's statistics by which it tells in words that its last result may not be what was wanted, though
+/// nothing failed. Not there when there is nothing to tell.
+inline constexpr char const* WARNING_NODE = "Warning";
+
 /// Root of the effects. The order of the virtual operations is binary contract. One instance processes one picture at a
 /// time; it holds no lock.
 class VELNOR_API IEffect : public virtual IRefCountable {

@@ -159,6 +159,7 @@ TEST_F(CommandTest, WrongCallsSayWhatIsAccepted) {
              {{"-e", "white-balance:reference=redish"}, "reference: \"redish\" is no colour: #rrggbb"},
              {{"-e", "pixelate:"}, "is no parameter=value"},
              {{"-e", "second"}, "second works on two pictures; second:input=FILE names the second"},
+             {{"-e", "second:input=red.png,input=red.png"}, "second works on two pictures; input is given twice"},
              {{"-e", "probe:first-sample=3"}, "first-sample is a result of the effect and cannot be set"},
              {{"-e", "probe:input=red.png"}, "probe has no parameter \"input\""}}) {
         Words words{"apply", "red.png", "-o", "new/x.png", "--plugin", VELNOR_PROBE_PLUGIN};
@@ -207,25 +208,84 @@ TEST_F(CommandTest, EveryKindOfEffectRuns) {
     CommandResult const two = RunWithProbe({"apply", "red.png", "-e", "second:input=glass.png", "-o", "two.png"});
     EXPECT_EQ(two.code, 0) << two.error;
     EXPECT_EQ(Look("two.png"), "rgba 90 60 30 128");
+    ASSERT_EQ(RunWithProbe({"apply", "red.png", "-e", "many:input=red.png,input=glass.png", "-o", "many.png"}).code, 0);
+    EXPECT_EQ(Look("many.png"), "rgba 255 2 0 128");
     EXPECT_EQ(RunWithProbe({"apply", "red.png", "-e", "many:bypass=on", "-o", "kept.png"}).code, 0);
     EXPECT_EQ(Look("kept.png"), "rgb24 200 20 10");
 }
 
 TEST_F(CommandTest, ResultsOfEffectsArePrinted) {
-    EXPECT_EQ(RunWithProbe({"apply", "red.png", "-e", "probe", "-o", "1.png"}).out, "first-sample: 200\n");
-    EXPECT_EQ(RunWithProbe({"apply", "red.png", "glass.png", "-e", "probe", "-o", "2/"}).out,
-              "red.png: first-sample: 200\nglass.png: first-sample: 90\n");
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "-e", "probe", "-o", "1.png"}).out,
+              "red.png: probe: first-sample=200\n");
+    // Without -o nothing is written; an effect that is switched off finds nothing.
+    std::set<std::string> const before = Files();
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "glass.png", "-e", "gradient:bypass=on", "-e", "probe"}).out,
+              "red.png: probe: first-sample=200\nglass.png: probe: first-sample=90\n");
+    EXPECT_EQ(RunWithProbe({"apply", "red.png", "-e", "probe:bypass=on"}).out, "");
+    EXPECT_EQ(Files(), before);
+    ExpectFailure(2, "-o is missing", {"apply", "red.png", "-e", "pixelate"});
+
     CommandResult const result =
-        RunWithProbe({"apply", "red.png", "no.png", "-e", "probe", "-o", "3/", "--json", "--stats"});
-    auto const document = nlohmann::json::parse(result.out);
-    ASSERT_EQ(document.size(), 2u);
-    EXPECT_EQ(document[0]["output"], "3/red.png");
-    EXPECT_EQ(document[0]["code"], 0);
-    EXPECT_EQ(document[0]["results"][0]["effect"], "probe");
-    EXPECT_EQ(document[0]["results"][0]["values"]["first-sample"], 200);
-    EXPECT_EQ(document[1]["code"], 3);
-    EXPECT_THAT(document[1]["error"].get<std::string>(), HasSubstr("no.png"));
-    EXPECT_THAT(result.error, AllOf(HasSubstr("SettingsEffectProbe>::GetStatistic"), HasSubstr("  Count: 1\n")));
+        RunWithProbe({"apply", "red.png", "no.png", "-e", "probe:warn=mind you", "-o", "3/", "--json", "--stats"});
+    std::size_t const end = result.out.find('\n'); // One document a line.
+    auto const done = nlohmann::json::parse(result.out.substr(0, end));
+    auto const failed = nlohmann::json::parse(result.out.substr(end + 1));
+    EXPECT_EQ(done["outputs"], nlohmann::json{"3/red.png"});
+    EXPECT_EQ(done["code"], 0);
+    EXPECT_EQ(done["warnings"], nlohmann::json{"red.png: probe: mind you"});
+    EXPECT_EQ(done["results"][0]["effect"], "probe");
+    EXPECT_EQ(done["results"][0]["values"]["first-sample"], 200);
+    EXPECT_EQ(failed["code"], 3);
+    EXPECT_EQ(failed["outputs"], nlohmann::json::array());
+    EXPECT_THAT(failed["error"].get<std::string>(), HasSubstr("no.png"));
+    EXPECT_THAT(result.error, AllOf(HasSubstr("velnor: red.png: probe: mind you\n"),
+                                    HasSubstr("SettingsEffectProbe>::GetStatistic"), HasSubstr("  Count: 1\n")));
+}
+
+TEST_F(CommandTest, PiecesOfAPhotographHaveNamesOfTheirOwn) {
+    std::string const cut = "cutter:patch-width=20,patch-height=32,overlap-x=4";
+    ASSERT_EQ(Run({"apply", "red.png", "-e", cut, "-e", "pixelate", "-o", "tiles/{name}-{y}-{x}.png"}).code, 0);
+    EXPECT_THAT(Files(), UnorderedElementsAre("red.png", "glass.png", "tiles/red-0-0.png", "tiles/red-0-16.png",
+                                              "tiles/red-0-32.png"));
+    EXPECT_EQ(Look("tiles/red-0-32.png"), "rgb24 200 20 10");
+    // A piece that is cut up again: places stay those in the photograph.
+    ASSERT_EQ(Run({"apply", "red.png", "-e", "cutter:patch-width=20,patch-height=16", "-e",
+                   "cutter:patch-width=10,patch-height=16", "-o", "{x}+{y}.png"})
+                  .code,
+              0);
+    for (char const* name : {"0+0", "10+0", "20+0", "30+0", "0+16", "10+16", "20+16", "30+16"})
+        EXPECT_TRUE(fs::exists(folder / (std::string(name) + ".png"))) << name;
+
+    char const* const several = "red.png becomes 3 pictures, and -o ";
+    for (char const* output : {"one.png", "all/", "{name}-{y}.png"})
+        ExpectFailure(2, several + std::string(output) + " gives several of them one name; say a pattern with {x}",
+                      {"apply", "red.png", "-e", cut, "-o", output});
+    // All are free before the first is written.
+    MakeText("b-16.png", "mine");
+    ExpectFailure(4, "b-16.png exists already", {"apply", "red.png", "-e", cut, "-o", "b-{x}.png"});
+
+    CommandResult const found = RunWithProbe({"apply", "red.png", "-e", cut, "-e", "probe"});
+    EXPECT_EQ(found.out, "red.png at 0,0: probe: first-sample=200\nred.png at 16,0: probe: first-sample=200\n"
+                         "red.png at 32,0: probe: first-sample=200\n");
+    auto const json = nlohmann::json::parse(RunWithProbe({"apply", "red.png", "-e", cut, "-e", "probe", "--json"}).out);
+    EXPECT_EQ(json["results"][2]["at"], (nlohmann::json{32, 0}));
+}
+
+TEST_F(CommandTest, APictureMadeEvenByAnEffectIsCutBack) {
+    auto const grown = [&](std::uint32_t width, std::uint32_t height, std::string const& effect) {
+        auto const picture = host.GetContext()->CreateImage(PixFmt::RGB24, Proc::FrameFormat::Square(width, height));
+        picture->Fill(Proc::Color(10, 20, 200, 255));
+        Proc::WritePicture(folder / "in.png", *picture, nullptr, {.overwrite = true});
+        EXPECT_EQ(RunWithProbe({"apply", "in.png", "-e", effect, "-o", "grown.png", "-f"}).code, 0);
+        Proc::FrameFormat const size =
+            Proc::ReadPicture(folder / "grown.png", *host.GetContext()).picture->GetFrameFormat();
+        return std::to_string(size.width) + "x" + std::to_string(size.height);
+    };
+    EXPECT_EQ(grown(5, 7, "probe:grow=1"), "5x7");
+    EXPECT_EQ(grown(5, 7, "probe:grow=2"), "7x9");
+    EXPECT_EQ(grown(6, 8, "probe:grow=1"), "7x9"); // These were even.
+    EXPECT_EQ(grown(5, 8, "probe:grow=1"), "6x9");
+    EXPECT_EQ(grown(5, 7, "pad:margins=0,0,1,1"), "6x8"); // As it was asked for.
 }
 
 TEST_F(CommandTest, LogLinesAreShownOnDemandOnly) {

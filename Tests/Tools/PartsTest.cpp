@@ -40,6 +40,8 @@ TEST(EffectArgumentTest, PartsWithoutEqualsSignGoOnWithTheValueBefore) {
     EXPECT_THAT(ParseEffectArgument("gradient:stops=0:#102040,128:#c08040,bypass=no").parameters,
                 ElementsAre(Parameter{"stops", "0:#102040,128:#c08040"}, Parameter{"bypass", "no"}));
     EXPECT_THAT(ParseEffectArgument("x:input=a,b/c:d.jpg").parameters, ElementsAre(Parameter{"input", "a,b/c:d.jpg"}));
+    EXPECT_THAT(ParseEffectArgument("x:input=a,input=b").parameters,
+                ElementsAre(Parameter{"input", "a"}, Parameter{"input", "b"}));
     EXPECT_THAT(ParseEffectArgument("x:a=,b==,").parameters, ElementsAre(Parameter{"a", ""}, Parameter{"b", "=,"}));
 }
 
@@ -85,6 +87,17 @@ TEST(OutputNamesTest, FileFolderAndPattern) {
     std::vector<std::string> const ten(10, "x.jpg");
     EXPECT_EQ(NamesOf(ten, "{index}.jpg").front(), "01.jpg");
     EXPECT_EQ(NamesOf({"{name}.jpg"}, "o/{name}.jpg").front(), "o/{name}.jpg"); // Not filled in a second time.
+}
+
+TEST(OutputNamesTest, PiecesAreNamedByTheirPlace) {
+    std::vector<Place> const places{{0, 0}, {256, 0}, {0, 100}};
+    OutputPlan const plan = PlanOutputs({"a.jpg", "b{x}.jpg"}, "o/{index}-{name}-{y}-{x}.png")[1];
+    EXPECT_EQ(plan.output, "o/2-b{x}-0-0.png");
+    EXPECT_THAT(NamePieces(plan, places), ElementsAre("o/2-b{x}-0-0.png", "o/2-b{x}-0-256.png", "o/2-b{x}-100-0.png"));
+    EXPECT_THAT(NamePieces(PlanOutputs({"a.jpg"}, "b.png")[0], {{7, 8}}), ElementsAre("b.png"));
+    EXPECT_THAT(WrongCallOf([&] { NamePieces(PlanOutputs({"a.jpg"}, "{x}.png")[0], places); }),
+                HasSubstr("a.jpg becomes 3 pictures, and -o {x}.png gives several of them one name"));
+    EXPECT_EQ(PlanOutputs({"a.jpg", "b.jpg"}, "")[1].output, "");
 }
 
 TEST(OutputNamesTest, RefusesPatternsAndCollisions) {

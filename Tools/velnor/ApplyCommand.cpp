@@ -6,7 +6,7 @@
 #include "Tools/velnor/StopSignals.h"
 
 #include <algorithm>
-#include <system_error>
+#include <iterator>
 
 namespace Velnor::Tool {
 namespace {
@@ -18,19 +18,27 @@ class Work {
 public:
     Work(ApplyOptions const& applyOptions, EffectCatalogue const& effects, std::vector<OutputPlan> const& plans,
          intrusive_ptr<Core::IProgressController> const& progress)
-        : options(applyOptions), catalogue(effects), controller(progress), line(!applyOptions.isVerbose, plans.size()) {
-        reading.maxPixels = static_cast<std::uint64_t>(options.maxMegapixels * 1e6);
-        reading.acceptDamaged = options.acceptDamaged;
+        : options(applyOptions),
+          catalogue(effects),
+          controller(progress),
+          reading(options.files.ForReading()),
+          line(!applyOptions.isVerbose, plans.size()) {
         for (std::string const& effect : options.effects)
             steps.emplace_back(ParseEffectArgument(effect), catalogue, reading, controller);
-        CheckOutputs(plans, options.replace);
+        if (options.output.empty()) {
+            RequireResults();
+            return;
+        }
+        std::vector<fs::path> outputs;
+        for (OutputPlan const& plan : plans) outputs.push_back(plan.output);
+        CheckOutputs(outputs, options.files.replace);
     }
 
     /// Never throws for what is wrong with the photograph.
     PhotoReport Process(OutputPlan const& plan) {
-        PhotoReport photo{plan, {}, {}};
+        PhotoReport photo{plan.input, {}, {}, {}, {}};
         try {
-            ProcessThrowing(photo);
+            ProcessThrowing(plan, photo);
         } catch (...) {
             photo.report = ReportCurrentException();
             photo.report.text.insert(0, place);
@@ -51,47 +59,70 @@ public:
     }
 
 private:
-    void ProcessThrowing(PhotoReport& photo) {
+    /// Effects that only tell something need no output.
+    void RequireResults() const {
+        if (std::ranges::none_of(steps, &EffectStep::HasResults))
+            throw WrongCall("apply: -o is missing; it names the file, the folder (out/) or the pattern to write");
+    }
+
+    void ProcessThrowing(OutputPlan const& plan, PhotoReport& photo) {
         Announce(photo, "reading");
-        Proc::LoadedPicture loaded = Proc::ReadPicture(photo.plan.input, *catalogue.GetHost().GetContext(), reading);
-        Proc::DataHandle picture = std::move(loaded.picture);
-        bool const hadAlpha = picture->GetDescription().hasAlpha;
-        for (EffectStep& step : steps) {
-            Announce(photo, step.GetName());
-            place = photo.plan.input.string() + ": " + step.GetName() + ": ";
-            step.Run(picture);
-            place.clear();
-            std::vector<EffectResult> results = step.GetResults();
-            if (!results.empty()) photo.found.push_back({step.GetName(), std::move(results)});
-        }
+        Proc::LoadedPicture loaded = Proc::ReadPicture(plan.input, *catalogue.GetHost().GetContext(), reading);
+        bool const hadAlpha = loaded.picture->GetDescription().hasAlpha;
+        std::vector<Piece> pieces;
+        pieces.push_back({std::move(loaded.picture), {}});
+        for (EffectStep& step : steps) pieces = RunStep(step, std::move(pieces), photo);
+        if (plan.output.empty()) return;
         Announce(photo, "writing");
-        picture = PrepareForFile(std::move(picture), photo.plan.output, hadAlpha, *catalogue.GetHost().GetFactory());
-        MakeFolder(photo.plan.output.parent_path());
-        RequireGoing();
-        Proc::WritePicture(photo.plan.output, Proc::AsVideo(picture), loaded.metadata.get(),
-                           {options.quality, options.replace});
+        std::vector<fs::path> const files = NameFiles(plan, pieces);
+        for (std::size_t i = 0; i < pieces.size(); ++i) {
+            RequireGoing();
+            SavePicture(std::move(pieces[i].picture), files[i], hadAlpha, loaded.metadata.get(),
+                        options.files.ForWriting(), *catalogue.GetHost().GetFactory());
+            photo.outputs.push_back(files[i]);
+        }
+    }
+
+    std::vector<Piece> RunStep(EffectStep& step, std::vector<Piece> pieces, PhotoReport& photo) {
+        bool const areSeveral = pieces.size() > 1;
+        std::vector<Piece> made;
+        for (Piece& piece : pieces) {
+            Announce(photo, step.GetName());
+            Place const at = piece.place;
+            place = photo.input.string() + ": " + step.GetName() + ": ";
+            std::ranges::move(step.Run(std::move(piece)), std::back_inserter(made));
+            if (std::string const warning = step.GetWarning(); !warning.empty())
+                photo.warnings.push_back(place + warning);
+            place.clear();
+            if (std::vector<EffectResult> results = step.GetResults(); !results.empty())
+                photo.found.push_back(
+                    {step.GetName(), areSeveral ? std::optional(at) : std::nullopt, std::move(results)});
+        }
+        return made;
+    }
+
+    /// Of several, all are found free to write before the first is written.
+    std::vector<fs::path> NameFiles(OutputPlan const& plan, std::vector<Piece> const& pieces) const {
+        std::vector<Place> places;
+        for (Piece const& piece : pieces) places.push_back(piece.place);
+        std::vector<fs::path> const files = NamePieces(plan, places);
+        CheckOutputs(files, options.files.replace);
+        return files;
     }
 
     void Announce(PhotoReport const& photo, std::string const& step) {
         RequireGoing();
-        line.Show(finished, photo.plan.input.string(), step);
+        line.Show(finished, photo.input.string(), step);
     }
 
     void RequireGoing() const {
         if (controller->IsStopRequested()) throw Failure(ExitCode::Stopped, "stopped");
     }
 
-    static void MakeFolder(fs::path const& folder) {
-        std::error_code error;
-        if (!folder.empty()) fs::create_directories(folder, error);
-        if (error)
-            throw Failure(ExitCode::OutputFailed, "folder " + folder.string() + " cannot be made: " + error.message());
-    }
-
     ApplyOptions const& options;
     EffectCatalogue const& catalogue;
     intrusive_ptr<Core::IProgressController> const controller;
-    Proc::ReadOptions reading;
+    Proc::ReadOptions const reading;
     std::vector<EffectStep> steps;
     ProgressLine line;
     std::size_t finished = 0;
@@ -121,10 +152,10 @@ ExitCode RunApply(ApplyOptions const& options) {
         photos.push_back(work.Process(plan));
         PhotoReport const& photo = photos.back();
         if (!photo.report.text.empty()) PrintError(photo.report.text);
+        for (std::string const& warning : photo.warnings) PrintError(warning);
+        Print(options.asJson ? FormatJson(photo) : FormatResults(photo));
         if (photo.report.code == ExitCode::Stopped) break;
-        if (!options.asJson) Print(FormatResults(photo, plans.size() > 1));
     }
-    if (options.asJson) Print(FormatJson(photos));
     if (options.showStatistics) PrintAside(work.GetStatistics());
     return Summarise(photos);
 }

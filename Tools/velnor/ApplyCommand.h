@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Tools/velnor/ExitCodes.h"
+#include "Tools/velnor/FileOptions.h"
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,12 +12,9 @@ namespace Velnor::Tool {
 struct ApplyOptions {
     std::vector<std::string> photos;
     std::vector<std::string> effects; ///< As typed.
-    std::string output;
+    std::string output;               ///< Empty: nothing is written.
     std::vector<std::string> plugins;
-    int quality = 90;
-    double maxMegapixels = 512;
-    bool replace = false;
-    bool acceptDamaged = false;
+    FileOptions files;
     bool showStatistics = false;
     bool asJson = false;
     bool isVerbose = false;

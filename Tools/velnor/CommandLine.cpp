@@ -3,6 +3,7 @@
 #include "Proc/Interfaces/SettingsText.h"
 #include "Tools/velnor/ApplyCommand.h"
 #include "Tools/velnor/Console.h"
+#include "Tools/velnor/CutoutCommand.h"
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/ListCommands.h"
 #include "Tools/velnor/Logging.h"
@@ -34,10 +35,14 @@ constexpr char const* EFFECT_SYNTAX =
   -e pixelate:strength=40,method-upscale=bilinear
   -e white-balance:reference=#c8b496
 Effects run left to right. `velnor effects` lists them, `velnor describe EFFECT` shows the parameters of one.
-An effect on two pictures reads the second from its parameter input=FILE.)";
+An effect on two pictures reads the second from its parameter input=FILE; one on any number of pictures
+takes the photograph and every input=FILE, which may be repeated. Effects after one that cuts the photograph
+into pieces run on each piece. What effects find out is printed, "photograph: effect: name=value" a line;
+with --json each photograph is one line, an object.)";
 
 struct Arguments {
-    ApplyOptions apply;
+    ApplyOptions apply; ///< What other commands share with it too.
+    CutoutOptions cutout;
     std::string effect; ///< To describe.
     int verbosity = 0;
     int logLevel = 0;
@@ -59,15 +64,39 @@ CLI::Validator Within(Number low, Number high) {
             std::string()};
 }
 
-void AddCommonOptions(CLI::App& command, ApplyOptions& options) {
-    command.add_flag("--json", options.asJson, "Print results as JSON");
-    command.add_option("--plugin", options.plugins, "Load this plug-in too; may be repeated")
+void AddPluginOption(CLI::App& command, std::vector<std::string>& plugins) {
+    command.add_option("--plugin", plugins, "Load this plug-in too; may be repeated")
         ->type_name("FILE")
         ->allow_extra_args(false);
     command.allow_extras(); // Collected, so that the message about them is our own.
 }
 
-CLI::App* AddApply(CLI::App& app, Arguments& arguments) {
+void AddCommonOptions(CLI::App& command, ApplyOptions& options) {
+    command.add_flag("--json", options.asJson, "Print results as JSON");
+    AddPluginOption(command, options.plugins);
+}
+
+/// Of the commands that read photographs and write others.
+void AddFileOptions(CLI::App& command, FileOptions& files) {
+    command.add_flag("-f,--force", files.replace, "Replace outputs that exist already");
+    command.add_option("--quality", files.quality, "Quality of lossy formats, 1 to 100")
+        ->check(Within(1, 100))
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_option("--max-megapixels", files.maxMegapixels, "Refuse larger photographs")
+        ->check(Within(0.000001, 1e6))
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_flag("--accept-damaged", files.acceptDamaged, "Keep the readable part of a damaged photograph");
+}
+
+void AddLogOptions(CLI::App& command, Arguments& arguments) {
+    command.add_flag("-v,--verbose", arguments.verbosity,
+                     "Log what the effects do to standard error: raises the verbose log level by 30 each time");
+    command.add_option("--log-level", arguments.logLevel, "Verbose log level")->check(Within(0, 1000))->type_name("N");
+}
+
+void AddApply(CLI::App& app, Arguments& arguments) {
     ApplyOptions& options = arguments.apply;
     CLI::App* const apply = app.add_subcommand("apply", "Run effects on photographs and write the results");
     apply->add_option("photos", options.photos, "Photographs to read; after -- names may begin with a dash")
@@ -78,25 +107,38 @@ CLI::App* AddApply(CLI::App& app, Arguments& arguments) {
     apply
         ->add_option("-o,--output", options.output,
                      "File to write; a folder (out/) for several photographs, or a pattern with {name}, {index} and "
-                     "{ext}. Folders that are missing are made")
+                     "{ext}, and {x} and {y} of the pieces that an effect cuts a photograph into. Folders that are "
+                     "missing are made. Not needed with effects that only find something out")
         ->type_name("OUT");
-    apply->add_flag("-f,--force", options.replace, "Replace outputs that exist already");
-    apply->add_option("--quality", options.quality, "Quality of lossy formats, 1 to 100")
-        ->check(Within(1, 100))
-        ->type_name("N")
-        ->capture_default_str();
-    apply->add_option("--max-megapixels", options.maxMegapixels, "Refuse larger photographs")
-        ->check(Within(0.000001, 1e6))
-        ->type_name("N")
-        ->capture_default_str();
-    apply->add_flag("--accept-damaged", options.acceptDamaged, "Keep the readable part of a damaged photograph");
+    AddFileOptions(*apply, options.files);
     apply->add_flag("--stats", options.showStatistics, "Print each effect's statistics to standard error at the end");
-    apply->add_flag("-v,--verbose", arguments.verbosity,
-                    "Log what the effects do to standard error: raises the verbose log level by 30 each time");
-    apply->add_option("--log-level", arguments.logLevel, "Verbose log level")->check(Within(0, 1000))->type_name("N");
+    AddLogOptions(*apply, arguments);
     AddCommonOptions(*apply, options);
     apply->footer(std::string(EFFECT_SYNTAX) + "\n\n" + EXIT_CODES);
-    return apply;
+}
+
+void AddCutout(CLI::App& app, Arguments& arguments) {
+    CutoutOptions& options = arguments.cutout;
+    CLI::App* const cutout = app.add_subcommand("cutout", "Cut an object out by strokes on it and on its background");
+    cutout->add_option("photo", options.photo, "Photograph to read")->type_name("PHOTO");
+    cutout
+        ->add_option("--strokes", options.strokes,
+                     "Picture of the photograph's size with a few strokes: of one grey on the object, of another on "
+                     "the background, black elsewhere")
+        ->type_name("STROKES");
+    cutout->add_option("-o,--output", options.output, "File to write, of a format with transparency")->type_name("OUT");
+    for (CutoutOptions::Setting& setting : options.settings)
+        cutout->add_option("--" + setting.name, setting.value, DescribeCutoutSetting(setting.name))
+            ->type_name("VALUE")
+            ->capture_default_str();
+    cutout->add_option("--feather", options.feather, "Softness of the edge, in pixels: 0 is hard")
+        ->check(Within(0.0, 100.0))
+        ->type_name("N")
+        ->capture_default_str();
+    AddFileOptions(*cutout, options.files);
+    AddLogOptions(*cutout, arguments);
+    AddPluginOption(*cutout, options.plugins);
+    cutout->footer("  velnor cutout photo.jpg --strokes strokes.png -o object.png\n\n" + std::string(EXIT_CODES));
 }
 
 /// The options of a command as they are typed.
@@ -119,15 +161,18 @@ void RequireNoExtras(CLI::App const& command) {
     }
 }
 
+/// Whether there is something to log.
+bool StartLogging(Arguments const& arguments) {
+    constexpr int LEVEL_OF_EFFECTS = 30;
+    int const level = std::max(LEVEL_OF_EFFECTS * arguments.verbosity, arguments.logLevel);
+    SetVerboseLevel(level);
+    return level > 0;
+}
+
 ExitCode RunApplyCommand(Arguments const& arguments) {
     ApplyOptions options = arguments.apply;
     if (options.photos.empty()) throw WrongCall("apply: no photograph is given");
-    if (options.output.empty())
-        throw WrongCall("apply: -o is missing; it names the file, the folder (out/) or the pattern to write");
-    constexpr int LEVEL_OF_EFFECTS = 30;
-    int const level = std::max(LEVEL_OF_EFFECTS * arguments.verbosity, arguments.logLevel);
-    options.isVerbose = level > 0;
-    SetVerboseLevel(level);
+    options.isVerbose = StartLogging(arguments);
     return RunApply(options);
 }
 
@@ -142,14 +187,19 @@ ExitCode RunParsed(CLI::App const& app, Arguments const& arguments) {
     if (commands.empty()) {
         std::vector<std::string> const extras = app.remaining();
         if (extras.empty())
-            throw WrongCall("no command is given; there is apply, effects and describe (`velnor --help` tells more)");
+            throw WrongCall(
+                "no command is given; there is apply, cutout, effects and describe (`velnor --help` tells more)");
         throw WrongCall("there is no command \"" + extras.front() + "\"" +
-                        SuggestNearest(extras.front(), {"apply", "effects", "describe"}));
+                        SuggestNearest(extras.front(), {"apply", "cutout", "effects", "describe"}));
     }
     CLI::App const& command = *commands.front();
     RequireNoExtras(command);
     ApplyOptions const& options = arguments.apply;
     if (command.get_name() == "apply") return RunApplyCommand(arguments);
+    if (command.get_name() == "cutout") {
+        StartLogging(arguments);
+        return RunCutout(arguments.cutout);
+    }
     if (command.get_name() == "describe" && arguments.effect.empty())
         throw WrongCall("describe: no effect is given; `velnor effects` lists what there is");
     Print(command.get_name() == "effects" ? ListEffects(options.plugins, options.asJson)
@@ -164,6 +214,7 @@ ExitCode Run(int argumentsCount, char const* const* given) {
     app.footer(EXIT_CODES);
     app.allow_extras();
     AddApply(app, arguments);
+    AddCutout(app, arguments);
     CLI::App* const effects = app.add_subcommand("effects", "List the effects that there are");
     AddCommonOptions(*effects, arguments.apply);
     CLI::App* const describe = app.add_subcommand("describe", "Show the parameters of an effect");

@@ -28,7 +28,7 @@ std::string MakeExample(std::string const& effect, Fields const& fields) {
     };
     for (Proc::SettingsField const& field : fields)
         if (!field.isOutput && field.example != field.defaultText) add(field);
-    bool const hasFirst = !fields.front().isOutput && fields.size() > 1;
+    bool const hasFirst = !fields.front().isOutput && fields.size() > 1 && !fields.front().example.empty();
     if (parameters.empty() && hasFirst) add(fields.front());
     return "velnor apply photo.jpg -e " + Quote(effect + parameters) + " -o out.jpg";
 }

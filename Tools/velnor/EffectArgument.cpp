@@ -18,7 +18,7 @@ void AddPart(EffectArgument& argument, std::string_view part) {
         throw WrongCall(argument.name + ": \"" + std::string(part) + "\" is no parameter=value; `velnor describe " +
                         argument.name + "` shows the parameters");
     std::string const key(part.substr(0, equals));
-    if (std::ranges::count(parameters, key, &EffectArgument::Parameter::key) > 0)
+    if (key != INPUT_PARAMETER && std::ranges::count(parameters, key, &EffectArgument::Parameter::key) > 0)
         throw WrongCall(argument.name + ": " + key + " is given twice");
     parameters.push_back({key, std::string(part.substr(equals + 1))});
 }

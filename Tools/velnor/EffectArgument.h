@@ -6,6 +6,9 @@
 
 namespace Velnor::Tool {
 
+/// The parameter that names a further picture for an effect on several. The only one that may be given more than once.
+inline constexpr char const* INPUT_PARAMETER = "input";
+
 /// One `-e`, taken apart: NAME[/IMPLEMENTATION][:KEY=VALUE[,KEY=VALUE]...]. What the names mean is not known here.
 struct EffectArgument {
     struct Parameter {
@@ -20,7 +23,7 @@ struct EffectArgument {
 
 /// A part between commas that has no '=' goes on with the value before it, comma included, so that lists need no
 /// quoting: `stops=0:#102040,128:#c08040`. Throws Failure (wrong call) for text without an effect's name, for an empty
-/// part and for a key given twice.
+/// part and for a key other than INPUT_PARAMETER given twice.
 EffectArgument ParseEffectArgument(std::string_view text);
 
 } // namespace Velnor::Tool

@@ -9,12 +9,15 @@
 namespace Velnor::Tool {
 namespace {
 
-Proc::SettingsField MakeInputParameter() {
+Proc::SettingsField MakeInputParameter(Proc::EffectKind kind) {
     Proc::SettingsField field;
     field.name = INPUT_PARAMETER;
     field.type = "file";
-    field.help = "the second picture, which the effect reads";
-    field.example = "second.png";
+    if (kind == Proc::EffectKind::TwoInput) {
+        field.help = "the second picture, which the effect reads";
+        field.example = "second.png";
+    } else
+        field.help = "a further picture, after the photograph; may be repeated";
     return field;
 }
 
@@ -45,7 +48,7 @@ std::string DescribeAccepted(Proc::SettingsField const& field, std::string const
 
 std::vector<Proc::SettingsField> DescribeParameters(Proc::SettingsType const& type, Proc::EffectKind kind) {
     std::vector<Proc::SettingsField> fields = type.describe();
-    if (kind == Proc::EffectKind::TwoInput) fields.push_back(MakeInputParameter());
+    if (kind != Proc::EffectKind::OneInput) fields.push_back(MakeInputParameter(kind));
     fields.push_back(MakeBypassParameter());
     return fields;
 }

@@ -9,9 +9,6 @@
 
 namespace Velnor::Tool {
 
-/// The parameter that names the second picture of an effect on two.
-inline constexpr char const* INPUT_PARAMETER = "input";
-
 /// What can be typed for an effect, and its results: the fields of its settings, then what the command adds for every
 /// effect of the kind. The parameter INPUT_PARAMETER has no `parse`: it is no part of the settings.
 std::vector<Proc::SettingsField> DescribeParameters(Proc::SettingsType const& type, Proc::EffectKind kind);

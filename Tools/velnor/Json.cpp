@@ -10,4 +10,8 @@ Json ToJson(Proc::SettingsField const& field, std::string const& text) {
 
 std::string Write(Json const& document) { return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
 
+std::string WriteLine(Json const& document) {
+    return document.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
 } // namespace Velnor::Tool

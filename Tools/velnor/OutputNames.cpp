@@ -5,6 +5,7 @@
 #include "Tools/velnor/Suggestions.h"
 
 #include <map>
+#include <set>
 #include <system_error>
 
 namespace Velnor::Tool {
@@ -23,10 +24,14 @@ std::string GetExtension(fs::path const& photo) {
     return extension.empty() ? extension : extension.substr(1);
 }
 
-/// The pattern with its placeholders replaced, for photograph `index` (from 1) of `count`.
-std::string FillPattern(std::string const& pattern, fs::path const& photo, std::size_t index, std::size_t count) {
-    std::map<std::string, std::string> const values{
-        {"name", photo.stem().string()}, {"index", Pad(index, count)}, {"ext", GetExtension(photo)}};
+/// What is typed with its placeholders replaced, for a piece of the photograph.
+std::string FillPattern(OutputPlan const& plan, Place const& place) {
+    std::map<std::string, std::string> const values{{"name", plan.input.stem().string()},
+                                                    {"index", Pad(plan.index, plan.count)},
+                                                    {"ext", GetExtension(plan.input)},
+                                                    {"x", std::to_string(place.x)},
+                                                    {"y", std::to_string(place.y)}};
+    std::string const& pattern = plan.given;
     std::string filled;
     for (std::size_t at = 0; at < pattern.size();) {
         std::size_t const open = std::min(pattern.find('{', at), pattern.size());
@@ -37,7 +42,7 @@ std::string FillPattern(std::string const& pattern, fs::path const& photo, std::
         auto const value = values.find(key);
         if (value == values.end())
             throw WrongCall("-o " + pattern + ": \"" + pattern.substr(open, close - open + (close < pattern.size())) +
-                            "\" means nothing; {name}, {index} and {ext} are known" +
+                            "\" means nothing; {name}, {index}, {ext}, {x} and {y} are known" +
                             (FindNearest(key, {"name", "index", "ext"}).empty()
                                  ? std::string()
                                  : SuggestNearest(key, {"name", "index", "ext"})));
@@ -59,6 +64,8 @@ fs::path Identify(fs::path const& file) {
     return error ? file.lexically_normal() : known;
 }
 
+bool IsPattern(std::string const& output) { return output.find('{') != std::string::npos; }
+
 void RequireApart(std::vector<OutputPlan> const& plans) {
     std::map<fs::path, fs::path> inputOf;
     for (OutputPlan const& plan : plans) {
@@ -79,36 +86,45 @@ void RequireApart(std::vector<OutputPlan> const& plans) {
 } // namespace
 
 std::vector<OutputPlan> PlanOutputs(std::vector<std::string> const& photos, std::string const& output) {
-    if (output.empty()) throw WrongCall("-o names no file");
-    bool const isPattern = output.find('{') != std::string::npos;
+    std::vector<OutputPlan> plans;
+    for (fs::path const photo : photos) plans.push_back({photo, {}, output, plans.size() + 1, photos.size()});
+    if (output.empty()) return plans;
+    bool const isPattern = IsPattern(output);
     bool const isFolder = !isPattern && IsFolder(output);
     if (photos.size() > 1 && !isPattern && !isFolder)
         throw WrongCall("-o " + output + " is one file for " + std::to_string(photos.size()) +
                         " photographs; say a folder, such as -o out/, or a pattern, such as -o 'out/{name}.{ext}'");
-    std::vector<OutputPlan> plans;
-    for (fs::path const photo : photos) {
-        if (isPattern) {
-            fs::path const file = FillPattern(output, photo, plans.size() + 1, photos.size());
-            if (!file.has_filename()) throw WrongCall("-o " + output + " gives a folder, not the name of a file");
-            plans.push_back({photo, file});
-        } else {
-            plans.push_back({photo, isFolder ? fs::path(output) / photo.filename() : fs::path(output)});
-        }
+    for (OutputPlan& plan : plans) {
+        plan.output = isPattern ? fs::path(FillPattern(plan, {}))
+                                : (isFolder ? fs::path(output) / plan.input.filename() : fs::path(output));
+        if (isPattern && !plan.output.has_filename())
+            throw WrongCall("-o " + output + " gives a folder, not the name of a file");
     }
     RequireApart(plans);
     return plans;
 }
 
-void CheckOutputs(std::vector<OutputPlan> const& plans, bool replace) {
+std::vector<fs::path> NamePieces(OutputPlan const& plan, std::vector<Place> const& places) {
+    std::vector<fs::path> names;
+    for (Place const& place : places)
+        names.push_back(IsPattern(plan.given) ? fs::path(FillPattern(plan, place)) : plan.output);
+    if (std::set<fs::path>(names.begin(), names.end()).size() < names.size())
+        throw WrongCall(plan.input.string() + " becomes " + std::to_string(places.size()) + " pictures, and -o " +
+                        plan.given + " gives several of them one name; say a pattern with {x} and {y}, such as -o '" +
+                        "out/{name}-{y}-{x}.{ext}'");
+    return names;
+}
+
+void CheckOutputs(std::vector<fs::path> const& outputs, bool replace) {
     std::size_t existing = 0;
     fs::path first;
-    for (OutputPlan const& plan : plans) {
-        Proc::GetWritableFormats(plan.output);
+    for (fs::path const& output : outputs) {
+        Proc::GetWritableFormats(output);
         std::error_code ignored;
-        fs::file_status const status = fs::symlink_status(plan.output, ignored);
-        if (fs::is_directory(fs::status(plan.output, ignored)))
-            throw Failure(ExitCode::OutputFailed, plan.output.string() + " is a folder");
-        if (!replace && fs::exists(status) && existing++ == 0) first = plan.output;
+        fs::file_status const status = fs::symlink_status(output, ignored);
+        if (fs::is_directory(fs::status(output, ignored)))
+            throw Failure(ExitCode::OutputFailed, output.string() + " is a folder");
+        if (!replace && fs::exists(status) && existing++ == 0) first = output;
     }
     if (existing == 0) return;
     std::string const others = existing == 1 ? "" : " (and " + std::to_string(existing - 1) + " more)";

@@ -4,33 +4,34 @@
 
 namespace Velnor::Tool {
 
-std::string FormatResults(PhotoReport const& photo, bool namesPhoto) {
+std::string FormatResults(PhotoReport const& photo) {
     std::string text;
-    for (PhotoReport::Found const& found : photo.found)
+    for (PhotoReport::Found const& found : photo.found) {
+        std::string place;
+        if (found.place) place = " at " + std::to_string(found.place->x) + "," + std::to_string(found.place->y);
         for (EffectResult const& result : found.results)
-            text +=
-                (namesPhoto ? photo.plan.input.string() + ": " : "") + result.field->name + ": " + result.text + "\n";
+            text += photo.input.string() + place + ": " + found.effect + ": " + result.field->name + "=" + result.text +
+                    "\n";
+    }
     return text;
 }
 
-std::string FormatJson(std::vector<PhotoReport> const& photos) {
-    Json document = Json::array();
-    for (PhotoReport const& photo : photos) {
-        Json entry;
-        entry["input"] = photo.plan.input.string();
-        entry["output"] = photo.plan.output.string();
-        entry["code"] = static_cast<int>(photo.report.code);
-        if (!photo.report.text.empty()) entry["error"] = photo.report.text;
-        entry["results"] = Json::array();
-        for (PhotoReport::Found const& found : photo.found) {
-            Json values;
-            for (EffectResult const& result : found.results)
-                values[result.field->name] = ToJson(*result.field, result.text);
-            entry["results"].push_back({{"effect", found.effect}, {"values", values}});
-        }
-        document.push_back(entry);
+std::string FormatJson(PhotoReport const& photo) {
+    Json entry;
+    entry["input"] = photo.input.string();
+    entry["outputs"] = Json::array();
+    for (std::filesystem::path const& output : photo.outputs) entry["outputs"].push_back(output.string());
+    entry["code"] = static_cast<int>(photo.report.code);
+    if (!photo.report.text.empty()) entry["error"] = photo.report.text;
+    if (!photo.warnings.empty()) entry["warnings"] = photo.warnings;
+    entry["results"] = Json::array();
+    for (PhotoReport::Found const& found : photo.found) {
+        Json result{{"effect", found.effect}};
+        if (found.place) result["at"] = {found.place->x, found.place->y};
+        for (EffectResult const& one : found.results) result["values"][one.field->name] = ToJson(*one.field, one.text);
+        entry["results"].push_back(result);
     }
-    return Write(document);
+    return WriteLine(entry);
 }
 
 } // namespace Velnor::Tool

@@ -4,6 +4,7 @@
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/OutputNames.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,17 +14,20 @@ namespace Velnor::Tool {
 struct PhotoReport {
     struct Found {
         std::string effect;
+        std::optional<Place> place; ///< Of the piece that was looked at, when there are several.
         std::vector<EffectResult> results;
     };
-    OutputPlan plan;
-    Report report;            ///< Code Done and no text when the output is written.
-    std::vector<Found> found; ///< Of each effect that has results.
+    std::filesystem::path input;
+    std::vector<std::filesystem::path> outputs; ///< What was written.
+    Report report;                              ///< Code Done and no text when all was done.
+    std::vector<Found> found;                   ///< Of each effect that has results.
+    std::vector<std::string> warnings;
 };
 
-/// "name: value" a line, after the photograph's name when there are several.
-std::string FormatResults(PhotoReport const& photo, bool namesPhoto);
+/// "photograph: effect: name=value" a line.
+std::string FormatResults(PhotoReport const& photo);
 
-/// A list of all photographs: input, output, code, error, results.
-std::string FormatJson(std::vector<PhotoReport> const& photos);
+/// The whole report in one line.
+std::string FormatJson(PhotoReport const& photo);
 
 } // namespace Velnor::Tool

@@ -1,17 +1,15 @@
 #include "Tools/velnor/PictureOutput.h"
 
-#include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Tools/velnor/Failure.h"
 
 #include <algorithm>
 #include <array>
+#include <system_error>
 
 namespace Velnor::Tool {
 namespace {
-
-/// Other than a palette's, which has a place for opacity whether it is used or not.
-bool HasAlpha(PixFmt format) { return format != PixFmt::PAL8 && PixFmtDescription::Find(format)->hasAlpha; }
 
 bool IsPaletteOpaque(Proc::IDataVideo const& picture) {
     constexpr int ENTRY_SIZE = 4;
@@ -28,6 +26,8 @@ bool IsPaletteOpaque(Proc::IDataVideo const& picture) {
 }
 
 } // namespace
+
+bool HasAlpha(PixFmt format) { return format != PixFmt::PAL8 && PixFmtDescription::Find(format)->hasAlpha; }
 
 bool IsOpaque(Proc::IDataVideo const& picture) {
     PixFmtDescription const& description = picture.GetDescription();
@@ -60,6 +60,18 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
     converter->SetSettings(Proc::SettingsColorspaceConverter(formats, true));
     converter->ProcessData(picture);
     return picture;
+}
+
+void SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
+                 Proc::PictureMetadata const* metadata, Proc::WriteOptions const& options,
+                 Proc::IEffectFactory& factory) {
+    picture = PrepareForFile(std::move(picture), file, inputHadAlpha, factory);
+    std::filesystem::path const folder = file.parent_path();
+    std::error_code error;
+    if (!folder.empty()) std::filesystem::create_directories(folder, error);
+    if (error)
+        throw Failure(ExitCode::OutputFailed, "folder " + folder.string() + " cannot be made: " + error.message());
+    Proc::WritePicture(file, Proc::AsVideo(picture), metadata, options);
 }
 
 } // namespace Velnor::Tool

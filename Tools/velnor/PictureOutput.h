@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/IEffectFactory.h"
 
 #include <filesystem>
@@ -11,6 +12,15 @@ namespace Velnor::Tool {
 /// by-product of an effect's working format.
 Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
                                 Proc::IEffectFactory& factory);
+
+/// Writes the picture, converted as PrepareForFile does, after making the folders that are missing. Throws Failure
+/// (output) when a folder cannot be made, and what WritePicture throws.
+void SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
+                 Proc::PictureMetadata const* metadata, Proc::WriteOptions const& options,
+                 Proc::IEffectFactory& factory);
+
+/// Whether the format has alpha other than a palette's, which has a place for opacity whether it is used or not.
+bool HasAlpha(PixFmt format);
 
 /// Whether every pixel is opaque. A palette counts by the entries that the pixels use.
 bool IsOpaque(Proc::IDataVideo const& picture);
