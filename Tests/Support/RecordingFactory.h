@@ -31,7 +31,8 @@ struct Recorder {
     std::vector<std::string> calls;
     std::map<int, OneInput> oneInput; ///< What effect n does when it runs; nothing when it is not here.
     std::map<int, TwoInput> twoInput;
-    std::function<void(std::string const& call)> onCall; ///< Sees each call before it counts; may throw.
+    std::map<int, std::function<void(Settings&)>> findings; ///< What effect n writes into its settings when it runs.
+    std::function<void(std::string const& call)> onCall;    ///< Sees each call before it counts; may throw.
     int created = 0;
 
     void Note(std::string const& call) {
@@ -58,7 +59,11 @@ public:
     Settings const& GetSettingsBase() const override { return *settings; }
 
 protected:
-    void NoteRun() { recorder.Note("run " + std::to_string(number)); }
+    void NoteRun() {
+        recorder.Note("run " + std::to_string(number));
+        if (auto const found = recorder.findings.find(number); found != recorder.findings.end())
+            found->second(*settings);
+    }
 
     Recorder& recorder;
     int const number;

@@ -5,15 +5,18 @@
 namespace Velnor::Proc {
 
 // The factory function of each effect, defined last in the effect's own source.
+intrusive_ptr<IEffect> CreateAutoEnhance(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBlackWhite(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateCutter(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateGrabCut(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateHorizonDetector(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);

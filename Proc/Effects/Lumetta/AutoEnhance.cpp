@@ -1,0 +1,201 @@
+// AutoEnhance: improves the picture by itself, from several versions of it laid over each other.
+//
+//     A = luma with more local contrast               planar luma and chroma, as all that A takes in
+//     B = mask of what is not dark, softly blurred
+//     D, E = darker, and brighter mixed with darker   A takes in E
+//     F = exposure raised, with D over it where B is  A takes in F
+//     result = A, its light balanced; with an intensity of less than all, the input's share over it
+//
+// The mixes of A with others are done with whatever opacity the blender was left with: half to begin with, and after a
+// call with an intensity the share of that call. Pictures that are enhanced one after the other rely on it.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/MatchTable.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectAutoEnhance.h"
+#include "Proc/Settings/SettingsEffectBlur.h"
+#include "Proc/Settings/SettingsEffectCLAHE.h"
+#include "Proc/Settings/SettingsEffectColorBalance.h"
+#include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectImageBlender.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace Velnor::Proc {
+namespace {
+
+using Handle = intrusive_ptr<IData>;
+
+constexpr int HALF = 127; ///< Opacity of an even mix.
+
+SettingsEffectImageBlender WithAlpha(int alpha) {
+    SettingsEffectImageBlender blend;
+    blend.SetAlpha(alpha);
+    return blend;
+}
+
+Handle MakeNew(Handle const& source) { return AsVideo(source).MakeCopy(CopyMode::Independent); }
+
+void CopyLuma(Handle const& source, Handle const& target) {
+    CopyPlane(std::as_const(AsVideo(source)).GetPlane(0), AsVideo(target).GetMutablePlane(0));
+}
+
+/// Brings the luma near a normal distribution.
+void MatchLuma(Handle const& picture) {
+    constexpr double DEVIATION = 24.0 / 255.0;
+    MutablePlane const luma = AsVideo(picture).GetMutablePlane(0);
+    Kernels::Table const table = Kernels::MatchTable(Kernels::CountGrey(luma), DEVIATION);
+    Kernels::MapBytes(luma, luma, {&table, 1}, 1);
+}
+
+/// All or nothing: what is darker than 40 of 255 is dark.
+void MarkBright(Handle const& picture) {
+    constexpr std::size_t DARK = 40;
+    Kernels::Table table;
+    for (std::size_t i = 0; i < table.size(); ++i) table[i] = i < DARK ? 0 : 255;
+    MutablePlane const plane = AsVideo(picture).GetMutablePlane(0);
+    Kernels::MapBytes(plane, plane, {&table, 1}, 1);
+}
+
+/// Truncated; beyond the numbers of the blender's setting, the nearest of them.
+int OpacityOfInput(double intensity) {
+    double const alpha = 255 - (intensity - 0.0) * 255 / 100;
+    constexpr double LIMIT = std::numeric_limits<int>::max();
+    return alpha == alpha ? static_cast<int>(std::clamp(alpha, -LIMIT, LIMIT)) : 0;
+}
+
+} // namespace
+
+class AutoEnhance : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectAutoEnhance> {
+public:
+    AutoEnhance(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          blender(MakeTwoInput(WithAlpha(HALF))),
+          blur(MakeOneInput<SettingsEffectBlur>()),
+          localContrast(MakeOneInput(SettingsEffectCLAHE(2.0))),
+          gamma(MakeOneInput<SettingsEffectColorBalance>()),
+          autoBalance(MakeOneInput<SettingsEffectColorBalanceAuto>()),
+          alphaExtractor(MakeOneInput<SettingsEffectExtraAlphaExtractor>()),
+          backConverter(MakeOneInput<SettingsColorspaceConverter>()),
+          lumaConverter(MakeOneInput(SettingsColorspaceConverter(PixFmt::YUV444P, true))) {}
+
+    void ProcessInternal(Handle& image) override {
+        ConfigureBack(image->GetPixFmt());
+        if (settings.IsIntensityDefault()) {
+            Enhance(image);
+            return;
+        }
+        Handle const unprocessed = image;
+        Handle enhanced = image;
+        Enhance(enhanced);
+        blender->SetSettings(WithAlpha(OpacityOfInput(settings.GetIntensity())));
+        backConverter->ProcessData(enhanced);
+        blender->ProcessData(enhanced, unprocessed);
+        image = enhanced;
+    }
+
+private:
+    void ConfigureBack(PixFmt format) {
+        if (format == lastFormat) return;
+        lastFormat = PixFmt::NONE;
+        backConverter->SetSettings(SettingsColorspaceConverter(format, true));
+        lastFormat = format;
+    }
+
+    void Enhance(Handle& image) {
+        Handle contrasted = MakeNew(image); // A
+        lumaConverter->ProcessData(contrasted);
+        Handle mask = context->CreateImage(PixFmt::GRAY8, contrasted->GetFrameFormat()); // B
+        CopyLuma(contrasted, mask);
+        RaiseContrast(contrasted, mask);
+        MakeMask(mask);
+
+        Handle darker = MakeNew(image); // D
+        SetGamma(-25, darker);
+        Handle brighter = MakeNew(image); // E
+        SetGamma(25, brighter);
+        blender->ProcessData(brighter, darker);
+        lumaConverter->ProcessData(brighter);
+        blender->ProcessData(contrasted, brighter);
+
+        Handle exposed = MakeNew(image); // F
+        SetGamma(5, exposed);
+        Expose(exposed);
+        AttachMask(mask, darker);
+        blender->SetSettings(SettingsEffectImageBlender());
+        blender->ProcessData(exposed, darker);
+        blender->SetSettings(WithAlpha(HALF));
+        lumaConverter->ProcessData(exposed);
+        blender->ProcessData(contrasted, exposed);
+        BalanceLight(contrasted);
+        image = contrasted;
+    }
+
+    /// The matched luma is overwritten by the luma with local contrast, which is made from the luma as it was.
+    void RaiseContrast(Handle const& picture, Handle const& luma) {
+        Handle local = MakeNew(luma); // C
+        MatchLuma(picture);
+        localContrast->ProcessData(local);
+        CopyLuma(local, picture);
+    }
+
+    void MakeMask(Handle& luma) {
+        SetGamma(-30, luma);
+        MarkBright(luma);
+        SettingsEffectBlur soft(SettingsEffectBlur::GAUSSIAN);
+        soft.SetAlgorithm(SettingsEffectBlur::GAUSSIAN);
+        soft.SetDevX(100.0);
+        soft.SetDevY(100.0);
+        soft.SetKernelLength(2);
+        blur->SetSettings(soft);
+        blur->ProcessData(luma);
+    }
+
+    /// As extra alpha: at full resolution, and at that of the chroma planes of the input's format.
+    void AttachMask(Handle const& mask, Handle const& picture) {
+        alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(lastFormat));
+        Handle chromaMask = AsVideo(mask).MakeCopy(CopyMode::Value); // G
+        alphaExtractor->ProcessData(chromaMask);
+        AsVideo(picture).SetPlane(0, std::as_const(AsVideo(mask)).GetPlane(0));
+        AsVideo(picture).SetPlane(1, std::as_const(AsVideo(chromaMask)).GetPlane(0));
+    }
+
+    void SetGamma(int percent, Handle& picture) {
+        SettingsEffectColorBalance balance;
+        balance.SetGamma(percent);
+        gamma->SetSettings(balance);
+        gamma->ProcessData(picture);
+    }
+
+    void Expose(Handle& picture) {
+        SettingsEffectColorBalanceAuto balance;
+        balance.SetExposure(10);
+        autoBalance->SetSettings(balance);
+        autoBalance->ProcessData(picture);
+    }
+
+    void BalanceLight(Handle& picture) {
+        SettingsEffectColorBalanceAuto balance;
+        balance.SetLightBalance(true);
+        autoBalance->SetSettings(balance);
+        autoBalance->ProcessData(picture);
+    }
+
+    intrusive_ptr<ITwoInputEffectVideo> blender;
+    intrusive_ptr<IOneInputEffectVideo> blur;
+    intrusive_ptr<IOneInputEffectVideo> localContrast;
+    intrusive_ptr<IOneInputEffectVideo> gamma;
+    intrusive_ptr<IOneInputEffectVideo> autoBalance;
+    intrusive_ptr<IOneInputEffectVideo> alphaExtractor;
+    intrusive_ptr<IOneInputEffectVideo> backConverter;
+    intrusive_ptr<IOneInputEffectVideo> lumaConverter;
+    PixFmt lastFormat = PixFmt::NONE; ///< That the back converter is configured for.
+};
+
+intrusive_ptr<IEffect> CreateAutoEnhance(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<AutoEnhance>(factory, context);
+}
+
+} // namespace Velnor::Proc
