@@ -20,10 +20,6 @@ struct VELNOR_API TimeToProgress {
     double GetFraction(std::int64_t microseconds) const;
 };
 
-/// The child of an effect's statistics by which it tells in words that its last result may not be what was wanted, though
-/// nothing failed. Not there when there is nothing to tell.
-inline constexpr char const* WARNING_NODE = "Warning";
-
 /// Root of the effects. The order of the virtual operations is binary contract. One instance processes one picture at a
 /// time; it holds no lock.
 class VELNOR_API IEffect : public virtual IRefCountable {
@@ -39,8 +35,7 @@ public:
     virtual void ResetSettings() = 0; ///< Back to default settings.
 
     /// The form for callers that do not know the kind: one element for a one-input effect, two for a two-input effect
-    /// (else std::logic_error "invalid data count"), any number for a var-input effect. The vector stays as it is, but
-    /// for what a var-input effect does with it (IVarInputEffect::Process).
+    /// (else std::logic_error "invalid data count"), any number for a var-input effect. The others leave the vector.
     virtual intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
 
     virtual Core::Property GetStatistic() = 0;

@@ -9,9 +9,7 @@ namespace Velnor::Proc {
 /// An effect on any number of pictures.
 class VELNOR_API IVarInputEffect : public virtual IEffect {
 public:
-    /// Returns the result, null when the settings are empty. The inputs stay as they are, but for an effect whose result
-    /// is several pictures: it returns null and puts them into the vector in the place of the inputs, so the vector
-    /// itself must not be a constant.
+    /// Returns the result; null when the settings are empty, or when it puts several results in the inputs' place.
     virtual intrusive_ptr<IData> Process(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
 
     intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {

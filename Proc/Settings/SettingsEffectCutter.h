@@ -10,12 +10,11 @@ public:
     enum PadMode : int { MIRROR = 0, COLOR = 1 };
 
     VELNOR_SETTINGS(SettingsEffectCutter, "Cuts the picture into patches of one size, which may overlap.")
-    VELNOR_FIELD(int, PatchWidth, 256, "width of a patch", Unit("pixels"), Range(1, 65536))
-    VELNOR_FIELD(int, PatchHeight, 256, "height of a patch", Unit("pixels"), Range(1, 65536))
+    VELNOR_FIELD(int, PatchWidth, 256, "width of a patch", Unit("pixels"), Range(1, 4096))
+    VELNOR_FIELD(int, PatchHeight, 256, "height of a patch", Unit("pixels"), Range(1, 4096))
     VELNOR_FIELD(int, OverlapX, 0, "how far a patch reaches into the one to its right", Unit("pixels"),
-                 Range(-65536, 65535))
-    VELNOR_FIELD(int, OverlapY, 0, "how far a patch reaches into the one below it", Unit("pixels"),
-                 Range(-65536, 65535))
+                 Range(-4096, 4095))
+    VELNOR_FIELD(int, OverlapY, 0, "how far a patch reaches into the one below it", Unit("pixels"), Range(-4096, 4095))
     VELNOR_FIELD(PadMode, PadMode, MIRROR, "what the last patches show beyond the picture")
     VELNOR_FIELD(Color, PadColor, Color(0, 0, 0, 255), "colour there, with pad-mode color")
     VELNOR_SETTINGS_END

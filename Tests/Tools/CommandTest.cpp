@@ -288,6 +288,107 @@ TEST_F(CommandTest, APictureMadeEvenByAnEffectIsCutBack) {
     EXPECT_EQ(grown(5, 7, "pad:margins=0,0,1,1"), "6x8"); // As it was asked for.
 }
 
+/// A photograph that is red on the left and blue on the right, with strokes on both.
+class CutoutTest : public CommandTest {
+protected:
+    CutoutTest() {
+        Paint("two.png", PixFmt::RGB24,
+              [](std::uint32_t x) { return x < 20 ? Proc::Color(10, 20, 200, 255) : Proc::Color(180, 30, 10, 255); });
+        PaintStrokes("strokes.png", 255, 128);
+        PaintStrokes("one.png", 255, 0);
+        PaintStrokes("none.png", 0, 0);
+        Make("small.png", Proc::Color(0, 0, 0, 255), PixFmt::GRAY8);
+        RunWell({"apply", "small.png", "-e", "resizer:mode=by-factor,factor=0.5", "-o", "small.png", "-f"});
+    }
+
+    template <class ColorAt>
+    void Paint(std::string const& name, PixFmt format, ColorAt const& colorAt) {
+        auto const picture = host.GetContext()->CreateImage(format, Proc::FrameFormat::Square(40, 32));
+        for (std::uint32_t x = 0; x < 40; ++x) {
+            auto const column = host.GetContext()->CreateImage(format, Proc::FrameFormat::Square(1, 32));
+            column->Fill(colorAt(x));
+            Proc::CopyDataVideo(column, picture, static_cast<int>(x), 0);
+        }
+        Proc::WritePicture(folder / name, *picture, nullptr, {.overwrite = true});
+    }
+    void PaintStrokes(std::string const& name, int object, int background, PixFmt format = PixFmt::GRAY8) {
+        Paint(name, format, [=](std::uint32_t x) {
+            auto const grey = static_cast<unsigned char>(x == 5 ? object : (x == 30 ? background : 0));
+            return Proc::Color(grey, grey, grey, 255);
+        });
+    }
+    void RunWell(Words const& words) {
+        CommandResult const result = Run(words);
+        ASSERT_EQ(result.code, 0) << result.error;
+    }
+
+    /// The alpha of each column of row 10.
+    std::vector<int> AlphaOf(std::string const& name) {
+        auto const picture = Proc::ReadPicture(folder / name, *host.GetContext()).picture;
+        EXPECT_EQ(picture->GetPixFmt(), PixFmt::RGBA);
+        std::vector<int> alpha;
+        for (std::uint32_t x = 0; x < 40; ++x) alpha.push_back(picture->GetPlane(0).GetRow(10)[x * 4 + 3]);
+        return alpha;
+    }
+};
+
+TEST_F(CutoutTest, TheMaskBecomesTheAlpha) {
+    std::vector<int> sharp(40, 0);
+    std::fill_n(sharp.begin(), 20, 255);
+    RunWell({"cutout", "two.png", "--strokes", "strokes.png", "-o", "new/hard.png", "--feather=0", "--smooth=0"});
+    EXPECT_EQ(AlphaOf("new/hard.png"), sharp);
+    EXPECT_EQ(Look("new/hard.png"), "rgba 200 20 10 255");
+    RunWell({"cutout", "two.png", "--strokes", "strokes.png", "-o", "opencv.png", "--feather=0", "--algorithm=opencv"});
+    EXPECT_EQ(AlphaOf("opencv.png"), sharp);
+
+    RunWell({"cutout", "two.png", "--strokes", "strokes.png", "-o", "soft.png", "--feather=2"});
+    std::vector<int> const soft = AlphaOf("soft.png");
+    EXPECT_TRUE(std::ranges::is_sorted(soft, std::greater<>()));
+    EXPECT_EQ(soft[8], 255);
+    EXPECT_NEAR(soft[19] + soft[20], 255, 2);
+    EXPECT_GT(soft[22], 20);
+    EXPECT_EQ(soft[31], 0);
+
+    PaintStrokes("others.png", 90, 30, PixFmt::RGB24); // Painted in colour, with greys of its own.
+    RunWell({"cutout", "two.png", "--strokes", "others.png", "-o", "others-cut.png", "--foreground", "30",
+             "--background", "90", "--feather=0", "--smooth=0"});
+    std::ranges::transform(sharp, sharp.begin(), [](int alpha) { return 255 - alpha; });
+    EXPECT_EQ(AlphaOf("others-cut.png"), sharp);
+}
+
+TEST_F(CutoutTest, WhatCannotBeCutOutIsSaid) {
+    auto const fails = [&](int code, std::string const& line, Words const& more) {
+        Words words{"cutout", "two.png", "-o", "x.png"};
+        words.insert(words.end(), more.begin(), more.end());
+        ExpectFailure(code, line, words);
+    };
+    ExpectFailure(2, "no photograph is given", {"cutout", "--strokes", "strokes.png", "-o", "x.png"});
+    ExpectFailure(2, "-o is missing", {"cutout", "two.png", "--strokes", "strokes.png"});
+    ExpectFailure(2, "cutout: -o x.jpg: this format has no transparency",
+                  {"cutout", "two.png", "--strokes", "strokes.png", "-o", "x.jpg"});
+    fails(2, "--strokes is missing", {});
+    fails(2, "cutout: smooth: 99 is outside the range 0 to 20", {"--strokes", "strokes.png", "--smooth", "99"});
+    fails(2, "cutout: algorithm: \"opencw\" is none of grid-graph, opencv; did you mean opencv",
+          {"--strokes", "strokes.png", "--algorithm", "opencw"});
+    fails(2, "--feather: -1 is outside the range", {"--strokes", "strokes.png", "--feather=-1"});
+    fails(3, "gone.png", {"--strokes", "gone.png"});
+    fails(3, "small.png is 20 x 16 pixels, two.png 40 x 32 pixels: they must be of one size",
+          {"--strokes", "small.png"});
+    fails(3, "one.png: The strokes picture has no strokes on the background (value 128)", {"--strokes", "one.png"});
+    fails(3, "none.png: The strokes picture has no strokes on the object (value 255) or on the background",
+          {"--strokes", "none.png"});
+    ExpectFailure(4, "exists already", {"cutout", "two.png", "--strokes", "strokes.png", "-o", "glass.png"});
+
+    CommandResult const mask = Run({"apply", "two.png", "-e", "grab-cut:input=one.png", "-o", "mask.png"});
+    EXPECT_EQ(mask.code, 0);
+    EXPECT_EQ(mask.error,
+              "velnor: two.png: grab-cut: The strokes picture has no strokes on the background (value 128), "
+              "so nothing was cut out\n");
+    EXPECT_EQ(Look("mask.png"), "gray8 0");
+    ExpectFailure(4, "two.png: grab-cut: The strokes are 20 x 16 pixels, the picture 40 x 32",
+                  {"apply", "two.png", "-e", "grab-cut:input=small.png,foreground=0,background=0", "-o", "x.png"});
+}
+
 TEST_F(CommandTest, LogLinesAreShownOnDemandOnly) {
     CommandResult const verbose = Run({"apply", "red.png", "-e", "pixelate", "-o", "1.png", "-v"});
     EXPECT_EQ(verbose.code, 0);
@@ -367,6 +468,8 @@ TEST_F(CommandTest, HelpAndVersionSucceedAndClosedStreamsAreSurvived) {
     EXPECT_EQ(help.code, 0);
     for (char const* line : {"  0    done", "  2    wrong call", "  130  stopped"})
         EXPECT_THAT(help.out, HasSubstr(line));
+    EXPECT_THAT(Run({"cutout", "--help"}).out,
+                AllOf(HasSubstr("--smooth"), HasSubstr("Value of the strokes on the object"), HasSubstr("[2]")));
     EXPECT_THAT(Run({"apply", "--help"}).out, AllOf(HasSubstr("--max-megapixels"), HasSubstr("Exit codes")));
     EXPECT_EQ(Run({"--version"}).out, "velnor " VELNOR_VERSION "\n");
 

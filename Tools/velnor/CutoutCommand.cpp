@@ -1,6 +1,7 @@
 #include "Tools/velnor/CutoutCommand.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectBlur.h"

@@ -1,6 +1,7 @@
 #include "Tools/velnor/EffectStep.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Interfaces/WarningNode.h"
 #include "Tools/velnor/EffectParameters.h"
 #include "Tools/velnor/Failure.h"
 

@@ -8,6 +8,7 @@
 // Strokes of one kind only mark nothing to be told apart: the result is then a copy of them.
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -86,9 +87,9 @@ public:
         warning.clear();
         if (segmentation == nullptr)
             VELNOR_THROW(EffectException, "The cut-out has no settings yet; they decide how it is done.");
-        if (settings.GetSmooth() < 0)
-            VELNOR_THROW(EffectException,
-                         "The setting smooth is " + std::to_string(settings.GetSmooth()) + "; it must be 0 or more.");
+        if (settings.GetSmooth() < 0 || settings.GetSmooth() > MOST_SMOOTH)
+            VELNOR_THROW(EffectException, "The setting smooth is " + std::to_string(settings.GetSmooth()) +
+                                              "; it must be 0 to " + std::to_string(MOST_SMOOTH) + ".");
         IDataVideo const& strokes = AsVideo(second);
         RequireOneByteAPixel(strokes, "The strokes are");
         warning = FindMissingStrokes(strokes.GetPlane(0), GetForeground(), static_cast<Byte>(settings.GetBackground()));
@@ -116,6 +117,8 @@ public:
     }
 
 private:
+    static constexpr int MOST_SMOOTH = 1000; ///< The border that smoothing needs is as wide.
+
     Byte GetForeground() const { return static_cast<Byte>(settings.GetForeground()); }
 
     /// The alpha value in the place of the cut's, where the picture shows anything.

@@ -1,12 +1,14 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
@@ -38,12 +40,14 @@ constexpr RegisterOperation VAR_INPUT = &IEffectRegistry::RegisterVarInputEffect
 void Registrator(IEffectRegistry* registry) {
     // The order is part of the contract: by settings class, with a few exceptions that hosts know.
     Registration const registrations[] = {
+        {SettingsEffectAutoEnhance::CLASS_ID, ONE_INPUT, CreateAutoEnhance},
         {SettingsEffectBiColorToning::CLASS_ID, ONE_INPUT, CreateBiColorToning},
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
+        {SettingsEffectGrabCut::CLASS_ID, TWO_INPUT, CreateGrabCut},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},

@@ -4,6 +4,7 @@
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Interfaces/IEffectRegistry.h"
 #include "Proc/Interfaces/SettingsFields.h"
+#include "Proc/Interfaces/WarningNode.h"
 
 #include <chrono>
 #include <fstream>

@@ -1,5 +1,6 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
@@ -143,9 +144,11 @@ TEST_F(GrabCutTest, SmoothingWorksInABlackBorder) {
     recorder.Take();
     EXPECT_EQ(Run({255, 128, 0, 0, 0, 0}), (Bytes{255, 0, 255, 0, 0, 0}));
     EXPECT_THAT(recorder.Take(), ElementsAre("run 4", "run 2"));
-    settings.SetSmooth(-1);
-    effect->SetSettings(settings);
-    EXPECT_THROW(Run({255, 128, 0, 0, 0, 0}), EffectException);
+    for (int const smooth : {-1, 1001, 2147483647}) {
+        settings.SetSmooth(smooth);
+        effect->SetSettings(settings);
+        EXPECT_THROW(Run({255, 128, 0, 0, 0, 0}), EffectException) << smooth;
+    }
 }
 
 TEST_F(GrabCutTest, KeptStrokesLieOverTheSmoothMaskWhateverTheirValue) {
