@@ -12,6 +12,7 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
+#include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
@@ -51,6 +52,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
+        {SettingsEffectHorizonDetector::CLASS_ID, ONE_INPUT, CreateHorizonDetector},
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
