@@ -74,9 +74,11 @@ void BalancePass(benchmark::State& state) {
 void AutoBalance(benchmark::State& state, SettingsEffectColorBalanceAuto const& settings) {
     auto const effect = MakeEffect(settings, SettingsEffectColorBalanceAuto::CLASS_ID);
     VideoHandle const picture = MakePicture(PixFmt::BGR24, 6000, 4000);
+    DataHandle data;
     for (auto _ : state) {
         state.PauseTiming();
-        DataHandle data = picture->MakeCopy(CopyMode::Independent);
+        data.reset();
+        data = picture->MakeCopy(CopyMode::Independent);
         AsVideo(data).Detach();
         state.ResumeTiming();
         effect->ProcessData(data);
@@ -113,7 +115,7 @@ void AutoBalanceOpenCv(benchmark::State& state) {
     cv::Mat const table(1, 256, CV_8UC3, cv::Scalar(1, 2, 3));
     int const levels = 256;
     float const range[] = {0, 256};
-    float const* const ranges = range;
+    float const* ranges = range;
     std::array<cv::Mat, 3> histograms;
     for (auto _ : state) {
         for (int channel = 0; channel < 3; ++channel)
