@@ -1,9 +1,11 @@
 // Whole effect calls against the work at their core, and pixelation against the libraries that do the like.
 #include "Benchmarks/Ratios.h"
 #include "Proc/Effects/Lumetta/Kernels/BalanceTable.h"
+#include "Proc/Effects/Lumetta/Kernels/LevelTables.h"
 #include "Proc/Effects/Lumetta/Kernels/ScaleCurve.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
@@ -66,6 +68,62 @@ void BalancePass(benchmark::State& state) {
                                                Kernels::BalanceTable(200, 176)};
     MutablePlane const plane = picture->GetMutablePlane(0);
     for (auto _ : state) Kernels::MapBytes(plane, plane, tables, 3);
+}
+
+/// Balances and exposure of 24 megapixels, each time of the same picture, which nobody else holds. Red first, as the
+/// effect takes pictures without reordering them.
+void AutoBalance(benchmark::State& state, SettingsEffectColorBalanceAuto const& settings) {
+    auto const effect = MakeEffect(settings, SettingsEffectColorBalanceAuto::CLASS_ID);
+    VideoHandle const picture = MakePicture(PixFmt::RGB24, 6000, 4000);
+    DataHandle data;
+    for (auto _ : state) {
+        state.PauseTiming();
+        data.reset();
+        data = picture->MakeCopy(CopyMode::Independent);
+        AsVideo(data).Detach();
+        state.ResumeTiming();
+        effect->ProcessData(data);
+    }
+}
+
+SettingsEffectColorBalanceAuto BothBalances() {
+    SettingsEffectColorBalanceAuto settings;
+    settings.SetWhiteBalance(true);
+    settings.SetLightBalance(true);
+    return settings;
+}
+
+SettingsEffectColorBalanceAuto ExposureAlone() {
+    SettingsEffectColorBalanceAuto settings;
+    settings.SetExposure(10);
+    return settings;
+}
+
+void ExposurePass(benchmark::State& state) {
+    VideoHandle const picture = MakePicture(PixFmt::RGB24, 6000, 4000);
+    std::array<Kernels::Table, 3> tables;
+    tables.fill(Kernels::ExposureTable(10));
+    MutablePlane const plane = picture->GetMutablePlane(0);
+    for (auto _ : state) Kernels::MapBytes(plane, plane, tables, 3);
+}
+
+/// What OpenCV offers for the same: histograms of the three components, then a table each.
+void AutoBalanceOpenCv(benchmark::State& state) {
+    VideoHandle const picture = MakePicture(PixFmt::RGB24, 6000, 4000);
+    MutablePlane const plane = picture->GetMutablePlane(0);
+    cv::Mat const source(4000, 6000, CV_8UC3, plane.GetData(), static_cast<std::size_t>(plane.GetStride()));
+    cv::Mat result = source.clone();
+    cv::Mat const table(1, 256, CV_8UC3, cv::Scalar(1, 2, 3));
+    int const levels = 256;
+    float const range[] = {0, 256};
+    float const* ranges = range;
+    std::array<cv::Mat, 3> histograms;
+    for (auto _ : state) {
+        for (int channel = 0; channel < 3; ++channel)
+            cv::calcHist(&source, 1, &channel, cv::Mat(), histograms[static_cast<std::size_t>(channel)], 1, &levels,
+                         &ranges);
+        cv::LUT(source, table, result);
+    }
 }
 
 constexpr int WIDTH = 4000;
@@ -137,10 +195,17 @@ bool Register() {
     };
     add("white-balance/call", BalanceCall);
     add("white-balance/pass", BalancePass);
+    add("color-balance-auto/both", [](benchmark::State& state) { AutoBalance(state, BothBalances()); });
+    add("color-balance-auto/OpenCV", AutoBalanceOpenCv);
+    add("color-balance-auto/exposure", [](benchmark::State& state) { AutoBalance(state, ExposureAlone()); });
+    add("color-balance-auto/exposure-pass", ExposurePass);
     add("pixelate/call", PixelateCall);
     add("pixelate/swscale", PixelateSwscale);
     add("pixelate/OpenCV", PixelateOpenCv);
     return Compare({"white-balance/call", "white-balance/pass", 1.2}) &&
+           Compare({"color-balance-auto/both", "memcpy", 4}) &&
+           Compare({"color-balance-auto/both", "color-balance-auto/OpenCV", 1}) &&
+           Compare({"color-balance-auto/exposure", "color-balance-auto/exposure-pass", 1.2}) &&
            Compare({"pixelate/call", "pixelate/swscale", 1.05}) && Compare({"pixelate/call", "pixelate/OpenCV", 0});
 }
 

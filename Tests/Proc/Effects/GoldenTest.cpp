@@ -77,6 +77,7 @@ std::string TestName(::testing::TestParamInfo<Golden> const& golden) {
 INSTANTIATE_TEST_SUITE_P(
     Effects, GoldenTest,
     ::testing::Values(Golden{"white-balance", "SettingsEffectWhiteBalance", {{"reference", "#b39c96"}}, 0},
+                      Golden{"auto-enhance", "SettingsEffectAutoEnhance", {}, 3},
                       Golden{"pixelate", "SettingsEffectPixelate", {{"strength", "60"}}, 1},
                       Golden{"tint-temperature", "SettingsEffectTintTemperature", {{"temperature", "20"}}, 2},
                       Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
