@@ -9,6 +9,7 @@ intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, Context
 intrusive_ptr<IEffect> CreateBlackWhite(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context);

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
+#include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
@@ -40,6 +41,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
+        {SettingsEffectDirectionalAreaDeformation::CLASS_ID, ONE_INPUT, CreateDirectionalAreaDeformation},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
