@@ -3,6 +3,7 @@
 #include "Proc/Effects/Lumetta/Kernels/ImplodeMap.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
@@ -65,6 +66,24 @@ void Implode(benchmark::State& state) {
     }
 }
 
+/// A stroke of 200 pixels on a picture whose field and source are there, as while a person paints.
+void PushStroke(benchmark::State& state) {
+    FLAGS_minloglevel = google::GLOG_ERROR;
+    Host host;
+    host.LoadPlugin(LUMETTA_FILE);
+    auto const effect =
+        host.GetFactory()->CreateOneInputEffect(SettingsEffectDirectionalAreaDeformation::CLASS_ID, ImplNames::VELNOR);
+    SettingsEffectDirectionalAreaDeformation settings;
+    settings.SetFromX(1000);
+    settings.SetFromY(1000);
+    settings.SetToX(1160);
+    settings.SetToY(1120);
+    effect->SetSettings(settings);
+    DataHandle data = MakePicture(host, PixFmt::RGB24);
+    effect->ProcessData(data);
+    for (auto _ : state) effect->ProcessData(data);
+}
+
 /// With the pictures and maps that are there: what the function and the call alone cost.
 void OpenCv(benchmark::State& state, PixFmt format, int type, Map const& map) {
     Host host;
@@ -101,9 +120,10 @@ bool Register() {
                                  Map(Kernels::ImplodeMap(WIDTH, HEIGHT, 0.5F)))
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    return Compare({"implode/ours", "implode/OpenCV", 0.85}) && add("remap/rgb24", PixFmt::RGB24, CV_8UC3) &&
-           add("remap/rgba", PixFmt::RGBA, CV_8UC4) && add("remap/gray8", PixFmt::GRAY8, CV_8UC1) &&
-           add("remap/yuv420p", PixFmt::YUV420P, -1);
+    benchmark::RegisterBenchmark("push/stroke", PushStroke)->Unit(benchmark::kMillisecond)->UseRealTime();
+    return Compare({"implode/ours", "implode/OpenCV", 0.85}) && Compare({"push/stroke", "remap/rgb24/ours", 0.01}) &&
+           add("remap/rgb24", PixFmt::RGB24, CV_8UC3) && add("remap/rgba", PixFmt::RGBA, CV_8UC4) &&
+           add("remap/gray8", PixFmt::GRAY8, CV_8UC1) && add("remap/yuv420p", PixFmt::YUV420P, -1);
 }
 
 bool const REGISTERED = Register();

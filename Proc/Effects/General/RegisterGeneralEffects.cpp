@@ -9,11 +9,13 @@
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 #include "Proc/Settings/SettingsEffectMidEqualizer.h"
+#include "Proc/Settings/SettingsEffectNoiseVideo.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
+#include "Proc/Settings/SettingsEffectVideoGenerator.h"
 #include "Proc/Settings/SettingsResizer.h"
 
 namespace Velnor::Proc {
@@ -33,11 +35,13 @@ void RegisterGeneralEffects(IEffectRegistry& registry) {
     oneInput(SettingsEffectExtraAlphaExtractor::CLASS_ID, &CreateExtraAlphaExtractor);
     twoInput(SettingsEffectImageBlender::CLASS_ID, &CreateImageBlender);
     twoInput(SettingsEffectMidEqualizer::CLASS_ID, &CreateMidEqualizer);
+    oneInput(SettingsEffectNoiseVideo::CLASS_ID, &CreateNoiseVideo);
     oneInput(SettingsEffectPad::CLASS_ID, &CreatePad);
     oneInput(SettingsEffectPosterize::CLASS_ID, &CreatePosterize);
     oneInput(SettingsEffectRemapping::CLASS_ID, &CreateRemapping);
     oneInput(SettingsEffectSplitToning::CLASS_ID, &CreateSplitToning);
     oneInput(SettingsEffectVibrance::CLASS_ID, &CreateVibrance);
+    oneInput(SettingsEffectVideoGenerator::CLASS_ID, &CreateVideoGenerator);
     oneInput(SettingsResizer::CLASS_ID, &CreateResizer);
     oneInput(IResize::CLASS_ID, &CreateResizer);
 }

@@ -12,6 +12,7 @@
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
+#include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -62,6 +63,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
         {SettingsEffectDetailsEnhance::CLASS_ID, ONE_INPUT, CreateDetailsEnhance},
+        {SettingsEffectDirectionalAreaDeformation::CLASS_ID, ONE_INPUT, CreateDirectionalAreaDeformation},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectGrabCut::CLASS_ID, TWO_INPUT, CreateGrabCut},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},

@@ -1,0 +1,150 @@
+// DirectionalAreaDeformation: a push brush. Strokes add up in a field of displacements, and what they touch is read anew
+// from the first picture, so that it is sampled once however many strokes there are:
+//
+//     result(x, y) = source((x, y) - displacement(x, y))        within the box of each stroke; the rest stays
+//
+// The field and its source are kept until a picture of another size comes. The host's remapping runs on a part of the
+// source, the box and as much around it as the displacements reach. A palette picture becomes an RGBA picture.
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/DisplacementField.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace Velnor::Proc {
+namespace {
+
+using Kernels::Box;
+using Kernels::DisplacementField;
+
+/// Grown to whole chroma samples, which are at most 4 pixels wide or high.
+Box AlignOut(Box const& box, FrameFormat const& frame) {
+    constexpr int STEP = 4;
+    auto const up = [](int end, std::uint32_t size) {
+        return std::min((end + STEP - 1) / STEP * STEP, static_cast<int>(size));
+    };
+    return {box.x0 / STEP * STEP, box.y0 / STEP * STEP, up(box.x1, frame.width), up(box.y1, frame.height)};
+}
+
+/// The box of all places that the pixels of a box are read from, and of the box itself.
+Box FindReach(DisplacementField const& field, Box const& box, FrameFormat const& frame) {
+    float left = 0, right = 0, up = 0, down = 0; // farthest readings beyond a pixel's own place
+    for (int y = box.y0; y < box.y1; ++y)
+        for (int x = box.x0; x < box.x1; ++x) {
+            DisplacementField::Pair const& pair = field.At(x, y);
+            left = std::max(left, pair.x);
+            right = std::max(right, -pair.x);
+            up = std::max(up, pair.y);
+            down = std::max(down, -pair.y);
+        }
+    auto const grow = [](int from, float by, std::uint32_t size) {
+        double const place = from + static_cast<double>(by);
+        return static_cast<int>(std::clamp(place, 0.0, static_cast<double>(size)));
+    };
+    return AlignOut({grow(box.x0, -left - 1, frame.width), grow(box.y0, -up - 1, frame.height),
+                     grow(box.x1, right + 2, frame.width), grow(box.y1, down + 2, frame.height)},
+                    frame);
+}
+
+/// Writes a box of the target, from a patch of the same format whose first pixel is at (patchX, patchY) of it. Samples
+/// of several pixels are written where any of these is in the box.
+void CopyBox(IDataVideo const& patch, int patchX, int patchY, IDataVideo& target, Box const& box) {
+    PixFmtDescription const& format = target.GetDescription();
+    target.Detach();
+    for (unsigned char i = 0; i < format.planesCount; ++i) {
+        PlaneLayout const& layout = format.planes[i];
+        ConstPlane const from = patch.GetPlane(i);
+        MutablePlane const to = target.GetMutablePlane(i);
+        auto const groups = [](int end, int shift) { return (end + (1 << shift) - 1) >> shift; };
+        int const first = box.x0 >> layout.shiftX;
+        auto const bytes = static_cast<std::size_t>(groups(box.x1, layout.shiftX) - first) * layout.bytes;
+        for (int row = box.y0 >> layout.shiftY; row < groups(box.y1, layout.shiftY); ++row)
+            std::memcpy(to.GetRow(static_cast<std::uint64_t>(row)) + first * layout.bytes,
+                        from.GetRow(static_cast<std::uint64_t>(row - (patchY >> layout.shiftY))) +
+                            (first - (patchX >> layout.shiftX)) * layout.bytes,
+                        bytes);
+    }
+}
+
+} // namespace
+
+class DirectionalAreaDeformation
+    : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectDirectionalAreaDeformation> {
+public:
+    DirectionalAreaDeformation(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          remapper(MakeOneInput<SettingsEffectRemapping>()),
+          converter(MakeOneInput<SettingsColorspaceConverter>()) {}
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        RequireSettings();
+        if (data->GetPixFmt() == PixFmt::PAL8) Convert(data, PixFmt::RGBA);
+        KeepSource(AsVideo(data));
+        std::vector<Box> boxes;
+        AddStroke({settings.GetFromX(), settings.GetFromY(), settings.GetToX(), settings.GetToY()}, boxes);
+        for (PushStroke const& stroke : settings.GetStrokes()) AddStroke(stroke, boxes);
+        for (Box const& box : boxes) Warp(AsVideo(data), box);
+    }
+
+private:
+    void RequireSettings() const {
+        double const strength = settings.GetStrength();
+        if (!std::isfinite(strength) || strength < 0)
+            VELNOR_THROW(EffectException, "The strength of the push brush is " + std::to_string(strength) +
+                                              "; it must be a finite number, 0 or more.");
+        if (settings.GetSize() < 0)
+            VELNOR_THROW(EffectException, "The size of the push brush is " + std::to_string(settings.GetSize()) +
+                                              "; it must be 0 or more.");
+    }
+
+    void KeepSource(IDataVideo const& picture) {
+        FrameFormat const& frame = picture.GetFrameFormat();
+        if (source && field.HasSize(frame.width, frame.height)) return;
+        source = nullptr;
+        field = DisplacementField(frame.width, frame.height);
+        source = picture.MakeCopy(CopyMode::Independent);
+    }
+
+    void AddStroke(PushStroke const& stroke, std::vector<Box>& boxes) {
+        Box const box = field.AddStroke(stroke, settings.GetSize(), settings.GetStrength());
+        if (!box.IsEmpty()) boxes.push_back(box);
+    }
+
+    void Warp(IDataVideo& target, Box const& box) {
+        FrameFormat const& frame = target.GetFrameFormat();
+        Box const reach = FindReach(field, AlignOut(box, frame), frame);
+        auto const place = [](int value) { return static_cast<std::uint32_t>(value); };
+        DataHandle patch = source->MakePart(
+            {place(reach.x0), place(reach.y0), place(reach.x1 - reach.x0), place(reach.y1 - reach.y0)});
+        remapper->SetSettings(SettingsEffectRemapping([this, reach](int x, int y) {
+            DisplacementField::Pair const& pair = field.At(x + reach.x0, y + reach.y0);
+            return std::pair(static_cast<float>(x) - pair.x, static_cast<float>(y) - pair.y);
+        }));
+        remapper->ProcessData(patch);
+        remapper->SetSettings(SettingsEffectRemapping()); // whose function must not outlive this effect
+        Convert(patch, target.GetPixFmt());
+        CopyBox(AsVideo(ConstDataHandle(patch)), reach.x0, reach.y0, target, box);
+    }
+
+    void Convert(DataHandle& data, PixFmt format) {
+        if (data->GetPixFmt() == format) return;
+        converter->SetSettings(SettingsColorspaceConverter(format, true));
+        converter->ProcessData(data);
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> remapper;
+    intrusive_ptr<IOneInputEffectVideo> converter;
+    DisplacementField field;
+    VideoHandle source; ///< The first picture of the field's size, as it came.
+};
+
+intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<DirectionalAreaDeformation>(factory, context);
+}
+
+} // namespace Velnor::Proc
