@@ -6,13 +6,16 @@
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
+#include "Proc/Settings/SettingsEffectBalanceLuma.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlendPalette.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectColorReduce.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
@@ -23,6 +26,7 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
+#include "Proc/Settings/SettingsEffectHistogram.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
@@ -35,7 +39,9 @@
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
+#include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
@@ -46,6 +52,7 @@
 #include "Proc/Settings/SettingsEffectVideoGenerator.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
+#include "Proc/Settings/SettingsHistogramChannel.h"
 #include "Proc/Settings/SettingsResizer.h"
 
 #include <algorithm>
@@ -58,13 +65,16 @@ namespace Velnor::Proc {
     Do(SettingsEffectAlphaExtractor) \
     Do(SettingsEffectAlphaInserter) \
     Do(SettingsEffectAutoEnhance) \
+    Do(SettingsEffectBalanceLuma) \
     Do(SettingsEffectBiColorToning) \
     Do(SettingsEffectBlackWhite) \
+    Do(SettingsEffectBlendPalette) \
     Do(SettingsEffectBlur) \
     Do(SettingsEffectBlurBokeh) \
     Do(SettingsEffectCLAHE) \
     Do(SettingsEffectColorBalance) \
     Do(SettingsEffectColorBalanceAuto) \
+    Do(SettingsEffectColorReduce) \
     Do(SettingsEffectCustom) \
     Do(SettingsEffectCutter) \
     Do(SettingsEffectDirectionalAreaDeformation) \
@@ -75,6 +85,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectGrabCutSegmentation) \
     Do(SettingsEffectGradient) \
     Do(SettingsEffectGradientPosterize) \
+    Do(SettingsEffectHistogram) \
     Do(SettingsEffectHorizonDetector) \
     Do(SettingsEffectImageBlender) \
     Do(SettingsEffectImplode) \
@@ -87,7 +98,9 @@ namespace Velnor::Proc {
     Do(SettingsEffectPad) \
     Do(SettingsEffectPixelate) \
     Do(SettingsEffectPosterize) \
+    Do(SettingsEffectReduceLocalLuma) \
     Do(SettingsEffectRemapping) \
+    Do(SettingsEffectReplaceChroma) \
     Do(SettingsEffectRotate) \
     Do(SettingsEffectShapeMask) \
     Do(SettingsEffectSmartBlur) \
@@ -98,6 +111,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectVideoGenerator) \
     Do(SettingsEffectVignette) \
     Do(SettingsEffectWhiteBalance) \
+    Do(SettingsHistogramChannel) \
     Do(SettingsResizer)
 // clang-format on
 

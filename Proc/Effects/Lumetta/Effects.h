@@ -5,15 +5,21 @@
 namespace Velnor::Proc {
 
 // The factory function of each effect, defined last in the effect's own source.
+intrusive_ptr<IEffect> CreateBalanceLuma(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBlackWhite(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateBlendPalette(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateColorReduce(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateHistogram(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateReduceLocalLuma(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateReplaceChroma(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context);
 
