@@ -7,14 +7,17 @@
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
+#include "Proc/Settings/SettingsEffectBalanceLuma.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlendPalette.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectColorReduce.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
@@ -27,6 +30,7 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
+#include "Proc/Settings/SettingsEffectHistogram.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
@@ -39,7 +43,9 @@
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
+#include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
@@ -52,6 +58,7 @@
 #include "Proc/Settings/SettingsEffectVideoGenerator.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
+#include "Proc/Settings/SettingsHistogramChannel.h"
 #include "Proc/Settings/SettingsResizer.h"
 
 #include <algorithm>
@@ -65,14 +72,17 @@ namespace Velnor::Proc {
     Do(SettingsEffectAlphaInserter) \
     Do(SettingsEffectAutoEnhance) \
     Do(SettingsEffectAutoGlareRemove) \
+    Do(SettingsEffectBalanceLuma) \
     Do(SettingsEffectBiColorToning) \
     Do(SettingsEffectBlackWhite) \
+    Do(SettingsEffectBlendPalette) \
     Do(SettingsEffectBlur) \
     Do(SettingsEffectBlurBokeh) \
     Do(SettingsEffectBlurRadial) \
     Do(SettingsEffectCLAHE) \
     Do(SettingsEffectColorBalance) \
     Do(SettingsEffectColorBalanceAuto) \
+    Do(SettingsEffectColorReduce) \
     Do(SettingsEffectColoredGlass) \
     Do(SettingsEffectCustom) \
     Do(SettingsEffectCutter) \
@@ -85,6 +95,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectGrabCutSegmentation) \
     Do(SettingsEffectGradient) \
     Do(SettingsEffectGradientPosterize) \
+    Do(SettingsEffectHistogram) \
     Do(SettingsEffectHorizonDetector) \
     Do(SettingsEffectImageBlender) \
     Do(SettingsEffectImplode) \
@@ -97,7 +108,9 @@ namespace Velnor::Proc {
     Do(SettingsEffectPad) \
     Do(SettingsEffectPixelate) \
     Do(SettingsEffectPosterize) \
+    Do(SettingsEffectReduceLocalLuma) \
     Do(SettingsEffectRemapping) \
+    Do(SettingsEffectReplaceChroma) \
     Do(SettingsEffectRestorer) \
     Do(SettingsEffectRotate) \
     Do(SettingsEffectShapeMask) \
@@ -110,6 +123,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectVideoGenerator) \
     Do(SettingsEffectVignette) \
     Do(SettingsEffectWhiteBalance) \
+    Do(SettingsHistogramChannel) \
     Do(SettingsResizer)
 // clang-format on
 

@@ -3,11 +3,14 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
+#include "Proc/Settings/SettingsEffectBalanceLuma.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
+#include "Proc/Settings/SettingsEffectBlendPalette.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
+#include "Proc/Settings/SettingsEffectColorReduce.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
@@ -18,10 +21,13 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
+#include "Proc/Settings/SettingsEffectHistogram.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
+#include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
@@ -54,12 +60,15 @@ void Registrator(IEffectRegistry* registry) {
     Registration const registrations[] = {
         {SettingsEffectAutoEnhance::CLASS_ID, ONE_INPUT, CreateAutoEnhance},
         {SettingsEffectAutoGlareRemove::CLASS_ID, ONE_INPUT, CreateAutoGlareRemove},
+        {SettingsEffectBalanceLuma::CLASS_ID, ONE_INPUT, CreateBalanceLuma},
         {SettingsEffectBiColorToning::CLASS_ID, ONE_INPUT, CreateBiColorToning},
         {SettingsEffectBlackWhite::CLASS_ID, ONE_INPUT, CreateBlackWhite},
+        {SettingsEffectBlendPalette::CLASS_ID, TWO_INPUT, CreateBlendPalette},
         {SettingsEffectBlurBokeh::CLASS_ID, ONE_INPUT, CreateBlurBokeh},
         {SettingsEffectBlurRadial::CLASS_ID, ONE_INPUT, CreateBlurRadial},
         {SettingsEffectColorBalanceAuto::CLASS_ID, ONE_INPUT, CreateColorBalanceAuto},
         {SettingsEffectColoredGlass::CLASS_ID, ONE_INPUT, CreateColoredGlass},
+        {SettingsEffectColorReduce::CLASS_ID, ONE_INPUT, CreateColorReduce},
         {SettingsEffectCustom::CLASS_ID, ONE_INPUT, CreateCustom},
         {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
         {SettingsEffectDetailsEnhance::CLASS_ID, ONE_INPUT, CreateDetailsEnhance},
@@ -69,10 +78,13 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
+        {SettingsEffectHistogram::CLASS_ID, ONE_INPUT, CreateHistogram},
         {SettingsEffectHorizonDetector::CLASS_ID, ONE_INPUT, CreateHorizonDetector},
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},
         {SettingsEffectOilPaint::CLASS_ID, ONE_INPUT, CreateOilPaint},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
+        {SettingsEffectReduceLocalLuma::CLASS_ID, TWO_INPUT, CreateReduceLocalLuma},
+        {SettingsEffectReplaceChroma::CLASS_ID, ONE_INPUT, CreateReplaceChroma},
         {SettingsEffectRestorer::CLASS_ID, ONE_INPUT, CreateRestorer},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectSketch::CLASS_ID, ONE_INPUT, CreateSketch},

@@ -1,0 +1,69 @@
+// BlendPalette: gives the first picture the colour palette of the second.
+//
+//     both pictures -> mean and covariance of their colours in OKLab -> the map that carries the one onto the other
+//     first         =  its colours through the map, by as much as the strength says
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/ColorCube.h"
+#include "Proc/Effects/Lumetta/Kernels/ColorTransfer.h"
+#include "Proc/Settings/SettingsEffectBlendPalette.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Velnor::Proc {
+namespace {
+
+using Kernels::Lab;
+using Kernels::RgbLevels;
+
+void CheckFormat(IData const& picture) {
+    if (std::ranges::count(Kernels::PackedRgbFormats(), picture.GetPixFmt()) == 0)
+        VELNOR_THROW(EffectException, "Pixel format is not supported!");
+}
+
+Kernels::ColorCounts Count(IDataVideo const& picture) {
+    return Kernels::CountColors(picture.GetPlane(0), Kernels::PackedRgb(picture.GetPixFmt()),
+                                picture.GetDescription().hasAlpha);
+}
+
+} // namespace
+
+class BlendPalette : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEffectBlendPalette> {
+public:
+    using EffectBaseTwoInput::EffectBaseTwoInput;
+
+    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+        CheckFormat(*first);
+        CheckFormat(*second);
+        double const percent = settings.GetStrength();
+        float const strength = std::isfinite(percent) ? static_cast<float>(std::clamp(percent / 100.0, 0.0, 1.0)) : 0;
+        Kernels::ColorCounts const own = Count(std::as_const(AsVideo(first)));
+        Kernels::ColorCounts const palette = Count(AsVideo(second));
+        // A picture that is transparent all over has no palette, to give or to change.
+        if (strength == 0 || own.colors.empty() || palette.colors.empty()) return;
+
+        Kernels::ColorTransfer const transfer(Kernels::MeasureSpread(own.colors),
+                                              Kernels::MeasureSpread(palette.colors));
+        bool const keepLuma = settings.GetKeepLuma();
+        Kernels::ColorCube const cube(WIDE_STEP, [&](RgbLevels const& rgb) -> RgbLevels {
+            Lab const from = Kernels::ToOkLab(rgb);
+            Lab const to = transfer(from);
+            RgbLevels const result =
+                Kernels::FromOkLab({from.l + strength * (to.l - from.l), from.a + strength * (to.a - from.a),
+                                    from.b + strength * (to.b - from.b)});
+            float const luma = Kernels::LumaOf(keepLuma ? rgb : result);
+            return Kernels::WithLuma(result, std::clamp(luma, 0.0F, 255.0F));
+        });
+        cube.Apply(AsVideo(first).GetMutablePlane(0), Kernels::PackedRgb(first->GetPixFmt()));
+    }
+
+private:
+    static constexpr unsigned int WIDE_STEP = 3; ///< 8 levels: the map is smooth.
+};
+
+intrusive_ptr<IEffect> CreateBlendPalette(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<BlendPalette>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Proc/Effects/Lumetta/Kernels/OkLab.h"
+#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Interfaces/Plane.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace Velnor::Proc::Kernels {
+
+/// Any change of colour as a grid of samples, read between them by tetrahedra (J. Sakamoto, H. Itooka, US patent
+/// 4275413, 1981, long expired): four grid points a pixel, and greys stay grey where the grid keeps them so. The
+/// identity comes out bit for bit.
+class ColorCube {
+public:
+    using Map = std::function<RgbLevels(RgbLevels const&)>;
+
+    /// @param shift  the grid's step as a power of two: 2 for 65 points a side, 3 for 33
+    /// @param map    asked at levels 0 to 256; its results are cut to that range
+    ColorCube(unsigned int shift, Map const& map);
+
+    /// Changes bytes 0 to 2 of every pixel, colours by the format's order; a fourth byte stays.
+    void Apply(MutablePlane const& plane, PackedRgb const& format) const;
+
+private:
+    struct Node {
+        std::int16_t red, green, blue, unused; ///< Levels in steps of 1 / SCALE.
+    };
+    static constexpr int SCALE_BITS = 6;
+
+    template <unsigned int Shift, unsigned int PixelBytes, bool IsBlueFirst>
+    void ApplyRows(MutablePlane const& plane) const;
+    template <unsigned int Shift>
+    void ApplyBySize(MutablePlane const& plane, PackedRgb const& format) const;
+
+    unsigned int shift;
+    std::uint32_t side;
+    std::vector<Node> nodes;
+};
+
+} // namespace Velnor::Proc::Kernels

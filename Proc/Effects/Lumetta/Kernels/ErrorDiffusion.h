@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/Kernels/PaletteSearch.h"
+#include "Proc/Interfaces/Plane.h"
+
+#include <vector>
+
+namespace Velnor::Proc::Kernels {
+
+/// Finds the palette's entries for a picture, row after row from the top.
+class PaletteRows {
+public:
+    /// @param diffuse  whether the error of each pixel is spread over those that follow (R. Floyd, L. Steinberg, "An
+    ///                 adaptive algorithm for spatial grey scale", 1976), every second row from right to left so that
+    ///                 the pattern does not drift
+    PaletteRows(PaletteMap& paletteMap, std::uint64_t widthInPixels, bool diffuse);
+
+    /// Writes one index a pixel.
+    void MapRow(unsigned char const* pixels, PackedRgb const& format, unsigned char* indices);
+
+private:
+    void Plain(unsigned char const* pixels, PackedRgb const& format, unsigned char* indices);
+    void Diffuse(unsigned char const* pixels, PackedRgb const& format, unsigned char* indices);
+
+    PaletteMap& map;
+    std::uint64_t width;
+    bool isDiffusing;
+    bool isLeftward = false;
+    std::vector<std::array<int, 3>> errors,
+        next; ///< Of this row and the one below in sixteenths; a margin at each end.
+};
+
+} // namespace Velnor::Proc::Kernels

@@ -1,0 +1,140 @@
+// ReduceLocalLuma: burns (or dodges) the picture where the second one, a mask, is bright: a burn on paper, as light is.
+//
+//     mask  -> grey, its edge softened
+//     pixel =  table[mask][pixel] on each component       exposure in linear light; a dodge bends off below white
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/BoxMean.h"
+#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace Velnor::Proc {
+namespace {
+
+using Kernels::Table;
+using Tones = SettingsEffectReduceLocalLuma::Tones;
+
+constexpr double MOST_STOPS = 2.0;
+
+double WeightOf(Tones tones, double level) {
+    if (tones == Tones::SHADOWS) return 1 - level;
+    return tones == Tones::HIGHLIGHTS ? level : 1;
+}
+
+/// What `stops` of exposure, weighted by tone, make of each level. Never falls from one level to the next.
+Table ExposeTable(double stops, Tones tones) {
+    constexpr double GAMMA = 2.2;
+    Table table{};
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        double const level = static_cast<double>(i) / 255.0;
+        double const light = std::pow(level, GAMMA);
+        double const gain = std::exp2(stops * WeightOf(tones, level));
+        double const exposed = gain * light / (1 + std::max(gain - 1, 0.0) * light);
+        auto const result = static_cast<unsigned char>(std::lround(255.0 * std::pow(exposed, 1 / GAMMA)));
+        table[i] = i > 0 ? std::max(result, table[i - 1]) : result;
+    }
+    return table;
+}
+
+std::string Describe(FrameFormat const& frame) {
+    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
+}
+
+/// Three means of a box: close to a Gaussian, at a cost that does not depend on its width.
+void Soften(MutablePlane const& mask, std::size_t radius) {
+    if (radius == 0) return;
+    Kernels::FloatPlane plane(mask.GetWidth(), mask.GetHeight());
+    Kernels::FloatPlane scratch(mask.GetWidth(), mask.GetHeight());
+    for (std::uint64_t y = 0; y < mask.GetHeight(); ++y) std::copy_n(mask.GetRow(y), plane.width, plane.GetRow(y));
+    for (int pass = 0; pass < 3; ++pass) Kernels::BoxMean(plane, radius, scratch);
+    for (std::uint64_t y = 0; y < mask.GetHeight(); ++y)
+        std::transform(plane.GetRow(y), plane.GetRow(y) + plane.width, mask.GetRow(y),
+                       [](float value) { return static_cast<unsigned char>(value + 0.5F); });
+}
+
+} // namespace
+
+class ReduceLocalLuma : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEffectReduceLocalLuma> {
+public:
+    ReduceLocalLuma(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseTwoInput(effectFactory, effectContext),
+          maskConverter(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, true))),
+          workConverter(MakeOneInput(SettingsColorspaceConverter(Kernels::PackedRgbFormats(), true))),
+          backConverter(MakeOneInput<SettingsColorspaceConverter>()) {}
+
+    void ResetSettings() override {
+        tables.clear();
+        EffectBaseTwoInput::ResetSettings();
+    }
+
+    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+        FrameFormat const frame = first->GetFrameFormat();
+        FrameFormat const maskFrame = second->GetFrameFormat();
+        if (frame.width != maskFrame.width || frame.height != maskFrame.height)
+            VELNOR_THROW(EffectException, "The mask is " + Describe(maskFrame) + " pixels, the picture " +
+                                              Describe(frame) + ": they must be of one size.");
+        MakeTables();
+        intrusive_ptr<IData> const mask = MakeMask(AsVideo(second));
+        PixFmt const format = first->GetPixFmt();
+        backConverter->SetSettings(SettingsColorspaceConverter(format, true));
+        intrusive_ptr<IData> work = first;
+        workConverter->ProcessData(work);
+        first.reset(); // a picture that nobody else holds is written in place
+        Expose(AsVideo(work), AsVideo(ConstDataHandle(mask)).GetPlane(0));
+        if (work->GetPixFmt() != format) backConverter->ProcessData(work);
+        first = work;
+    }
+
+private:
+    void MakeTables() {
+        if (!tables.empty()) return;
+        double const percent = settings.GetStrength();
+        double const strength = std::isfinite(percent) ? std::clamp(percent / 100.0, -1.0, 1.0) : 0.0;
+        std::vector<Table> made;
+        for (int mask = 0; mask < 256; ++mask)
+            made.push_back(ExposeTable(-MOST_STOPS * strength * mask / 255.0, settings.GetTones()));
+        tables = std::move(made);
+    }
+
+    intrusive_ptr<IData> MakeMask(IDataVideo const& given) {
+        intrusive_ptr<IData> mask = given.MakeCopy(CopyMode::Share);
+        maskConverter->ProcessData(mask);
+        FrameFormat const frame = mask->GetFrameFormat();
+        double const percent = settings.GetFeather();
+        double const share = std::isfinite(percent) ? std::clamp(percent / 100.0, 0.0, 1.0) : 0.0;
+        // A box of radius r spreads by r / sqrt(3); three of them by r.
+        auto const radius = static_cast<std::size_t>(std::lround(share * std::min(frame.width, frame.height)));
+        if (radius > 0) Soften(AsVideo(mask).GetMutablePlane(0), radius);
+        return mask;
+    }
+
+    void Expose(IDataVideo& picture, ConstPlane const& mask) const {
+        MutablePlane const plane = picture.GetMutablePlane(0);
+        unsigned int const pixelBytes = Kernels::PackedRgb(picture.GetPixFmt()).pixelBytes;
+        for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
+            unsigned char* pixel = plane.GetRow(y);
+            unsigned char const* const amounts = mask.GetRow(y);
+            for (std::uint64_t x = 0; x < mask.GetWidth(); ++x, pixel += pixelBytes) {
+                Table const& table = tables[amounts[x]];
+                for (std::size_t k = 0; k < 3; ++k) pixel[k] = table[pixel[k]];
+            }
+        }
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> maskConverter;
+    intrusive_ptr<IOneInputEffectVideo> workConverter;
+    intrusive_ptr<IOneInputEffectVideo> backConverter;
+    std::vector<Table> tables; ///< By the mask's value; empty when the settings have changed.
+};
+
+intrusive_ptr<IEffect> CreateReduceLocalLuma(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<ReduceLocalLuma>(factory, context);
+}
+
+} // namespace Velnor::Proc
