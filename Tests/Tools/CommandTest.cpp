@@ -469,11 +469,7 @@ TEST_F(CommandTest, HelpAndVersionSucceedAndClosedStreamsAreSurvived) {
     for (char const* line : {"  0    done", "  2    wrong call", "  130  stopped"})
         EXPECT_THAT(help.out, HasSubstr(line));
     EXPECT_THAT(Run({"cutout", "--help"}).out,
-<<<<<<< HEAD
-                AllOf(HasSubstr("--smooth"), HasSubstr("Value of the strokes on the object"), HasSubstr("[2]")));
-=======
                 AllOf(HasSubstr("--smooth"), HasSubstr("Value of the strokes on the object"), HasSubstr("VALUE=2 ")));
->>>>>>> compose
     EXPECT_THAT(Run({"apply", "--help"}).out, AllOf(HasSubstr("--max-megapixels"), HasSubstr("Exit codes")));
     EXPECT_EQ(Run({"--version"}).out, "velnor " VELNOR_VERSION "\n");
 

@@ -186,11 +186,7 @@ TEST_F(AutoEnhanceTest, PicturesFlowAsTheyShould) {
     recorder.twoInput[BLENDER] = [&](DataHandle& first, ConstDataHandle const& second) {
         std::string text =
             "blend " + std::to_string(First(AsVideo(first))) + " " + std::to_string(First(AsVideo(second)));
-<<<<<<< HEAD
-        for (unsigned char const index : {0, 1})
-=======
         for (unsigned char index = 0; index < 2; ++index)
->>>>>>> compose
             if (ConstPlane const alpha = AsVideo(second).GetExtraAlpha(index); !alpha.IsEmpty())
                 text += " alpha " + std::to_string(*alpha.GetRow(0));
         trace.push_back(text);

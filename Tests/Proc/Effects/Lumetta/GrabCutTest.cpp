@@ -1,9 +1,6 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
-<<<<<<< HEAD
-=======
 #include "Proc/Interfaces/ImplNames.h"
->>>>>>> compose
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Tests/Support/Pictures.h"
