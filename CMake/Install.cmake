@@ -6,7 +6,8 @@ install(TARGETS VelnorCore VelnorProc VelnorHost EXPORT VelnorTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor)
 install(TARGETS velnor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS VelnorFiles LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+get_property(effect_modules GLOBAL PROPERTY VELNOR_EFFECT_MODULES)
+install(TARGETS VelnorFiles ${effect_modules} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 
 foreach(directory Core Proc/Interfaces Proc/Settings Proc/Host)

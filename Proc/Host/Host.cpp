@@ -1,6 +1,7 @@
 #include "Proc/Host/Host.h"
 
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
+#include "Proc/Effects/Photo/RegisterPhotoEffects.h"
 #include "Proc/Host/Context.h"
 #include "Proc/Host/Factory.h"
 #include "Proc/Host/PluginLoader.h"
@@ -14,7 +15,10 @@ struct Host::State {
     FactoryHandle factory = MakeShared<Factory>(registry, context);
 };
 
-Host::Host() : state(std::make_unique<State>()) { RegisterGeneralEffects(*state->registry); }
+Host::Host() : state(std::make_unique<State>()) {
+    RegisterGeneralEffects(*state->registry);
+    RegisterPhotoEffects(*state->registry);
+}
 
 Host::~Host() = default;
 
