@@ -3,6 +3,9 @@
 #include "Proc/Effects/Photo/EffectModule.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
+#include "Proc/Settings/SettingsEffectCLAHE.h"
+#include "Proc/Settings/SettingsEffectMorphology.h"
+#include "Proc/Settings/SettingsEffectSmartBlur.h"
 
 #include <array>
 #include <utility>
@@ -15,6 +18,11 @@ constexpr char const* OPENCV_MODULE = "libVelnorOpenCV.so";
 // clang-format off: one a line, so that a new effect is one new line
 constexpr std::array EFFECTS{
     ModuleEffect{&SettingsEffectBlur::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE, "Blur"},
+    ModuleEffect{&SettingsEffectCLAHE::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE, "CLAHE"},
+    ModuleEffect{&SettingsEffectMorphology::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE,
+                 "Morphology"},
+    ModuleEffect{&SettingsEffectSmartBlur::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE,
+                 "SmartBlur"},
 };
 // clang-format on
 

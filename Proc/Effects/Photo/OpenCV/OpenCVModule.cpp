@@ -9,8 +9,11 @@
 extern "C" VELNOR_API Velnor::Proc::EffectFactoryFunction GetVelnorEffect(char const* name) {
     using namespace Velnor::Proc;
     // clang-format off: one a line, so that a new effect is one new line
-    static constexpr std::array<std::pair<std::string_view, EffectFactoryFunction>, 1> EFFECTS{{
+    static constexpr std::array<std::pair<std::string_view, EffectFactoryFunction>, 4> EFFECTS{{
         {"Blur", &CreateBlur},
+        {"CLAHE", &CreateCLAHE},
+        {"Morphology", &CreateMorphology},
+        {"SmartBlur", &CreateSmartBlur},
     }};
     // clang-format on
     for (auto const& [known, create] : EFFECTS)
