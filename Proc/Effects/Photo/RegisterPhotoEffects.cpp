@@ -4,7 +4,10 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
+#include "Proc/Settings/SettingsEffectMidEqualizer.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
+#include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 
 #include <array>
@@ -14,17 +17,19 @@ namespace Velnor::Proc {
 namespace {
 
 constexpr char const* OPENCV_MODULE = "libVelnorOpenCV.so";
+constexpr EffectKind ONE = EffectKind::OneInput;
+constexpr EffectKind TWO = EffectKind::TwoInput;
 
-// clang-format off: one a line, so that a new effect is one new line
 constexpr std::array EFFECTS{
-    ModuleEffect{&SettingsEffectBlur::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE, "Blur"},
-    ModuleEffect{&SettingsEffectCLAHE::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE, "CLAHE"},
-    ModuleEffect{&SettingsEffectMorphology::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE,
-                 "Morphology"},
-    ModuleEffect{&SettingsEffectSmartBlur::CLASS_ID, &ImplNames::DEFAULT, EffectKind::OneInput, OPENCV_MODULE,
-                 "SmartBlur"},
+    ModuleEffect{&SettingsEffectBlur::CLASS_ID, &ImplNames::DEFAULT, ONE, OPENCV_MODULE, "Blur"},
+    ModuleEffect{&SettingsEffectCLAHE::CLASS_ID, &ImplNames::DEFAULT, ONE, OPENCV_MODULE, "CLAHE"},
+    ModuleEffect{&SettingsEffectGrabCutSegmentation::CLASS_ID, &ImplPhotoNames::OPENCV, TWO, OPENCV_MODULE,
+                 "GrabCutSegmentation"},
+    ModuleEffect{&SettingsEffectMidEqualizer::CLASS_ID, &ImplNames::DEFAULT, TWO, OPENCV_MODULE, "MidEqualizer"},
+    ModuleEffect{&SettingsEffectMorphology::CLASS_ID, &ImplNames::DEFAULT, ONE, OPENCV_MODULE, "Morphology"},
+    ModuleEffect{&SettingsEffectRotate::CLASS_ID, &ImplNames::DEFAULT, ONE, OPENCV_MODULE, "Rotate"},
+    ModuleEffect{&SettingsEffectSmartBlur::CLASS_ID, &ImplNames::DEFAULT, ONE, OPENCV_MODULE, "SmartBlur"},
 };
-// clang-format on
 
 /// A factory function is a plain function: each row of the table has one of its own.
 template <std::size_t Row>

@@ -9,10 +9,13 @@
 extern "C" VELNOR_API Velnor::Proc::EffectFactoryFunction GetVelnorEffect(char const* name) {
     using namespace Velnor::Proc;
     // clang-format off: one a line, so that a new effect is one new line
-    static constexpr std::array<std::pair<std::string_view, EffectFactoryFunction>, 4> EFFECTS{{
+    static constexpr std::array<std::pair<std::string_view, EffectFactoryFunction>, 7> EFFECTS{{
         {"Blur", &CreateBlur},
         {"CLAHE", &CreateCLAHE},
+        {"GrabCutSegmentation", &CreateGrabCutSegmentation},
+        {"MidEqualizer", &CreateMidEqualizer},
         {"Morphology", &CreateMorphology},
+        {"Rotate", &CreateRotate},
         {"SmartBlur", &CreateSmartBlur},
     }};
     // clang-format on
