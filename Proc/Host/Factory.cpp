@@ -12,14 +12,19 @@ namespace {
 
 using Registrations = std::vector<Registration>;
 
-/// The implementation of that name. The default one is whatever goes by that name, else the first.
+/// The implementation of that name. The default one is whatever goes by that name, else the
+/// framework's own, which knows the framework's pictures best, else the first.
 Registration const* Choose(Registrations const& ofClass, std::string const& implName, std::optional<EffectKind> kind) {
     auto const isOfKind = [&](Registration const& entry) { return !kind || entry.effect.kind == *kind; };
-    auto const isNamed = [&](Registration const& entry) {
-        return isOfKind(entry) && entry.effect.implName == implName;
+    auto const findNamed = [&](std::string const& name) {
+        return std::ranges::find_if(
+            ofClass, [&](Registration const& entry) { return isOfKind(entry) && entry.effect.implName == name; });
     };
-    auto found = std::ranges::find_if(ofClass, isNamed);
-    if (found == ofClass.end() && implName == ImplNames::DEFAULT) found = std::ranges::find_if(ofClass, isOfKind);
+    auto found = findNamed(implName);
+    if (implName == ImplNames::DEFAULT) {
+        if (found == ofClass.end()) found = findNamed(ImplNames::VELNOR);
+        if (found == ofClass.end()) found = std::ranges::find_if(ofClass, isOfKind);
+    }
     return found == ofClass.end() ? nullptr : &*found;
 }
 

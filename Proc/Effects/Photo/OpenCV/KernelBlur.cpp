@@ -17,7 +17,7 @@ int BlockSize(HalfKernel const& kernel, int samples) {
         weights += 2.0 * kernel[i];
         squares += 2.0 * kernel[i] * static_cast<double>(i * i);
     }
-    double const limit = std::min(std::sqrt(squares / weights) / 4.0, static_cast<double>(kernel.size()) / 16.0);
+    double const limit = std::min(std::sqrt(squares / weights) / 8.0, static_cast<double>(kernel.size()) / 32.0);
     int block = 1;
     while (2 * block <= limit && 2 * block <= samples) block *= 2;
     return block;
