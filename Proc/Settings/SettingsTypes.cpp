@@ -1,7 +1,7 @@
 // The list of all settings classes. A class is added to the macro below, and nowhere else: from it come the CLASS_ID
 // of each and the catalogue that the command line and the reference pages read.
 
-#include "Proc/Settings/IResize.h"
+#include "Proc/Interfaces/IResize.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
@@ -129,7 +129,7 @@ namespace Velnor::Proc {
 
 #define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
 VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)
-std::string const IResize::CLASS_ID = "IResize";
+std::string const IResize::CLASS_ID = SettingsResizer::CLASS_ID;
 
 std::vector<SettingsType const*> const& SettingsType::GetAll() {
 #define VELNOR_LIST_TYPE(Class) &Class::StaticType(),

@@ -1,14 +1,12 @@
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 
 #include "Proc/Interfaces/ImplNames.h"
-#include "Proc/Settings/IResize.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
-#include "Proc/Settings/SettingsEffectMidEqualizer.h"
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
@@ -34,7 +32,6 @@ void RegisterGeneralEffects(IEffectRegistry& registry) {
     oneInput(SettingsEffectColorBalance::CLASS_ID, &CreateColorBalance);
     oneInput(SettingsEffectExtraAlphaExtractor::CLASS_ID, &CreateExtraAlphaExtractor);
     twoInput(SettingsEffectImageBlender::CLASS_ID, &CreateImageBlender);
-    twoInput(SettingsEffectMidEqualizer::CLASS_ID, &CreateMidEqualizer);
     oneInput(SettingsEffectNoiseVideo::CLASS_ID, &CreateNoiseVideo);
     oneInput(SettingsEffectPad::CLASS_ID, &CreatePad);
     oneInput(SettingsEffectPosterize::CLASS_ID, &CreatePosterize);
@@ -43,7 +40,6 @@ void RegisterGeneralEffects(IEffectRegistry& registry) {
     oneInput(SettingsEffectVibrance::CLASS_ID, &CreateVibrance);
     oneInput(SettingsEffectVideoGenerator::CLASS_ID, &CreateVideoGenerator);
     oneInput(SettingsResizer::CLASS_ID, &CreateResizer);
-    oneInput(IResize::CLASS_ID, &CreateResizer);
 }
 
 } // namespace Velnor::Proc

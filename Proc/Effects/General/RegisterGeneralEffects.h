@@ -10,7 +10,6 @@ VELNOR_API intrusive_ptr<IEffect> CreateColorBalance(FactoryHandle const& factor
 VELNOR_API intrusive_ptr<IEffect> CreateColorspaceConverter(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateExtraAlphaExtractor(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateImageBlender(FactoryHandle const& factory, ContextHandle const& context);
-VELNOR_API intrusive_ptr<IEffect> CreateMidEqualizer(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreateNoiseVideo(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreatePad(FactoryHandle const& factory, ContextHandle const& context);
 VELNOR_API intrusive_ptr<IEffect> CreatePosterize(FactoryHandle const& factory, ContextHandle const& context);

@@ -7,6 +7,7 @@
 #include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
+#include "Proc/Settings/SettingsEffectMidEqualizer.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
@@ -62,6 +63,8 @@ void RegisterPhotoEffects(IEffectRegistry& registry) {
     RegisterOneInput<OPENCV_MODULE, SettingsEffectMorphology>(registry, ImplNames::DEFAULT);
     RegisterOneInput<OPENCV_MODULE, SettingsEffectRotate>(registry, ImplNames::DEFAULT);
     RegisterOneInput<OPENCV_MODULE, SettingsEffectSmartBlur>(registry, ImplNames::DEFAULT);
+    registry.RegisterTwoInputEffect(SettingsEffectMidEqualizer::CLASS_ID, ImplNames::DEFAULT,
+                                    &CreateFromModule<OPENCV_MODULE, SettingsEffectMidEqualizer>, nullptr);
     registry.RegisterTwoInputEffect(SettingsEffectGrabCutSegmentation::CLASS_ID, ImplPhotoNames::OPENCV,
                                     &CreateFromModule<OPENCV_MODULE, SettingsEffectGrabCutSegmentation>, nullptr);
 }

@@ -3,6 +3,7 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/SettingsText.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -52,14 +53,25 @@ protected:
         std::vector<DataHandle> inputs;
         for (std::uint32_t i = 0; i < InputsCount(); ++i)
             inputs.push_back(MakeNoise(Context(), format, width, height, i + 1));
+        if (GetParam().classId == SettingsEffectGrabCutSegmentation::CLASS_ID && format == PixFmt::GRAY8)
+            PaintStrokes(AsVideo(inputs[1]).GetMutablePlane(0));
         return inputs;
     }
 
+<<<<<<< ours
     /// What the effect makes of pictures that are always the same: one picture, or several in the inputs' place.
     std::vector<DataHandle> Results(IEffect& effect) const {
         std::vector<DataHandle> inputs = Inputs(PixFmt::RGB24, 33, 21);
         if (DataHandle const result = effect.ProcessData(inputs)) return {result};
         return GetParam().kind == EffectKind::VarInput ? inputs : std::vector<DataHandle>();
+=======
+    /// Noise has next to no stroke in it: the first row is one on the object, the last on the background.
+    static void PaintStrokes(MutablePlane const& strokes) {
+        SettingsEffectGrabCutSegmentation const values;
+        std::fill_n(strokes.GetRow(0), strokes.GetWidth(), static_cast<unsigned char>(values.GetForeground()));
+        std::fill_n(strokes.GetRow(strokes.GetHeight() - 1), strokes.GetWidth(),
+                    static_cast<unsigned char>(values.GetBackground()));
+>>>>>>> theirs
     }
 
     /// Runs the effect; false when it refused with one of the framework's exceptions, which must say why.

@@ -6,7 +6,7 @@
 
 namespace Velnor::Proc {
 
-/// The class identifier under which effects ask for whatever resizes: the resizer, with SettingsResizer.
+/// The resizer by what it does. The class identifier is that of SettingsResizer, which is what the effect takes.
 struct VELNOR_API IResize {
     static std::string const CLASS_ID;
 };

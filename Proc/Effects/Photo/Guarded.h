@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Proc/Effects/Lumetta/EffectBase.h"
+
+#include <exception>
+#include <type_traits>
+
+namespace Velnor::Proc {
+
+/// Rethrows an exception that is the framework's, or the standard library's, as it is; one of `LibraryError` as an
+/// EffectException with its text.
+template <class LibraryError, class Work>
+void TranslateErrors(std::string const& library, Work const& work) {
+    try {
+        work();
+    } catch (LibraryError const& error) {
+        VELNOR_THROW(EffectException, library + " refused the picture: " + error.what());
+    }
+}
+
+/// An effect whose work is a library's. When that throws, the caller sees an EffectException, and the handle and the
+/// picture behind it are as they were.
+template <class Effect, class LibraryError>
+class GuardedOneInput : public Effect {
+public:
+    using Effect::Effect;
+    void ProcessInternal(DataHandle& data) override {
+        DataHandle work = data;
+        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { Effect::ProcessInternal(work); });
+        data = work;
+    }
+};
+
+/// The same for effects on two pictures.
+template <class Effect, class LibraryError>
+class GuardedTwoInput : public Effect {
+public:
+    using Effect::Effect;
+    void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
+        DataHandle work = first;
+        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { Effect::ProcessInternal(work, second); });
+        first = work;
+    }
+};
+
+/// What a factory function of a module returns.
+template <class Effect, class LibraryError>
+intrusive_ptr<IEffect> MakeGuardedEffect(FactoryHandle const& factory, ContextHandle const& context) {
+    if constexpr (std::is_base_of_v<ITwoInputEffect, Effect>)
+        return MakeShared<GuardedTwoInput<Effect, LibraryError>>(factory, context);
+    else
+        return MakeShared<GuardedOneInput<Effect, LibraryError>>(factory, context);
+}
+
+} // namespace Velnor::Proc

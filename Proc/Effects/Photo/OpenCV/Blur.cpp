@@ -1,0 +1,96 @@
+// Blur: the weighted mean of each sample's neighbourhood, on OpenCV.
+//
+//     half-width = kernel length * deviation, to the nearest
+//     box        every sample within the half-width counts the same
+//     gaussian   exp(-x^2 / (2 deviation^2)) within the half-width, 0 beyond
+//     stack      half-width + 1 - |x|
+//
+// Deviations in pixels are those of the picture: in planes of subsampled chroma they shrink with the resolution. Samples
+// outside of the picture do not count. Alpha is blurred like a colour; a planes mask leaves it out.
+#include "Proc/Effects/Photo/AdaptedEffect.h"
+#include "Proc/Effects/Photo/OpenCV/CVEffects.h"
+#include "Proc/Effects/Photo/OpenCV/CVPicture.h"
+#include "Proc/Effects/Photo/OpenCV/KernelBlur.h"
+#include "Proc/Settings/SettingsEffectBlur.h"
+
+#include <cmath>
+
+namespace Velnor::Proc {
+namespace {
+
+constexpr double LARGEST_DEVIATION = 1 << 20; ///< Of any use: no picture has a longer side.
+
+void RequireDeviation(char const* axis, double deviation) {
+    if (!(deviation >= 0) || deviation > LARGEST_DEVIATION)
+        VELNOR_THROW(EffectException, std::string("The deviation ") + axis + " of the blur is " +
+                                          std::to_string(deviation) + " pixels; 0 to " +
+                                          std::to_string(static_cast<int>(LARGEST_DEVIATION)) + " are possible.");
+}
+
+} // namespace
+
+class Blur : public AdaptedEffect<SettingsEffectBlur>, public OnOpenCV {
+public:
+    using AdaptedEffect::AdaptedEffect;
+
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return PlaneFormats(); }
+
+    void ProcessInternal(DataHandle& data) override {
+        RequireSettings();
+        AdaptedEffect::ProcessInternal(data);
+    }
+
+    void ProcessInternalCSC(DataHandle& data) override {
+        IDataVideo const& picture = AsVideo(data);
+        PixFmtDescription const& format = picture.GetDescription();
+        FrameFormat const frame = picture.GetFrameFormat();
+        bool const isPercent = settings.GetScaleType() == SettingsEffectBlur::PERCENT;
+        double const devX = isPercent ? settings.GetScaleX() / 100.0 * frame.width : settings.GetDevX();
+        double const devY = isPercent ? settings.GetScaleY() / 100.0 * frame.height : settings.GetDevY();
+        RequireDeviation("across", devX);
+        RequireDeviation("down", devY);
+        VideoHandle const result = picture.MakeCopy(CopyMode::Value);
+        for (unsigned char i = 0; i < format.planesCount; ++i) {
+            if (settings.GetPlanesMask() != 0 && (settings.GetPlanesMask() >> i & 1) == 0) continue;
+            PlaneLayout const& layout = format.planes[i];
+            cv::Mat target = ViewOf(result->GetMutablePlane(i), layout);
+            BlurPlane(ReadPlane(picture, i), target, devX / (1 << layout.shiftX), devY / (1 << layout.shiftY));
+        }
+        data = result;
+    }
+
+private:
+    void RequireSettings() const {
+        if (settings.GetAlgorithm() < SettingsEffectBlur::BOX || settings.GetAlgorithm() > SettingsEffectBlur::STACK)
+            VELNOR_THROW(EffectException, "The blur algorithm is " + std::to_string(settings.GetAlgorithm()) +
+                                              "; there are 0 (box), 1 (gaussian) and 2 (stack).");
+        if (settings.GetKernelLength() < 1)
+            VELNOR_THROW(EffectException, "The kernel length of the blur is " +
+                                              std::to_string(settings.GetKernelLength()) + "; it is 1 or more.");
+    }
+
+    /// Beyond the picture's side nothing is left to count.
+    int HalfWidth(double deviation, int side) const {
+        return static_cast<int>(std::min<double>(std::round(settings.GetKernelLength() * deviation), side));
+    }
+
+    void BlurPlane(cv::Mat const& source, cv::Mat& target, double devX, double devY) const {
+        int const x = HalfWidth(devX, source.cols);
+        int const y = HalfWidth(devY, source.rows);
+        if (x == 0 && y == 0)
+            source.copyTo(target);
+        else if (settings.GetAlgorithm() == SettingsEffectBlur::BOX)
+            BlurByBox(source, target, x, y);
+        else if (settings.GetAlgorithm() == SettingsEffectBlur::GAUSSIAN)
+            BlurByKernels(source, target, MakeGaussianKernel(devX, x), MakeGaussianKernel(devY, y));
+        else
+            BlurByKernels(source, target, MakeTriangleKernel(HalfWidth(devX, 1 << 20)),
+                          MakeTriangleKernel(HalfWidth(devY, 1 << 20)));
+    }
+};
+
+intrusive_ptr<IEffect> CreateBlur(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeCVEffect<Blur>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,71 @@
+// Morphology: erosion and dilation by a disc, and what is made of the two, on OpenCV.
+//
+//     open   = erode n times, dilate n times      takes bright spots away
+//     close  = dilate n times, erode n times      fills dark holes
+//     smooth = open, then close
+//
+// Of a luma/chroma picture the luma is changed and the chroma stays; red, green and blue are changed each for itself.
+// Alpha stays.
+#include "Proc/Effects/Photo/AdaptedEffect.h"
+#include "Proc/Effects/Photo/OpenCV/CVEffects.h"
+#include "Proc/Effects/Photo/OpenCV/CVPicture.h"
+#include "Proc/Effects/Photo/OpenCV/DiscMorphology.h"
+#include "Proc/Settings/SettingsEffectMorphology.h"
+
+namespace Velnor::Proc {
+
+class Morphology : public AdaptedEffect<SettingsEffectMorphology>, public OnOpenCV {
+public:
+    using AdaptedEffect::AdaptedEffect;
+
+    std::vector<PixFmt> const& GetSupportedFormats() const override { return PlaneFormats(); }
+
+    void ProcessInternal(DataHandle& data) override {
+        if (settings.GetOperation() < SettingsEffectMorphology::ERODE ||
+            settings.GetOperation() > SettingsEffectMorphology::SMOOTH)
+            VELNOR_THROW(EffectException, "The morphology operation is " + std::to_string(settings.GetOperation()) +
+                                              "; there are 0 (erode), 1 (dilate), 2 (open), 3 (close), 4 (smooth).");
+        if (settings.GetRadius() < 0 || settings.GetIterations() < 0)
+            VELNOR_THROW(EffectException, "The morphology has the radius " + std::to_string(settings.GetRadius()) +
+                                              " and " + std::to_string(settings.GetIterations()) +
+                                              " iterations; both are 0 or more.");
+        AdaptedEffect::ProcessInternal(data);
+    }
+
+    void ProcessInternalCSC(DataHandle& data) override {
+        IDataVideo const& picture = AsVideo(data);
+        PixFmtDescription const& format = picture.GetDescription();
+        VideoHandle const result = picture.MakeCopy(CopyMode::Value);
+        int const planes = format.model == ColorModel::Rgb ? format.planesCount : 1;
+        for (unsigned char i = 0; i < planes; ++i) {
+            bool const holdsAlpha = format.hasAlpha && format.alpha.plane == i;
+            PlaneLayout const& layout = format.planes[i];
+            if (holdsAlpha && layout.bytes == 1) continue;
+            cv::Mat target = ViewOf(result->GetMutablePlane(i), layout);
+            Change(target);
+            if (!holdsAlpha) continue;
+            int const channel = format.alpha.offset;
+            cv::mixChannels(ReadPlane(picture, i), target, {channel, channel});
+        }
+        data = result;
+    }
+
+private:
+    void Change(cv::Mat& samples) const {
+        using enum SettingsEffectMorphology::Operation;
+        auto const repeat = [&](void (*step)(cv::Mat&, int)) {
+            for (int i = 0; i < settings.GetIterations(); ++i) step(samples, settings.GetRadius());
+        };
+        SettingsEffectMorphology::Operation const operation = settings.GetOperation();
+        if (operation != DILATE && operation != CLOSE) repeat(&ErodeByDisc);
+        if (operation != ERODE) repeat(&DilateByDisc);
+        if (operation == SMOOTH) repeat(&DilateByDisc);
+        if (operation == CLOSE || operation == SMOOTH) repeat(&ErodeByDisc);
+    }
+};
+
+intrusive_ptr<IEffect> CreateMorphology(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeCVEffect<Morphology>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,320 @@
+#include "Proc/Host/Host.h"
+#include "Proc/Interfaces/IResize.h"
+#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Interfaces/ProcException.h"
+#include "Proc/Settings/SettingsEffectBlur.h"
+#include "Proc/Settings/SettingsEffectCLAHE.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
+#include "Proc/Settings/SettingsEffectMidEqualizer.h"
+#include "Proc/Settings/SettingsEffectMorphology.h"
+#include "Proc/Settings/SettingsEffectRotate.h"
+#include "Proc/Settings/SettingsEffectSmartBlur.h"
+#include "Proc/Settings/SettingsResizer.h"
+#include "Tests/Support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Velnor::Proc {
+namespace {
+
+using namespace Testing;
+
+class OpenCVEffectsTest : public ::testing::Test {
+protected:
+    template <class S>
+    VideoHandle Apply(S const& settings, VideoHandle const& picture) {
+        auto const effect = host.GetFactory()->CreateOneInputEffect(S::CLASS_ID, ImplNames::DEFAULT);
+        effect->SetSettings(settings);
+        DataHandle data = picture;
+        effect->ProcessData(data);
+        return VideoHandle(&AsVideo(data));
+    }
+    template <class S>
+    VideoHandle Apply(S const& settings, VideoHandle const& first, VideoHandle const& second) {
+        auto const effect = host.GetFactory()->CreateTwoInputEffect(S::CLASS_ID, ImplNames::DEFAULT);
+        effect->SetSettings(settings);
+        DataHandle data = first;
+        effect->ProcessData(data, second);
+        return VideoHandle(&AsVideo(data));
+    }
+    template <class... Arguments>
+    std::string Refusal(Arguments const&... arguments) {
+        try {
+            Apply(arguments...);
+        } catch (ProcException const& error) {
+            return DescribeException(error);
+        }
+        return "";
+    }
+    /// A grey picture whose levels are a function of the place.
+    template <class Level>
+    VideoHandle MakeGrey(std::uint32_t width, std::uint32_t height, Level const& level) {
+        VideoHandle const picture = context.CreateImage(PixFmt::GRAY8, FrameFormat::Square(width, height));
+        for (std::uint32_t y = 0; y < height; ++y)
+            for (std::uint32_t x = 0; x < width; ++x)
+                picture->GetMutablePlane(0).GetRow(y)[x] = static_cast<unsigned char>(level(int(x), int(y)));
+        return picture;
+    }
+    static int At(IDataVideo const& picture, int x, int y) {
+        return picture.GetPlane(0).GetRow(static_cast<std::uint64_t>(y))[x];
+    }
+
+    Host host;
+    IEffectContext& context = *host.GetContext();
+};
+
+double Weight(SettingsEffectBlur const& s, double deviation, int distance, int halfWidth) {
+    if (s.GetAlgorithm() == SettingsEffectBlur::BOX) return 1;
+    if (s.GetAlgorithm() == SettingsEffectBlur::STACK) return halfWidth + 1 - std::abs(distance);
+    return std::exp(-distance * distance / (2 * deviation * deviation));
+}
+
+/// One line of samples blurred by the direct sum.
+std::vector<double> BlurLine(std::vector<double> const& line, SettingsEffectBlur const& s, double deviation) {
+    auto const half = static_cast<int>(std::round(deviation * s.GetKernelLength()));
+    std::vector<double> result(line.size());
+    for (int i = 0; i < int(line.size()); ++i) {
+        double sum = 0;
+        double weights = 0;
+        for (int k = std::max(0, i - half); k <= std::min(int(line.size()) - 1, i + half); ++k) {
+            double const weight = half == 0 ? 1 : Weight(s, deviation, k - i, half);
+            sum += weight * line[std::size_t(k)];
+            weights += weight;
+        }
+        result[std::size_t(i)] = sum / weights;
+    }
+    return result;
+}
+
+TEST_F(OpenCVEffectsTest, BlurIsTheDirectSumWithinALevel) {
+    for (auto const& [width, height] : {std::pair{1, 1}, {37, 3}, {301, 157}})
+        for (auto const algorithm : {SettingsEffectBlur::BOX, SettingsEffectBlur::GAUSSIAN, SettingsEffectBlur::STACK})
+            for (auto const& [devX, devY] : {std::pair{0.0, 1.5}, {3.0, 3.0}, {9.0, 30.0}, {100.0, 100.0}}) {
+                SettingsEffectBlur settings(algorithm);
+                settings.SetDevX(devX);
+                settings.SetDevY(devY);
+                settings.SetKernelLength(2);
+                // Halves of black and white show an error of the kernel's sum at its worst.
+                VideoHandle const picture =
+                    MakeGrey(std::uint32_t(width), std::uint32_t(height),
+                             [w = width](int x, int y) { return x * 2 < w ? 0 : (y % 7 == 3 ? 40 : 255); });
+                VideoHandle const result = Apply(settings, picture);
+                auto columns = std::vector(std::size_t(width), std::vector(std::size_t(height), 0.0));
+                for (int y = 0; y < height; ++y) {
+                    std::vector<double> row;
+                    for (int x = 0; x < width; ++x) row.push_back(At(*picture, x, y));
+                    row = BlurLine(row, settings, devX);
+                    for (int x = 0; x < width; ++x) columns[std::size_t(x)][std::size_t(y)] = row[std::size_t(x)];
+                }
+                double worst = 0;
+                for (int x = 0; x < width; ++x) {
+                    auto const column = BlurLine(columns[std::size_t(x)], settings, devY);
+                    for (int y = 0; y < height; ++y)
+                        worst = std::max(worst, std::abs(At(*result, x, y) - column[std::size_t(y)]));
+                }
+                EXPECT_LE(worst, 1.5) << width << "x" << height << " algorithm " << algorithm << " " << devX << " "
+                                      << devY;
+            }
+}
+
+TEST_F(OpenCVEffectsTest, BlurReachesThePlanesOfTheMaskAlone) {
+    VideoHandle const picture = MakeNoise(context, PixFmt::YUV420P, 21, 13);
+    SettingsEffectBlur settings;
+    settings.SetPlanesMask(4);
+    VideoHandle const result = Apply(settings, picture);
+    auto const plane = [](IDataVideo const& of, unsigned char i) {
+        ConstPlane const p = of.GetPlane(i);
+        std::vector<unsigned char> bytes;
+        for (std::uint64_t y = 0; y < p.GetHeight(); ++y)
+            bytes.insert(bytes.end(), p.GetRow(y), p.GetRow(y) + p.GetWidth());
+        return bytes;
+    };
+    EXPECT_EQ(plane(*result, 0), plane(*picture, 0));
+    EXPECT_EQ(plane(*result, 1), plane(*picture, 1));
+    EXPECT_NE(plane(*result, 2), plane(*picture, 2));
+    settings.SetKernelLength(0);
+    EXPECT_NE(Refusal(settings, picture).find("kernel length of the blur is 0"), std::string::npos);
+}
+
+TEST_F(OpenCVEffectsTest, MorphologyTakesTheExtremeOfTheDisc) {
+    VideoHandle const picture = MakeNoise(context, PixFmt::GRAY8, 41, 83);
+    for (int const radius : {1, 2, 3, 7, 20, 90})
+        for (bool const erodes : {true, false}) {
+            using S = SettingsEffectMorphology;
+            VideoHandle const result = Apply(S(erodes ? S::ERODE : S::DILATE, radius), picture);
+            for (int y = 0; y < 83; ++y)
+                for (int x = 0; x < 41; ++x) {
+                    int wanted = At(*picture, x, y);
+                    for (int v = std::max(0, y - radius); v <= std::min(82, y + radius); ++v)
+                        for (int u = std::max(0, x - radius); u <= std::min(40, x + radius); ++u) {
+                            if ((u - x) * (u - x) + (v - y) * (v - y) > radius * radius) continue;
+                            wanted =
+                                erodes ? std::min(wanted, At(*picture, u, v)) : std::max(wanted, At(*picture, u, v));
+                        }
+                    ASSERT_EQ(At(*result, x, y), wanted) << radius << " at " << x << ", " << y;
+                }
+        }
+}
+
+TEST_F(OpenCVEffectsTest, MorphologyOpensThenClosesAndKeepsAlpha) {
+    using S = SettingsEffectMorphology;
+    VideoHandle const spots = MakeGrey(20, 20, [](int x, int y) {
+        if (x == 5 && y == 5) return 255;
+        return x >= 10 ? (x == 15 && y == 15 ? 0 : 200) : 20;
+    });
+    auto const count = [&](VideoHandle const& picture, int level) {
+        return std::ranges::count(Samples(*picture), level);
+    };
+    EXPECT_EQ(count(Apply(S(S::OPEN, 1), spots), 255), 0);
+    EXPECT_GT(count(Apply(S(S::OPEN, 1), spots), 0), 0);
+    EXPECT_EQ(count(Apply(S(S::CLOSE, 1), spots), 0), 0);
+    EXPECT_GT(count(Apply(S(S::CLOSE, 1), spots), 255), 0);
+    VideoHandle const smooth = Apply(S(S::SMOOTH, 1), spots);
+    EXPECT_EQ(count(smooth, 20) + count(smooth, 200), 400);
+
+    VideoHandle const picture = MakeNoise(context, PixFmt::ARGB, 9, 5);
+    VideoHandle const eroded = Apply(S(S::ERODE, 1), picture);
+    std::vector<unsigned char> const before = Samples(*picture);
+    std::vector<unsigned char> const after = Samples(*eroded);
+    for (std::size_t i = 0; i < before.size(); i += 4) ASSERT_EQ(after[i], before[i]);
+    EXPECT_NE(after, before);
+}
+
+TEST_F(OpenCVEffectsTest, SmartBlurKeepsEdgesAtFiftyAndNoneAtAHundred) {
+    VideoHandle const step =
+        MakeGrey(300, 200, [](int x, int y) { return (x < 150 ? 60 : 190) + (x * 7 + y * 13) % 9 - 4; });
+    SettingsEffectSmartBlur settings;
+    VideoHandle const half = Apply(settings, step);
+    EXPECT_GT(At(*half, 153, 100) - At(*half, 146, 100), 110);
+    int roughness = 0;
+    int before = 0;
+    for (int x = 20; x < 100; ++x) {
+        roughness = std::max(roughness, std::abs(At(*half, x, 90) - At(*half, x + 1, 90)));
+        before = std::max(before, std::abs(At(*step, x, 90) - At(*step, x + 1, 90)));
+    }
+    EXPECT_LE(roughness, 1);
+    EXPECT_GE(before, 5);
+    settings.SetLumaBlur(100);
+    VideoHandle const full = Apply(settings, step);
+    EXPECT_LT(At(*full, 153, 100) - At(*full, 146, 100), 80);
+    settings.SetLumaBlur(0);
+    settings.SetLumaSharpen(100);
+    VideoHandle const sharp = Apply(settings, MakeGrey(300, 200, [](int x, int) { return x < 150 ? 60 : 190; }));
+    EXPECT_LT(At(*sharp, 149, 100), 40);
+    EXPECT_GT(At(*sharp, 150, 100), 210);
+    EXPECT_EQ(At(*sharp, 20, 100), 60);
+}
+
+TEST_F(OpenCVEffectsTest, CLAHESpreadsFlatContrastOfTheLumaAlone) {
+    VideoHandle const dull = MakeGrey(101, 67, [](int x, int y) { return 110 + (x * 5 + y * 3) % 20; });
+    auto const spread = [&](double limit) {
+        auto const [low, high] = std::ranges::minmax(Samples(*Apply(SettingsEffectCLAHE(limit), dull)));
+        return high - low;
+    };
+    EXPECT_GT(spread(4), 30);
+    EXPECT_GT(spread(40), spread(4));
+    VideoHandle const colour = MakeNoise(context, PixFmt::YUV444P, 17, 9);
+    VideoHandle const result = Apply(SettingsEffectCLAHE(3), colour);
+    for (unsigned char const i : {std::uint8_t{1}, std::uint8_t{2}})
+        for (std::uint64_t y = 0; y < 9; ++y)
+            EXPECT_TRUE(std::equal(colour->GetPlane(i).GetRow(y), colour->GetPlane(i).GetRow(y) + 17,
+                                   std::as_const(*result).GetPlane(i).GetRow(y)));
+}
+
+TEST_F(OpenCVEffectsTest, RotateMovesSamplesAtQuarterTurns) {
+    VideoHandle const picture = MakeNoise(context, PixFmt::RGB24, 7, 4);
+    SettingsEffectRotate settings;
+    settings.SetOutputSizeMode(SettingsEffectRotate::WHOLE);
+    VideoHandle result = picture;
+    for (double const angle : {90.0, 180.0, -270.0}) {
+        settings.SetAngle(angle);
+        result = Apply(settings, result);
+    } // A whole turn in all.
+    EXPECT_EQ(Samples(*result), Samples(*picture));
+    settings.SetAngle(90);
+    result = Apply(settings, picture);
+    ASSERT_EQ(result->GetFrameFormat(), FrameFormat::Square(4, 7));
+    // Counter-clockwise: the upper right corner goes to the upper left.
+    EXPECT_EQ(At(*result, 0, 0), At(*picture, 6 * 3, 0));
+    settings.SetOutputSizeMode(SettingsEffectRotate::SAME);
+    settings.SetFillColor(Color(1, 2, 3, 4));
+    result = Apply(settings, picture);
+    ASSERT_EQ(result->GetFrameFormat(), picture->GetFrameFormat());
+    EXPECT_EQ(At(*result, 0, 0), 3); // red
+}
+
+TEST_F(OpenCVEffectsTest, RotateShowsNoMarginInsideAndTheWholePictureOutside) {
+    VideoHandle const picture = MakeFlat(context, PixFmt::GRAY8, 120, 80, {200});
+    SettingsEffectRotate settings;
+    settings.SetFillColor(Color(0, 0, 0, 255));
+    for (double const angle : {3.0, 33.0, 135.0, -77.0}) {
+        settings.SetAngle(angle);
+        settings.SetOutputSizeMode(SettingsEffectRotate::INNER);
+        std::vector<unsigned char> const inner = Samples(*Apply(settings, picture));
+        EXPECT_GT(*std::ranges::min_element(inner), 100) << angle;
+        settings.SetOutputSizeMode(SettingsEffectRotate::WHOLE);
+        double area = 0;
+        for (unsigned char const level : Samples(*Apply(settings, picture))) area += level / 200.0;
+        EXPECT_NEAR(area, 120 * 80, 250) << angle;
+    }
+}
+
+TEST_F(OpenCVEffectsTest, MidEqualizerMeetsHalfWay) {
+    VideoHandle const dark = MakeGrey(64, 3, [](int x, int) { return x; });
+    VideoHandle const bright = MakeGrey(64, 9, [](int x, int) { return x + 100; });
+    SettingsEffectMidEqualizer settings;
+    VideoHandle const a = Apply(settings, dark, bright);
+    VideoHandle const b = Apply(settings, bright, dark);
+    for (int x = 0; x < 64; ++x) {
+        EXPECT_EQ(At(*a, x, 0), x + 50);
+        EXPECT_EQ(At(*b, x, 0), x + 50);
+    }
+    settings.SetStrength(50);
+    EXPECT_EQ(At(*Apply(settings, dark, bright), 10, 1), 35);
+    VideoHandle const noise = MakeNoise(context, PixFmt::RGBA, 30, 20);
+    EXPECT_EQ(Samples(*Apply(SettingsEffectMidEqualizer(), noise, noise)), Samples(*noise));
+}
+
+TEST_F(OpenCVEffectsTest, GrabCutFindsTheDiscFromTwoStrokes) {
+    auto const isDisc = [](int x, int y) { return (x - 30) * (x - 30) + (y - 25) * (y - 25) < 200; };
+    VideoHandle const picture =
+        MakeGrey(64, 50, [&](int x, int y) { return (isDisc(x, y) ? 180 : 60) + (x * 7 + y * 3) % 5; });
+    VideoHandle const strokes = MakeGrey(64, 50, [](int x, int y) {
+        if (y == 25 && x > 25 && x < 35) return 255;
+        return y == 2 ? 128 : 0;
+    });
+    SettingsEffectGrabCutSegmentation const settings;
+    VideoHandle const result = Apply(settings, picture, strokes);
+    ASSERT_EQ(result->GetPixFmt(), PixFmt::GRAY8);
+    int wrong = 0;
+    for (int y = 0; y < 50; ++y)
+        for (int x = 0; x < 64; ++x) wrong += At(*result, x, y) != (isDisc(x, y) ? 255 : 128);
+    EXPECT_LE(wrong, 12);
+    VideoHandle const one = MakeFlat(context, PixFmt::GRAY8, 64, 50, {255});
+    EXPECT_NE(Refusal(settings, picture, one).find("background (value 128) cover 0 pixels"), std::string::npos);
+    VideoHandle const small = MakeFlat(context, PixFmt::GRAY8, 4, 4, {255});
+    EXPECT_NE(Refusal(settings, picture, small).find("4 x 4"), std::string::npos);
+    EXPECT_NE(Refusal(settings, picture, MakeNoise(context, PixFmt::RGB24, 64, 50)).find("rgb24"), std::string::npos);
+}
+
+TEST_F(OpenCVEffectsTest, TooLargeForOpenCVIsRefusedAndTheNextPictureIsDone) {
+    auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsEffectBlur::CLASS_ID, ImplNames::DEFAULT);
+    DataHandle const wide = MakeFlat(context, PixFmt::GRAY8, 40000, 1, {7});
+    DataHandle data = wide;
+    EXPECT_THROW(effect->ProcessData(data), ProcException);
+    EXPECT_EQ(data, wide);
+    data = MakeFlat(context, PixFmt::GRAY8, 40, 2, {7});
+    effect->ProcessData(data);
+    EXPECT_EQ(Samples(AsVideo(data)), std::vector<unsigned char>(80, 7));
+}
+
+TEST_F(OpenCVEffectsTest, TheResizerGoesByItsInterfaceToo) {
+    auto const effect = host.GetFactory()->CreateOneInputEffect(IResize::CLASS_ID, ImplNames::DEFAULT);
+    EXPECT_EQ(effect->GetSettingsBase().GetType().classId, SettingsResizer::CLASS_ID);
+}
+
+} // namespace
+} // namespace Velnor::Proc
