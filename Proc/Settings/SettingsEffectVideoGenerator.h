@@ -11,7 +11,7 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectVideoGenerator, "Makes a grey picture of a shape, such as a lens aperture.")
     VELNOR_FIELD(Shape, Shape, DISC, "the shape")
-    VELNOR_FIELD(FrameFormat, Size, FrameFormat(256, 256, 1, 1), "size of the picture", Unit("pixels"),
+    VELNOR_FIELD(FrameFormat, Size, FrameFormat::Square(256, 256), "size of the picture", Unit("pixels"),
                  Example("256x256"))
     VELNOR_FIELD(int, Blades, 6, "blades of the polygon's aperture, or points of the star", Range(3, 24))
     VELNOR_FIELD(double, Roundness, 0.0, "how round the polygon's sides are: 0 straight, 100 a circle", Unit("%"),
