@@ -18,8 +18,10 @@ public:
         std::int64_t const wayY = std::int64_t{stroke.toY} - stroke.fromY;
         auto const x = static_cast<float>(wayX);
         auto const y = static_cast<float>(wayY);
-        float const length = std::sqrt(
-            static_cast<float>(static_cast<std::uint64_t>(wayX * wayX) + static_cast<std::uint64_t>(wayY * wayY)));
+        auto const square = [](std::int64_t way) {
+            return static_cast<std::uint64_t>(way) * static_cast<std::uint64_t>(way);
+        };
+        float const length = std::sqrt(static_cast<float>(square(wayX) + square(wayY)));
         directionX = x / length;
         directionY = y / length;
         end = (directionX * x + directionY * y) / radius;
