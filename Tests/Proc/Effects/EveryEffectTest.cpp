@@ -58,20 +58,19 @@ protected:
         return inputs;
     }
 
-<<<<<<< ours
     /// What the effect makes of pictures that are always the same: one picture, or several in the inputs' place.
     std::vector<DataHandle> Results(IEffect& effect) const {
         std::vector<DataHandle> inputs = Inputs(PixFmt::RGB24, 33, 21);
         if (DataHandle const result = effect.ProcessData(inputs)) return {result};
         return GetParam().kind == EffectKind::VarInput ? inputs : std::vector<DataHandle>();
-=======
+    }
+
     /// Noise has next to no stroke in it: the first row is one on the object, the last on the background.
     static void PaintStrokes(MutablePlane const& strokes) {
         SettingsEffectGrabCutSegmentation const values;
         std::fill_n(strokes.GetRow(0), strokes.GetWidth(), static_cast<unsigned char>(values.GetForeground()));
         std::fill_n(strokes.GetRow(strokes.GetHeight() - 1), strokes.GetWidth(),
                     static_cast<unsigned char>(values.GetBackground()));
->>>>>>> theirs
     }
 
     /// Runs the effect; false when it refused with one of the framework's exceptions, which must say why.
