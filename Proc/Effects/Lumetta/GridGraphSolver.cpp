@@ -20,15 +20,15 @@
 // them lose theirs. Stamps are raised before each augmentation and a merged set starts from the larger one, so that a
 // stamp of an earlier augmentation, or of the other half, is never taken for a fresh one.
 //
-// Thresholds. A region is first solved with only its wider edges open, flags standing for "at least the threshold"; the
-// argument holds for that graph. The last pass opens all edges and seeds the active list as at the start.
+// Thin edges. Regions and merges are solved with only the wider edges open, flags standing for "at least the threshold";
+// the argument holds for that graph. The merge that takes the last boundary holds all regions: none is left between two
+// sets, and the grid is connected. It opens all edges at the end and seeds the active list as at the start.
 //
 // Regions. Before the workers start, the flags of all edges between regions are cleared in both directions while the
 // residuals stay. Every step tests a flag before it touches more of a neighbour than its label, so a worker stays
 // inside the regions joined so far. A merge sets both flags of each pair from the residuals again and then wakes nodes
 // so that the condition above holds for the restored edges too; edges to third regions stay closed. A record whose two
-// ends have become one set by other records is merged with itself in the same way, so at the end every flag is
-// restored.
+// ends have become one set by other records is merged with itself in the same way. The end restores every flag.
 //
 // Threads. A worker touches nodes of sets that it holds busy; others only load labels beside them, relaxed, and find no
 // flag set (regions are whole tiles: nothing else shares their cache lines). Busy goes from 0 to 1 under the lock. It
@@ -58,9 +58,13 @@ namespace {
 
 constexpr std::size_t WORKER_BYTES = 96;
 
-/// Residual capacities that edges must have to be used, one solve of a region after another. Of what was measured
-/// (1 alone; 4, 8, 16 or 64 before it; longer series) this takes least time over photographs.
-constexpr int THRESHOLDS[] = {16, 1};
+/// Residual capacity of the edges that are used until all regions are one. Across a whole photograph the thin edges
+/// break the flow into several times as many paths, each a thousand nodes long and with trees to mend; once the wide
+/// ones are exhausted little is left to do. Of 16 to 128 this does best at 2 and 12 megapixels taken together.
+constexpr int WIDE = 32;
+
+/// Of the edges that are used after that, one solve of the whole grid after another.
+constexpr int THIN[] = {4, 1};
 
 void CheckSize(std::span<std::int16_t const> array, std::size_t pixels, char const* name) {
     if (array.size() != pixels)
@@ -167,11 +171,11 @@ void GridGraphSolver::SeparateRegions() {
     }
 }
 
-/// Opens the edges across a boundary again, and activates what they join to a node of another state.
+/// Opens the wide edges across a boundary again, and activates what they join to a node of another state.
 void GridGraphSolver::JoinRegions(BoundaryRecord const& record, Kernels::GridTrees& trees) const {
     unsigned const direction = record.GetDirection();
     auto const open = [&](std::uint32_t from, unsigned way) {
-        if (nodes.residual[way][from] == 0) return false;
+        if (nodes.residual[way][from] < WIDE) return false;
         nodes.SetLabel(from, nodes.GetLabel(from) | EdgeFlag(way));
         return true;
     };
@@ -207,7 +211,7 @@ void GridGraphSolver::Compute() {
 
 void GridGraphSolver::Work(unsigned worker) noexcept {
     try {
-        Kernels::GridTrees trees(layout, nodes, GetWorkerBlock(worker));
+        Kernels::GridTrees trees(layout, nodes, GetWorkerBlock(worker), WIDE);
         SolveRegions(trees);
         MergeRegions(trees);
     } catch (...) {
@@ -230,11 +234,8 @@ void GridGraphSolver::SolveRegions(Kernels::GridTrees& trees) {
         if (region >= layout.GetRegionsCount()) return;
         Kernels::NodeRect const rect = layout.GetRegion(region);
         std::uint32_t stamp = 0;
-        for (int threshold : THRESHOLDS) {
-            trees.SetThreshold(rect, threshold);
-            trees.ActivateRect(rect);
-            trees.Solve(stamp);
-        }
+        trees.SolveRect(rect, WIDE, stamp);
+        if (layout.GetRegionsCount() == 1) SolveWhole(trees, stamp);
         regions.SetIdle(region, stamp);
         progress->Advance(1);
     }
@@ -248,8 +249,15 @@ void GridGraphSolver::MergeRegions(Kernels::GridTrees& trees) {
         progress->Advance(merge.records.size());
         for (BoundaryRecord const& record : merge.records) JoinRegions(record, trees);
         trees.Solve(merge.stamp);
+        if (merge.isLast) SolveWhole(trees, merge.stamp);
         regions.SetIdle(merge.root, merge.stamp);
     }
+}
+
+/// Ends the work, once all regions are one: with the thin edges.
+void GridGraphSolver::SolveWhole(Kernels::GridTrees& trees, std::uint32_t& stamp) const {
+    Kernels::NodeRect const all{0, 0, layout.GetPaddedWidth(), layout.GetPaddedHeight()};
+    for (int const residual : THIN) trees.SolveRect(all, residual, stamp);
 }
 
 void GridGraphSolver::WriteRow(std::uint32_t y, std::uint8_t sinkValue, std::uint8_t otherValue,

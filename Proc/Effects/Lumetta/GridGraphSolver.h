@@ -85,6 +85,7 @@ private:
     void Work(unsigned worker) noexcept;
     void SolveRegions(Kernels::GridTrees& trees);
     void MergeRegions(Kernels::GridTrees& trees);
+    void SolveWhole(Kernels::GridTrees& trees, std::uint32_t& stamp) const;
     bool IsStopped() const { return failed.load(std::memory_order_relaxed) || progress->IsStopRequested(); }
     void Fail(std::exception_ptr const& cause) noexcept;
     Kernels::GridWorkerBlock& GetWorkerBlock(unsigned worker) const;

@@ -105,6 +105,7 @@ GridRegions::Merge GridRegions::Take(StopQuery const& isStopped) {
         }
     }
     records.swap(kept);
+    merge.isLast = records.empty();
     return merge;
 }
 

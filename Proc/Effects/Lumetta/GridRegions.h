@@ -35,6 +35,7 @@ public:
         std::vector<BoundaryRecord> records; ///< Empty: nothing can be merged now, or a stop was requested.
         std::uint32_t root = 0;
         std::uint32_t stamp = 0; ///< Not below that of any node of the set.
+        bool isLast = false;     ///< No boundary is left: the set is the whole grid.
     };
 
     /// Builds the records, and fills the node lists into `nodes`, which has room for 640 a boundary.

@@ -32,6 +32,8 @@ void GridTrees::Activate(std::uint32_t node) {
     block.lastActive = node;
 }
 
+/// Appends the nodes of a rectangle that an unsaturated edge joins to a node of another state. A sink node that touches
+/// only source nodes is left to them.
 void GridTrees::ActivateRect(NodeRect const& rect) {
     auto const mustBeActive = [this](std::uint32_t node) {
         unsigned const label = nodes.GetLabel(node);
@@ -56,6 +58,12 @@ void GridTrees::ActivateRect(NodeRect const& rect) {
                 if (mustBeActive(node)) Activate(node);
         }
     }
+}
+
+void GridTrees::SolveRect(NodeRect const& rect, int residual, std::uint32_t& stamp) {
+    SetThreshold(rect, residual);
+    ActivateRect(rect);
+    Solve(stamp);
 }
 
 void GridTrees::SetThreshold(NodeRect const& rect, int residual) {

@@ -60,19 +60,18 @@ static_assert(sizeof(GridWorkerBlock) <= 32);
 /// SPACING behind their parent, and not 1, so that an orphan can move back a little without its own children having to.
 class GridTrees {
 public:
-    GridTrees(GridLayout const& gridLayout, GridNodes const& gridNodes, GridWorkerBlock& workerBlock)
-        : layout(gridLayout), nodes(gridNodes), block(workerBlock) {}
+    /// @param residual  capacity that the edges whose flags are set have at least; SolveRect changes it
+    GridTrees(GridLayout const& gridLayout, GridNodes const& gridNodes, GridWorkerBlock& workerBlock, int residual)
+        : layout(gridLayout), nodes(gridNodes), block(workerBlock), threshold(residual) {}
 
     /// Appends a node to the active list, once.
     void Activate(std::uint32_t node);
 
-    /// Appends the nodes of a rectangle that an unsaturated edge joins to a node of another state. A sink node that
-    /// touches only source nodes is left to them.
-    void ActivateRect(NodeRect const& rect);
-
-    /// Opens the edges inside a rectangle that have at least this residual capacity, and closes the others there. Until
-    /// the next call the trees pass over what is less: few large augmentations first save many small ones.
-    void SetThreshold(NodeRect const& rect, int residual);
+    /// Solves a rectangle through its edges that have at least this residual capacity; the others in it are closed, and
+    /// passed over by later solves, until a lower threshold opens them.
+    /// @param rect   whole tiles; edges that lead out of it are closed
+    /// @param stamp  as of Solve
+    void SolveRect(NodeRect const& rect, int residual, std::uint32_t& stamp);
 
     /// Grows and augments until no active node is left: no unsaturated edge then leads from the source tree out of it,
     /// or into the sink tree from outside.
@@ -80,6 +79,8 @@ public:
     void Solve(std::uint32_t& stamp);
 
 private:
+    void ActivateRect(NodeRect const& rect);
+    void SetThreshold(NodeRect const& rect, int residual);
     template <std::uint8_t Tree>
     void Grow(std::uint32_t node);
     void Augment(std::uint32_t source, std::uint32_t sink, unsigned direction);
@@ -101,7 +102,7 @@ private:
     GridLayout const& layout;
     GridNodes const nodes;
     GridWorkerBlock& block;
-    int threshold = 1;
+    int threshold;
     std::uint32_t now = 0;              ///< Stamp of the current augmentation.
     std::vector<std::uint32_t> buckets; ///< First orphan of each level: distance / SPACING.
 };
