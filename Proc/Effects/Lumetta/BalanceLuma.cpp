@@ -2,7 +2,7 @@
 // region is brightened or darkened by one factor; regions end at edges, so there are no halos.
 //
 //     map    = edge-preserving smooth luma
-//     factor = by the map's level: up to 2 stops for black, down to 0.6 stops for white, 1 in between
+//     factor = by the map's level: up to 2.6 stops for black, down to 0.6 stops for white, 1 in between
 //     pixel  = pixel * factor      the same for all three components: hue stays
 //                                  a brightened pixel's largest component nears 255 and never passes it
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
@@ -26,7 +26,8 @@ public:
             double const level = static_cast<double>(i) / STEPS;
             double const dark = std::max(0.0, 1 - level / SHADOWS_END);
             double const bright = std::max(0.0, (level - HIGHLIGHTS_BEGIN) / (1 - HIGHLIGHTS_BEGIN));
-            double const stops = MOST_LIFT * shadows * dark * dark - MOST_HOLD * highlights * bright * bright;
+            double const stops =
+                MOST_LIFT * shadows * dark * std::sqrt(dark) - MOST_HOLD * highlights * bright * bright;
             factors[i] = static_cast<float>(std::exp2(stops / GAMMA));
         }
     }
@@ -39,7 +40,7 @@ private:
     static constexpr std::size_t STEPS = 4096;
     static constexpr double SHADOWS_END = 0.6;
     static constexpr double HIGHLIGHTS_BEGIN = 0.45;
-    static constexpr double MOST_LIFT = 2.0; ///< Stops.
+    static constexpr double MOST_LIFT = 2.6; ///< Stops.
     static constexpr double MOST_HOLD = 0.6; ///< Stops: as much as keeps brighter regions brighter.
     static constexpr double GAMMA = 2.2;     ///< Samples are about this root of light.
 

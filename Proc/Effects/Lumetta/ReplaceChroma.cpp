@@ -53,7 +53,7 @@ public:
         Chromaticity const own = ChromaticityOf(lab);
         // Near black the chromaticity is noise.
         float const share =
-            strength * (1 - SmoothStep(inner, outer, std::abs(own - key))) * SmoothStep(0.08F, 0.25F, lab.l);
+            strength * (1 - SmoothStep(inner, outer, DistanceFromKey(own))) * SmoothStep(0.08F, 0.25F, lab.l);
         if (share <= 0) return rgb;
         Chromaticity const next = own + share * (target + turn * (own - key) - own);
         lab.a = next.real() * lab.l;
@@ -62,12 +62,21 @@ public:
     }
 
 private:
-    static constexpr float FULL_RANGE = 0.5F; ///< Distance at 100 %: from pure red to beyond grey.
-    static constexpr float NEUTRAL = 0.02F;   ///< Chromaticity below which a colour has no hue to speak of.
-    static constexpr float MOST_GAIN = 1.5F;  ///< Of differences: more would bring out the noise of weak colours.
+    static constexpr float FULL_RANGE = 0.35F; ///< Distance at 100 %: nearly from pure red to grey.
+    static constexpr float NEUTRAL = 0.02F;    ///< Chromaticity below which a colour has no hue to speak of.
+    static constexpr float MOST_GAIN = 1.5F;   ///< Of differences: more would bring out the noise of weak colours.
 
     static float Share(double percent) {
         return std::isfinite(percent) ? static_cast<float>(std::clamp(percent, 0.0, 100.0) / 100.0) : 0.0F;
+    }
+
+    /// Folds and shadows of a coloured thing are of its hue and more saturated, since light reaches them from itself:
+    /// that way lies half as far.
+    float DistanceFromKey(Chromaticity own) const {
+        Chromaticity const away = own - key;
+        if (std::abs(key) < NEUTRAL) return std::abs(away);
+        Chromaticity const turned = away * std::conj(key) / std::abs(key);
+        return std::hypot(turned.real() > 0 ? 0.5F * turned.real() : turned.real(), turned.imag());
     }
 
     static Chromaticity Turn(Chromaticity from, Chromaticity to) {

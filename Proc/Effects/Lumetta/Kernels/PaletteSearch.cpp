@@ -9,6 +9,9 @@ namespace {
 
 using Colors = std::vector<WeightedColor>;
 
+/// A small spot of its own colour, an eye or a badge, matters more than its area says.
+constexpr float AREA_POWER = 0.6F;
+
 constexpr std::array<float Lab::*, 3> AXES{&Lab::l, &Lab::a, &Lab::b};
 
 float Distance(Lab const& p, Lab const& q) {
@@ -123,6 +126,7 @@ bool Refine(Colors const& colors, std::vector<Lab>& palette, std::vector<std::ui
 
 std::vector<Lab> FindPalette(Colors colors, std::size_t count, int refinements) {
     if (colors.empty()) return {};
+    for (WeightedColor& color : colors) color.weight = std::pow(color.weight, AREA_POWER);
     std::vector<Lab> palette = CutByMedians(colors, count);
     std::vector<std::uint16_t> owner(colors.size(), 0xffff);
     for (int pass = 0; pass < refinements; ++pass)
