@@ -83,7 +83,12 @@ INSTANTIATE_TEST_SUITE_P(
                       Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
                       Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
                       Golden{"gradient", "SettingsEffectGradient", {}, 2},
-                      Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0}),
+                      Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0},
+                      Golden{"blur", "SettingsEffectBlur", {{"dev-x", "4"}, {"dev-y", "2"}}, 1},
+                      Golden{"clahe", "SettingsEffectCLAHE", {{"clip-limit", "3"}}, 2},
+                      Golden{"morphology", "SettingsEffectMorphology", {{"operation", "smooth"}, {"radius", "3"}}, 0},
+                      Golden{"rotate", "SettingsEffectRotate", {{"angle", "12"}, {"output-size-mode", "whole"}}, 1},
+                      Golden{"smart-blur", "SettingsEffectSmartBlur", {{"luma-blur", "60"}}, 2}),
     TestName);
 
 } // namespace
