@@ -12,6 +12,8 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
+
 namespace Velnor::Proc {
 namespace {
 
@@ -45,8 +47,9 @@ public:
     void ProcessInternalCSC(DataHandle& data) override {
         IDataVideo const& picture = AsVideo(data);
         cv::Mat equalised;
-        cv::createCLAHE(settings.GetClipLimit(), {TILES, TILES})
-            ->apply(ExtendToTiles(ReadPlane(picture, 0)), equalised);
+        // Multiples of a flat histogram's level beyond 256 limit nothing, and OpenCV counts in whole numbers.
+        double const limit = std::min(settings.GetClipLimit(), 256.0);
+        cv::createCLAHE(limit, {TILES, TILES})->apply(ExtendToTiles(ReadPlane(picture, 0)), equalised);
         VideoHandle const result = picture.MakeCopy(CopyMode::Value);
         cv::Mat target = ViewOf(result->GetMutablePlane(0), picture.GetDescription().planes[0]);
         equalised(cv::Rect(0, 0, target.cols, target.rows)).copyTo(target);
