@@ -82,7 +82,7 @@ public:
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         FindGlare(std::as_const(*result).GetPlane(0), pixelBytes, std::as_const(AsVideo(luma)).GetPlane(0),
                   AsVideo(mask).GetMutablePlane(0), static_cast<float>(settings.GetThreshold() * 2.55));
-        Grow(mask, std::clamp(static_cast<int>(side / 250), 1, 20));
+        Grow(mask, std::clamp(static_cast<int>(side / 150), 2, 30));
         Invert(AsVideo(mask).GetMutablePlane(0), static_cast<float>(settings.GetStrength() / 100));
         Kernels::FillHoles(result->GetMutablePlane(0), pixelBytes, std::as_const(AsVideo(mask)).GetPlane(0));
         data = result;
@@ -100,7 +100,7 @@ private:
     void Grow(intrusive_ptr<IData>& mask, int radius) {
         grow->SetSettings(SettingsEffectMorphology(SettingsEffectMorphology::DILATE, radius));
         grow->ProcessData(mask);
-        Blur(mask, radius * 0.7);
+        Blur(mask, radius * 0.4); // So little that the spot itself is still wholly covered.
     }
 
     intrusive_ptr<IOneInputEffectVideo> blur;

@@ -12,6 +12,9 @@
 #include "Proc/Effects/Photo/OpenCV/DiscMorphology.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace Velnor::Proc {
 
 class Morphology : public AdaptedEffect<SettingsEffectMorphology>, public OnOpenCV {
@@ -53,8 +56,12 @@ public:
 private:
     void Change(cv::Mat& samples) const {
         using enum SettingsEffectMorphology::Operation;
+        // Once the discs together reach across the picture, it is of one level, and stays so.
+        double const diagonal = std::hypot(samples.cols, samples.rows);
+        double const enough = std::ceil(diagonal / std::max(settings.GetRadius(), 1)) + 1;
+        int const iterations = static_cast<int>(std::min<double>(settings.GetIterations(), enough));
         auto const repeat = [&](void (*step)(cv::Mat&, int)) {
-            for (int i = 0; i < settings.GetIterations(); ++i) step(samples, settings.GetRadius());
+            for (int i = 0; i < iterations; ++i) step(samples, settings.GetRadius());
         };
         SettingsEffectMorphology::Operation const operation = settings.GetOperation();
         if (operation != DILATE && operation != CLOSE) repeat(&ErodeByDisc);

@@ -18,7 +18,7 @@ S Radius(double radius) {
     return settings;
 }
 
-class OilPaintTest : public PhotoEffectTest<S> {
+class MagickOilPaintTest : public PhotoEffectTest<S> {
 protected:
     /// A picture of any size in little memory: all of its rows are one.
     VideoHandle MakeLarge(std::uint32_t width, std::uint32_t height) {
@@ -31,7 +31,7 @@ protected:
     std::vector<unsigned char> line;
 };
 
-TEST_F(OilPaintTest, EveryPixelTakesAColourOfItsNeighbourhoodExactly) {
+TEST_F(MagickOilPaintTest, EveryPixelTakesAColourOfItsNeighbourhoodExactly) {
     VideoHandle const source = MakeNoise(context, PixFmt::RGB24, 31, 17);
     VideoHandle const result = Apply(Radius(2), source->MakeCopy(CopyMode::Value));
     int moved = 0;
@@ -51,7 +51,7 @@ TEST_F(OilPaintTest, EveryPixelTakesAColourOfItsNeighbourhoodExactly) {
     EXPECT_GT(moved, 31 * 17 / 2);
 }
 
-TEST_F(OilPaintTest, PaintsEveryOrderOfBytesAlikeAndLeavesAlpha) {
+TEST_F(MagickOilPaintTest, PaintsEveryOrderOfBytesAlikeAndLeavesAlpha) {
     auto const colourAt = [](std::uint32_t x, std::uint32_t y) {
         return Colour4{double(x * 37 % 256), double(y * 53 % 256), double(x * y % 256), double((x + 3 * y) % 256)};
     };
@@ -69,7 +69,7 @@ TEST_F(OilPaintTest, PaintsEveryOrderOfBytesAlikeAndLeavesAlpha) {
     }
 }
 
-TEST_F(OilPaintTest, ReadsRowsInAnyOrderAndNoByteBeyondThem) {
+TEST_F(MagickOilPaintTest, ReadsRowsInAnyOrderAndNoByteBeyondThem) {
     VideoHandle const source = MakeNoise(context, PixFmt::BGR24, 19, 11);
     std::vector<unsigned char> const wanted = Samples(*Apply(Radius(2), source->MakeCopy(CopyMode::Value)));
     for (bool const isBottomUp : {false, true}) {
@@ -78,7 +78,7 @@ TEST_F(OilPaintTest, ReadsRowsInAnyOrderAndNoByteBeyondThem) {
     }
 }
 
-TEST_F(OilPaintTest, NamesTheLimitOfTheLibraryAndWorksOnTheNextPicture) {
+TEST_F(MagickOilPaintTest, NamesTheLimitOfTheLibraryAndWorksOnTheNextPicture) {
     EXPECT_THAT(Refusal(Radius(1), MakeLarge(60000, 1)),
                 ::testing::AllOf(HasSubstr("width of 60000 pixels"), HasSubstr("limit"), HasSubstr("ImageMagick")));
     EXPECT_THAT(Refusal(Radius(1), MakeLarge(1, 60000)), HasSubstr("height of 60000 pixels"));
@@ -97,7 +97,7 @@ TEST_F(OilPaintTest, NamesTheLimitOfTheLibraryAndWorksOnTheNextPicture) {
     EXPECT_EQ(Samples(*Apply(Radius(1), flat)), before);
 }
 
-TEST_F(OilPaintTest, RefusesARadiusWithoutAMeaning) {
+TEST_F(MagickOilPaintTest, RefusesARadiusWithoutAMeaning) {
     VideoHandle const picture = MakeNoise(context, PixFmt::RGB24, 9, 5);
     EXPECT_THAT(Refusal(Radius(1234), picture), HasSubstr("radius of the oil paint effect is 1234"));
     EXPECT_THAT(Refusal(Radius(std::numeric_limits<double>::quiet_NaN()), picture), HasSubstr("nan"));
