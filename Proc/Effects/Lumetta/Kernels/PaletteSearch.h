@@ -35,7 +35,7 @@ private:
     static constexpr std::uint16_t UNKNOWN = 0xffff;
     std::uint16_t Search(std::uint32_t red, std::uint32_t green, std::uint32_t blue) const;
 
-    std::vector<Lab> palette;
+    std::vector<Lab> palette; ///< As distances are taken.
     std::vector<std::array<unsigned char, 3>> levels;
     std::vector<std::uint16_t> nearest;
 };
