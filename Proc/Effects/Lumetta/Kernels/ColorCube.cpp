@@ -8,8 +8,11 @@ namespace Velnor::Proc::Kernels {
 ColorCube::ColorCube(unsigned int stepShift, Map const& map)
     : shift(stepShift), side((256U >> stepShift) + 1), nodes(std::size_t{side} * side * side) {
     auto const step = static_cast<float>(1U << shift);
+    // Grid points may lie beyond 0 to 255, so that what is read between them is right up to the ends.
+    constexpr float LEAST = -100.0F;
+    constexpr float MOST = 400.0F;
     auto const fixed = [](float level) {
-        return static_cast<std::int16_t>(std::lround(std::clamp(level, 0.0F, 256.0F) * (1 << SCALE_BITS)));
+        return static_cast<std::int16_t>(std::lround(std::clamp(level, LEAST, MOST) * (1 << SCALE_BITS)));
     };
     std::size_t at = 0;
     for (std::uint32_t red = 0; red < side; ++red)
@@ -54,7 +57,7 @@ void ColorCube::ApplyRows(MutablePlane const& plane) const {
             int const w3 = static_cast<int>(last >> 24);
             auto const mix = [&](std::int16_t Node::*part) {
                 int const sum = w0 * (n0->*part) + w1 * (n1->*part) + w2 * (n2->*part) + w3 * (n3->*part);
-                return static_cast<unsigned char>(std::min((sum + ROUND) >> (Shift + SCALE_BITS), 255));
+                return static_cast<unsigned char>(std::clamp((sum + ROUND) >> (Shift + SCALE_BITS), 0, 255));
             };
             pixel[RED] = mix(&Node::red);
             pixel[1] = mix(&Node::green);

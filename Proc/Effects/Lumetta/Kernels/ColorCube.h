@@ -19,7 +19,7 @@ public:
     using Map = std::function<RgbLevels(RgbLevels const&)>;
 
     /// @param shift  the grid's step as a power of two: 2 for 65 points a side, 3 for 33
-    /// @param map    asked at levels 0 to 256; its results are cut to that range
+    /// @param map    asked at levels 0 to 256; what is read is cut to 0 to 255
     ColorCube(unsigned int shift, Map const& map);
 
     /// Changes bytes 0 to 2 of every pixel, colours by the format's order; a fourth byte stays.

@@ -21,7 +21,7 @@ SettingsEffectHistogram Measure(HostRun& run, VideoHandle const& picture) {
     return dynamic_cast<SettingsEffectHistogram const&>(effect->GetSettingsBase());
 }
 
-TEST(Histogram, SaysWhatIsInEachChannel) {
+TEST(HistogramEffect, SaysWhatIsInEachChannel) {
     HostRun run;
     // 100 pixels: ninety of (0, 100, 255), nine of (50, 100, 255), one of (255, 100, 0).
     VideoHandle const picture = Paint(run.context, PixFmt::BGRA, 10, 10, [](std::uint32_t x, std::uint32_t y) {
@@ -50,7 +50,7 @@ TEST(Histogram, SaysWhatIsInEachChannel) {
     EXPECT_EQ(found.GetLuma().GetHigh(), 134); // 0.299 * 255 + 0.587 * 100
 }
 
-TEST(Histogram, CountsEveryPixelOfEveryFormatOnce) {
+TEST(HistogramEffect, CountsEveryPixelOfEveryFormatOnce) {
     HostRun run;
     for (PixFmtDescription const& format : PixFmtDescription::GetAll()) {
         VideoHandle const picture = run.context.CreateImage(format.format, FrameFormat::Square(7, 5));
@@ -67,7 +67,7 @@ TEST(Histogram, CountsEveryPixelOfEveryFormatOnce) {
     }
 }
 
-TEST(Histogram, RefusesAPictureThatNoConverterBroughtToACountedFormat) {
+TEST(HistogramEffect, RefusesAPictureThatNoConverterBroughtToACountedFormat) {
     Recorder recorder;
     ContextHandle const context = CreateContext();
     intrusive_ptr<IEffect> const effect = CreateHistogram(MakeShared<RecordingFactory>(recorder), context);
@@ -81,7 +81,7 @@ TEST(Histogram, RefusesAPictureThatNoConverterBroughtToACountedFormat) {
     EXPECT_EQ(dynamic_cast<SettingsEffectHistogram const&>(effect->GetSettingsBase()).GetPixels(), 0U);
 }
 
-TEST(Histogram, DrawsInsideItsPanelAndKeepsFormatAndAlpha) {
+TEST(HistogramEffect, DrawsInsideItsPanelAndKeepsFormatAndAlpha) {
     HostRun run;
     SettingsEffectHistogram settings;
     settings.SetDraw(true);

@@ -140,7 +140,9 @@ TEST_F(PaletteEffectsTest, BlendStrengthRunsFromNothingAndLumaCanBeKept) {
     for (double const strength : {0.0, 50.0, 100.0}) {
         settings.SetStrength(strength);
         VideoHandle const result = run.Apply(settings, first, second);
-        if (strength == 0) EXPECT_EQ(Samples(*result), Samples(*first));
+        if (strength == 0) {
+            EXPECT_EQ(Samples(*result), Samples(*first));
+        }
         double const greenward = SpreadOf(result).mean[1];
         EXPECT_LE(greenward, previous);
         previous = greenward;
