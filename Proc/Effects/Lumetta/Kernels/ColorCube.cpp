@@ -9,8 +9,8 @@ ColorCube::ColorCube(unsigned int stepShift, Map const& map)
     : shift(stepShift), side((256U >> stepShift) + 1), nodes(std::size_t{side} * side * side) {
     auto const step = static_cast<float>(1U << shift);
     // Grid points may lie beyond 0 to 255, so that what is read between them is right up to the ends.
-    constexpr float LEAST = -100.0F;
-    constexpr float MOST = 400.0F;
+    static constexpr float LEAST = -100.0F;
+    static constexpr float MOST = 400.0F;
     auto const fixed = [](float level) {
         return static_cast<std::int16_t>(std::lround(std::clamp(level, LEAST, MOST) * (1 << SCALE_BITS)));
     };

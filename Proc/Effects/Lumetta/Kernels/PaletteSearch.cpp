@@ -12,6 +12,9 @@ using Colors = std::vector<WeightedColor>;
 /// A small spot of its own colour, an eye or a badge, matters more than its area says.
 constexpr float AREA_POWER = 0.6F;
 
+/// Later passes move nothing that could be seen.
+constexpr int MOST_REFINEMENTS = 50;
+
 constexpr std::array<float Lab::*, 3> AXES{&Lab::l, &Lab::a, &Lab::b};
 
 /// A lost hue is missed more than a step of lightness, which error diffusion hides well.
@@ -139,7 +142,7 @@ std::vector<Lab> FindPalette(Colors colors, std::size_t count, int refinements) 
     }
     std::vector<Lab> palette = CutByMedians(colors, count);
     std::vector<std::uint16_t> owner(colors.size(), 0xffff);
-    for (int pass = 0; pass < refinements; ++pass)
+    for (int pass = 0; pass < std::min(refinements, MOST_REFINEMENTS); ++pass)
         if (!Refine(colors, palette, owner)) break;
     std::ranges::transform(palette, palette.begin(), Unweighted);
     return palette;
