@@ -46,8 +46,8 @@ TEST(OkLab, AColourAtAnotherLumaFitsAndKeepsItsDirection) {
 TEST(ColorCube, TheIdentityIsExactAndALinearMapIsRight) {
     ContextHandle const context = CreateContext();
     for (unsigned int const shift : {2U, 3U}) {
-        ColorCube const same(shift, [](RgbLevels const& rgb) { return rgb; });
-        ColorCube const mixed(shift, [](RgbLevels const& rgb) {
+        ColorCube same(shift, [](RgbLevels const& rgb) { return rgb; });
+        ColorCube mixed(shift, [](RgbLevels const& rgb) {
             return RgbLevels{rgb[2], 255.0F - rgb[1], 0.5F * (rgb[0] + rgb[1])};
         });
         for (PixFmt const format : {PixFmt::RGB24, PixFmt::BGR24, PixFmt::RGBA, PixFmt::BGRX}) {
@@ -75,7 +75,7 @@ TEST(ColorCube, TheIdentityIsExactAndALinearMapIsRight) {
 TEST(ColorCube, ResultsBeyondTheRangeAreCut) {
     ContextHandle const context = CreateContext();
     VideoHandle const noise = MakeNoise(*context, PixFmt::RGB24, 20, 20);
-    ColorCube const cut(2, [](RgbLevels const&) { return RgbLevels{1e9F, -1e9F, 255.9F}; });
+    ColorCube cut(2, [](RgbLevels const&) { return RgbLevels{1e9F, -1e9F, 255.9F}; });
     cut.Apply(noise->GetMutablePlane(0), PackedRgb(PixFmt::RGB24));
     std::vector<unsigned char> const out = Samples(*noise);
     EXPECT_EQ(out[0], 255);
