@@ -24,6 +24,8 @@ public:
         FrameFormat const frame = picture.GetFrameFormat();
         ResizePlan const plan = PlanResize(frame, picture.GetDescription(), settings);
         if (plan.result == frame && !plan.NeedsScaling() && !plan.IsCut(frame)) return;
+        RequireSize({plan.scaledWidth, plan.scaledHeight});
+        RequireSize({plan.result.width, plan.result.height});
 
         VideoHandle result = picture.MakePart(plan.part);
         result->DropExtraAlpha();
@@ -35,6 +37,19 @@ public:
     }
 
 private:
+    /// libswscale counts in 32 bits, bytes of a row and rows alike, and writes beyond its buffers when they overflow.
+    static void RequireSize(Size size) {
+        constexpr std::uint64_t MOST_PIXELS = 1U << 28;
+        constexpr std::uint32_t LONGEST_SIDE = 1U << 17;
+        if (size.width <= LONGEST_SIDE && size.height <= LONGEST_SIDE &&
+            std::uint64_t{size.width} * size.height <= MOST_PIXELS)
+            return;
+        VELNOR_THROW(EffectException, "The resizer would make a picture of " + std::to_string(size.width) + " x " +
+                                          std::to_string(size.height) + " pixels; at most " +
+                                          std::to_string(MOST_PIXELS) + " in all and " + std::to_string(LONGEST_SIDE) +
+                                          " on a side are possible.");
+    }
+
     /// Packed luma and chroma are scaled as planes and packed again; a palette picture comes out as RGBA.
     VideoHandle Scale(IDataVideo const& picture, Size size) {
         PixFmtDescription const& format = picture.GetDescription();

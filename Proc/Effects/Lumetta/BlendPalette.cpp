@@ -46,7 +46,7 @@ public:
         Kernels::ColorTransfer const transfer(Kernels::MeasureSpread(own.colors),
                                               Kernels::MeasureSpread(palette.colors));
         bool const keepLuma = settings.GetKeepLuma();
-        Kernels::ColorCube const cube(WIDE_STEP, [&](RgbLevels const& rgb) -> RgbLevels {
+        Kernels::ColorCube cube(WIDE_STEP, [&](RgbLevels const& rgb) -> RgbLevels {
             Lab const from = Kernels::ToOkLab(rgb);
             Lab const to = transfer(from);
             RgbLevels const result =

@@ -132,7 +132,8 @@ protected:
 
     Outcome Run(IEffect& effect, std::vector<GuardedPicture> const& pictures) const {
         std::vector<DataHandle> inputs;
-        for (GuardedPicture const& picture : pictures) inputs.emplace_back(picture.Get()->MakeCopy(CopyMode::Share));
+        // Copies, which share the guarded samples: an effect may write to the picture that it is given.
+        for (GuardedPicture const& picture : pictures) inputs.emplace_back(picture.Get()->MakeCopy(CopyMode::Value));
         Outcome outcome;
         try {
             DataHandle const result = effect.ProcessData(inputs);

@@ -5,24 +5,36 @@
 
 namespace Velnor::Proc::Kernels {
 
-ColorCube::ColorCube(unsigned int stepShift, Map const& map)
-    : shift(stepShift), side((256U >> stepShift) + 1), nodes(std::size_t{side} * side * side) {
-    auto const step = static_cast<float>(1U << shift);
-    auto const fixed = [](float level) {
-        return static_cast<std::int16_t>(std::lround(std::clamp(level, 0.0F, 256.0F) * (1 << SCALE_BITS)));
+ColorCube::ColorCube(unsigned int stepShift, Map const& colorMap)
+    : map(colorMap), shift(stepShift), side((256U >> stepShift) + 1), nodes(std::size_t{side} * side * side) {}
+
+void ColorCube::FillNode(std::size_t index) {
+    // Grid points may lie beyond 0 to 255, so that what is read between them is right up to the ends.
+    static constexpr float LEAST = -100.0F;
+    static constexpr float MOST = 400.0F;
+    auto const level = [&](std::size_t step) { return static_cast<float>(step << shift); };
+    auto const fixed = [](float value) {
+        return static_cast<std::int16_t>(std::lround(std::clamp(value, LEAST, MOST) * (1 << SCALE_BITS)));
     };
-    std::size_t at = 0;
-    for (std::uint32_t red = 0; red < side; ++red)
-        for (std::uint32_t green = 0; green < side; ++green)
-            for (std::uint32_t blue = 0; blue < side; ++blue) {
-                RgbLevels const result = map({static_cast<float>(red) * step, static_cast<float>(green) * step,
-                                              static_cast<float>(blue) * step});
-                nodes[at++] = {fixed(result[0]), fixed(result[1]), fixed(result[2]), 0};
-            }
+    Node& node = nodes[index];
+    if (node.isFilled) return;
+    RgbLevels const result =
+        map({level(index / (std::size_t{side} * side)), level(index / side % side), level(index % side)});
+    node.red = fixed(result[0]);
+    node.green = fixed(result[1]);
+    node.blue = fixed(result[2]);
+    node.isFilled = true;
+}
+
+void ColorCube::FillCell(std::size_t corner) {
+    for (std::size_t const red : {std::size_t{0}, std::size_t{side} * side})
+        for (std::size_t const green : {std::size_t{0}, std::size_t{side}})
+            for (std::size_t const blue : {0U, 1U}) FillNode(corner + red + green + blue);
+    nodes[corner].isCellFilled = true;
 }
 
 template <unsigned int Shift, unsigned int PixelBytes, bool IsBlueFirst>
-void ColorCube::ApplyRows(MutablePlane const& plane) const {
+void ColorCube::ApplyRows(MutablePlane const& plane) {
     constexpr std::uint32_t SIDE = (256U >> Shift) + 1;
     constexpr std::uint32_t MASK = (1U << Shift) - 1;
     constexpr int ROUND = 1 << (Shift + SCALE_BITS - 1);
@@ -45,6 +57,7 @@ void ColorCube::ApplyRows(MutablePlane const& plane) const {
             std::uint32_t const last = std::min(std::min(a, b), c);
             std::uint32_t const middle = a ^ b ^ c ^ first ^ last;
             Node const* const n0 = base + ((red >> Shift) * SIDE + (green >> Shift)) * SIDE + (blue >> Shift);
+            if (!n0->isCellFilled) FillCell(static_cast<std::size_t>(n0 - base));
             Node const* const n1 = n0 + way(first);
             Node const* const n2 = n1 + way(middle);
             Node const* const n3 = n2 + way(last);
@@ -54,7 +67,7 @@ void ColorCube::ApplyRows(MutablePlane const& plane) const {
             int const w3 = static_cast<int>(last >> 24);
             auto const mix = [&](std::int16_t Node::*part) {
                 int const sum = w0 * (n0->*part) + w1 * (n1->*part) + w2 * (n2->*part) + w3 * (n3->*part);
-                return static_cast<unsigned char>(std::min((sum + ROUND) >> (Shift + SCALE_BITS), 255));
+                return static_cast<unsigned char>(std::clamp((sum + ROUND) >> (Shift + SCALE_BITS), 0, 255));
             };
             pixel[RED] = mix(&Node::red);
             pixel[1] = mix(&Node::green);
@@ -64,14 +77,14 @@ void ColorCube::ApplyRows(MutablePlane const& plane) const {
 }
 
 template <unsigned int Shift>
-void ColorCube::ApplyBySize(MutablePlane const& plane, PackedRgb const& format) const {
+void ColorCube::ApplyBySize(MutablePlane const& plane, PackedRgb const& format) {
     if (format.pixelBytes == 3)
         format.isBlueFirst ? ApplyRows<Shift, 3, true>(plane) : ApplyRows<Shift, 3, false>(plane);
     else
         format.isBlueFirst ? ApplyRows<Shift, 4, true>(plane) : ApplyRows<Shift, 4, false>(plane);
 }
 
-void ColorCube::Apply(MutablePlane const& plane, PackedRgb const& format) const {
+void ColorCube::Apply(MutablePlane const& plane, PackedRgb const& format) {
     shift == 2 ? ApplyBySize<2>(plane, format) : ApplyBySize<3>(plane, format);
 }
 

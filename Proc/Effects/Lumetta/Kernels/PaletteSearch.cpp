@@ -12,7 +12,17 @@ using Colors = std::vector<WeightedColor>;
 /// A small spot of its own colour, an eye or a badge, matters more than its area says.
 constexpr float AREA_POWER = 0.6F;
 
+/// Later passes move nothing that could be seen.
+constexpr int MOST_REFINEMENTS = 50;
+
 constexpr std::array<float Lab::*, 3> AXES{&Lab::l, &Lab::a, &Lab::b};
+
+/// A lost hue is missed more than a step of lightness, which error diffusion hides well.
+constexpr float CHROMA_WEIGHT = 2.0F;
+
+/// Where distances are taken.
+Lab Weighted(Lab const& lab) { return {lab.l, lab.a * CHROMA_WEIGHT, lab.b * CHROMA_WEIGHT}; }
+Lab Unweighted(Lab const& lab) { return {lab.l, lab.a / CHROMA_WEIGHT, lab.b / CHROMA_WEIGHT}; }
 
 float Distance(Lab const& p, Lab const& q) {
     float const l = p.l - q.l;
@@ -126,11 +136,15 @@ bool Refine(Colors const& colors, std::vector<Lab>& palette, std::vector<std::ui
 
 std::vector<Lab> FindPalette(Colors colors, std::size_t count, int refinements) {
     if (colors.empty()) return {};
-    for (WeightedColor& color : colors) color.weight = std::pow(color.weight, AREA_POWER);
+    for (WeightedColor& color : colors) {
+        color.weight = std::pow(color.weight, AREA_POWER);
+        color.lab = Weighted(color.lab);
+    }
     std::vector<Lab> palette = CutByMedians(colors, count);
     std::vector<std::uint16_t> owner(colors.size(), 0xffff);
-    for (int pass = 0; pass < refinements; ++pass)
+    for (int pass = 0; pass < std::min(refinements, MOST_REFINEMENTS); ++pass)
         if (!Refine(colors, palette, owner)) break;
+    std::ranges::transform(palette, palette.begin(), Unweighted);
     return palette;
 }
 
@@ -141,12 +155,14 @@ PaletteMap::PaletteMap(std::vector<Lab> const& entries) : palette(entries), near
         for (std::size_t k = 0; k < 3; ++k)
             rounded[k] = static_cast<unsigned char>(std::lround(std::clamp(rgb[k], 0.0F, 255.0F)));
         levels.push_back(rounded);
+        entry = Weighted(entry);
     }
 }
 
 std::uint16_t PaletteMap::Search(std::uint32_t red, std::uint32_t green, std::uint32_t blue) const {
     auto const middle = [](std::uint32_t level) { return static_cast<float>(level & ~3U) + 1.5F; };
-    return static_cast<std::uint16_t>(FindNearest(palette, ToOkLab({middle(red), middle(green), middle(blue)})));
+    return static_cast<std::uint16_t>(
+        FindNearest(palette, Weighted(ToOkLab({middle(red), middle(green), middle(blue)}))));
 }
 
 } // namespace Velnor::Proc::Kernels

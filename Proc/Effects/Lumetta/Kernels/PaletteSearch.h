@@ -11,7 +11,7 @@ namespace Velnor::Proc::Kernels {
 /// Up to `count` colours that stand for the given ones: median cut (P. Heckbert, "Color image quantization for frame
 /// buffer display", SIGGRAPH 1982), each time of the box with the largest squared error, refined by k-means (S. Lloyd,
 /// "Least squares quantization in PCM", 1982), all in OKLab. Fewer than `count` when there are no more.
-/// @param refinements  most passes of k-means; it ends earlier when nothing moves
+/// @param refinements  most passes of k-means, 50 at the utmost; it ends earlier when nothing moves
 std::vector<Lab> FindPalette(std::vector<WeightedColor> colors, std::size_t count, int refinements);
 
 /// The entry of a palette nearest to any colour, by its bin: each bin is asked for once.
@@ -35,7 +35,7 @@ private:
     static constexpr std::uint16_t UNKNOWN = 0xffff;
     std::uint16_t Search(std::uint32_t red, std::uint32_t green, std::uint32_t blue) const;
 
-    std::vector<Lab> palette;
+    std::vector<Lab> palette; ///< As distances are taken.
     std::vector<std::array<unsigned char, 3>> levels;
     std::vector<std::uint16_t> nearest;
 };

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Host/Host.h"
+#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Tests/Support/Pictures.h"
+
+namespace Velnor::Proc::Testing {
+
+/// A host with the plug-in's effects, and one call to run one of them on a copy of a picture.
+struct HostRun {
+    HostRun() { Registrator(&host.GetRegistry()); }
+
+    template <class SettingsClass>
+    intrusive_ptr<IEffect> Make(SettingsClass const& settings) {
+        auto const effect = host.GetFactory()->CreateEffect(SettingsClass::CLASS_ID, ImplNames::DEFAULT);
+        effect->SetSettings(settings);
+        return effect;
+    }
+
+    template <class SettingsClass>
+    VideoHandle Apply(SettingsClass const& settings, VideoHandle const& picture, VideoHandle const& second = nullptr) {
+        std::vector<DataHandle> inputs{picture->MakeCopy(CopyMode::Value)};
+        if (second) inputs.push_back(second);
+        return VideoHandle(&AsVideo(Make(settings)->ProcessData(inputs)));
+    }
+
+    VideoHandle Convert(VideoHandle const& picture, PixFmt format) {
+        return Apply(SettingsColorspaceConverter(format, true), picture);
+    }
+
+    Host host;
+    IEffectContext& context = *host.GetContext();
+};
+
+} // namespace Velnor::Proc::Testing
