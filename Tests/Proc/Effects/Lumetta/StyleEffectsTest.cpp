@@ -190,7 +190,7 @@ TEST_F(StyleEffectsTest, HolesAreFilledFromAroundAndNothingElseChanges) {
 TEST_F(StyleEffectsTest, ScratchesAndSpecksAreDamageAndTextureIsNot) {
     VideoHandle const noise = MakeNoise(*host->GetContext(), PixFmt::GRAY8, 100, 60);
     auto const isSprinkled = [&](int x, int y) { return At(noise, x, y) < 100; };
-    VideoHandle const thin = MakeGrey(PixFmt::GRAY8, 100, 60, [](int x, int y) {
+    VideoHandle const thin = MakeGrey(PixFmt::GRAY8, 100, 60, [&](int x, int y) {
         bool const isScratch = x == 20;
         bool const isSpeck = std::abs(x - 50) <= 1 && std::abs(y - 30) <= 1;
         bool const isTexture = x >= 70 && isSprinkled(x, y);
