@@ -3,6 +3,7 @@
 
 #include "Proc/Interfaces/IResize.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectAligner.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
@@ -25,7 +26,9 @@
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectEyeExtending.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
+#include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
@@ -68,6 +71,7 @@ namespace Velnor::Proc {
 // clang-format off: one a line, so that a new class is one new line
 #define VELNOR_SETTINGS_CLASSES(Do) \
     Do(SettingsColorspaceConverter) \
+    Do(SettingsEffectAligner) \
     Do(SettingsEffectAlphaExtractor) \
     Do(SettingsEffectAlphaInserter) \
     Do(SettingsEffectAutoEnhance) \
@@ -90,7 +94,9 @@ namespace Velnor::Proc {
     Do(SettingsEffectDirectionalAreaDeformation) \
     Do(SettingsEffectEmpty) \
     Do(SettingsEffectExtraAlphaExtractor) \
+    Do(SettingsEffectEyeExtending) \
     Do(SettingsEffectFaceDetector) \
+    Do(SettingsEffectFaceThinning) \
     Do(SettingsEffectGrabCut) \
     Do(SettingsEffectGrabCutSegmentation) \
     Do(SettingsEffectGradient) \
