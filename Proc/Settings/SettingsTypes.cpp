@@ -24,10 +24,12 @@
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Settings/SettingsEffectDrawFace.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
+#include "Proc/Settings/SettingsEffectFaceMask.h"
 #include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -92,10 +94,12 @@ namespace Velnor::Proc {
     Do(SettingsEffectCutter) \
     Do(SettingsEffectDetailsEnhance) \
     Do(SettingsEffectDirectionalAreaDeformation) \
+    Do(SettingsEffectDrawFace) \
     Do(SettingsEffectEmpty) \
     Do(SettingsEffectExtraAlphaExtractor) \
     Do(SettingsEffectEyeExtending) \
     Do(SettingsEffectFaceDetector) \
+    Do(SettingsEffectFaceMask) \
     Do(SettingsEffectFaceThinning) \
     Do(SettingsEffectGrabCut) \
     Do(SettingsEffectGrabCutSegmentation) \

@@ -17,8 +17,10 @@
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Settings/SettingsEffectDrawFace.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
+#include "Proc/Settings/SettingsEffectFaceMask.h"
 #include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -77,12 +79,14 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
         {SettingsEffectDetailsEnhance::CLASS_ID, ONE_INPUT, CreateDetailsEnhance},
         {SettingsEffectDirectionalAreaDeformation::CLASS_ID, ONE_INPUT, CreateDirectionalAreaDeformation},
+        {SettingsEffectDrawFace::CLASS_ID, ONE_INPUT, CreateDrawFace},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectEyeExtending::CLASS_ID, ONE_INPUT, CreateEyeExtending},
         {SettingsEffectGrabCut::CLASS_ID, TWO_INPUT, CreateGrabCut},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
+        {SettingsEffectFaceMask::CLASS_ID, ONE_INPUT, CreateFaceMask},
         {SettingsEffectFaceThinning::CLASS_ID, ONE_INPUT, CreateFaceThinning},
         {SettingsEffectHistogram::CLASS_ID, ONE_INPUT, CreateHistogram},
         {SettingsEffectHorizonDetector::CLASS_ID, ONE_INPUT, CreateHorizonDetector},
