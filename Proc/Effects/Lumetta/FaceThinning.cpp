@@ -9,8 +9,8 @@
 namespace Velnor::Proc {
 namespace {
 
-/// At the full strength, of a face's width on either side. More bends what is beside the face.
-constexpr double LARGEST_PUSH = 0.1;
+/// At the full strength, of a face's width on either side. More pinches the mouth.
+constexpr double LARGEST_PUSH = 0.07;
 
 } // namespace
 
