@@ -3,6 +3,7 @@
 
 #include "Proc/Interfaces/IResize.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectAligner.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
@@ -23,9 +24,13 @@
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Settings/SettingsEffectDrawFace.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectEyeExtending.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
+#include "Proc/Settings/SettingsEffectFaceMask.h"
+#include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
@@ -68,6 +73,7 @@ namespace Velnor::Proc {
 // clang-format off: one a line, so that a new class is one new line
 #define VELNOR_SETTINGS_CLASSES(Do) \
     Do(SettingsColorspaceConverter) \
+    Do(SettingsEffectAligner) \
     Do(SettingsEffectAlphaExtractor) \
     Do(SettingsEffectAlphaInserter) \
     Do(SettingsEffectAutoEnhance) \
@@ -88,9 +94,13 @@ namespace Velnor::Proc {
     Do(SettingsEffectCutter) \
     Do(SettingsEffectDetailsEnhance) \
     Do(SettingsEffectDirectionalAreaDeformation) \
+    Do(SettingsEffectDrawFace) \
     Do(SettingsEffectEmpty) \
     Do(SettingsEffectExtraAlphaExtractor) \
+    Do(SettingsEffectEyeExtending) \
     Do(SettingsEffectFaceDetector) \
+    Do(SettingsEffectFaceMask) \
+    Do(SettingsEffectFaceThinning) \
     Do(SettingsEffectGrabCut) \
     Do(SettingsEffectGrabCutSegmentation) \
     Do(SettingsEffectGradient) \

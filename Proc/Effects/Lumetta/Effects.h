@@ -5,6 +5,7 @@
 namespace Velnor::Proc {
 
 // The factory function of each effect, defined last in the effect's own source.
+intrusive_ptr<IEffect> CreateAligner(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateAutoEnhance(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateAutoGlareRemove(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateBalanceLuma(FactoryHandle const& factory, ContextHandle const& context);
@@ -20,7 +21,11 @@ intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle 
 intrusive_ptr<IEffect> CreateCutter(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateDetailsEnhance(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateDrawFace(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateEyeExtending(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateFaceMask(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateFaceThinning(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGrabCut(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context);

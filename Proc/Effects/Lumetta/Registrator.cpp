@@ -1,6 +1,7 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Settings/SettingsEffectAligner.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBalanceLuma.h"
@@ -16,7 +17,11 @@
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Settings/SettingsEffectDrawFace.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Proc/Settings/SettingsEffectEyeExtending.h"
+#include "Proc/Settings/SettingsEffectFaceMask.h"
+#include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
@@ -58,6 +63,7 @@ constexpr RegisterOperation VAR_INPUT = &IEffectRegistry::RegisterVarInputEffect
 void Registrator(IEffectRegistry* registry) {
     // The order is part of the contract: by settings class, with a few exceptions that hosts know.
     Registration const registrations[] = {
+        {SettingsEffectAligner::CLASS_ID, ONE_INPUT, CreateAligner},
         {SettingsEffectAutoEnhance::CLASS_ID, ONE_INPUT, CreateAutoEnhance},
         {SettingsEffectAutoGlareRemove::CLASS_ID, ONE_INPUT, CreateAutoGlareRemove},
         {SettingsEffectBalanceLuma::CLASS_ID, ONE_INPUT, CreateBalanceLuma},
@@ -73,11 +79,15 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectCutter::CLASS_ID, VAR_INPUT, CreateCutter},
         {SettingsEffectDetailsEnhance::CLASS_ID, ONE_INPUT, CreateDetailsEnhance},
         {SettingsEffectDirectionalAreaDeformation::CLASS_ID, ONE_INPUT, CreateDirectionalAreaDeformation},
+        {SettingsEffectDrawFace::CLASS_ID, ONE_INPUT, CreateDrawFace},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
+        {SettingsEffectEyeExtending::CLASS_ID, ONE_INPUT, CreateEyeExtending},
         {SettingsEffectGrabCut::CLASS_ID, TWO_INPUT, CreateGrabCut},
         {SettingsEffectGradient::CLASS_ID, ONE_INPUT, CreateGradient},
         {SettingsEffectGradientPosterize::CLASS_ID, ONE_INPUT, CreateGradientPosterize},
         {SettingsEffectGrabCutSegmentation::CLASS_ID, TWO_INPUT, CreateGridGraph},
+        {SettingsEffectFaceMask::CLASS_ID, ONE_INPUT, CreateFaceMask},
+        {SettingsEffectFaceThinning::CLASS_ID, ONE_INPUT, CreateFaceThinning},
         {SettingsEffectHistogram::CLASS_ID, ONE_INPUT, CreateHistogram},
         {SettingsEffectHorizonDetector::CLASS_ID, ONE_INPUT, CreateHorizonDetector},
         {SettingsEffectImplode::CLASS_ID, ONE_INPUT, CreateImplode},

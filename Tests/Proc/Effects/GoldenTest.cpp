@@ -24,6 +24,8 @@ struct Golden {
     std::string classId;
     std::map<std::string, std::string> parameters;
     int tolerance; ///< Levels that a sample may be off: conversions are the library's, which may round otherwise.
+    std::string photo = "chelsea.png";
+    Rectangle part{100, 60, 121, 97};
 };
 
 void PrintTo(Golden const& golden, std::ostream* out) { *out << golden.file; }
@@ -49,8 +51,8 @@ TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
             field.parse(*settings, given->second);
     effect->SetSettings(*settings);
 
-    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/Samples/chelsea.png", *host.GetContext());
-    DataHandle data = photo.picture->MakePart({100, 60, 121, 97});
+    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/Samples/" + golden.photo, *host.GetContext());
+    DataHandle data = photo.picture->MakePart(golden.part);
     effect->ProcessData(data);
     VideoHandle const result = ToRgb(host, data);
 
@@ -74,28 +76,31 @@ std::string TestName(::testing::TestParamInfo<Golden> const& golden) {
     return name;
 }
 
+constexpr Rectangle PORTRAIT{130, 30, 180, 180}; ///< The face and some way around it, as the detector needs.
+
 INSTANTIATE_TEST_SUITE_P(
     Effects, GoldenTest,
-    ::testing::Values(Golden{"white-balance", "SettingsEffectWhiteBalance", {{"reference", "#b39c96"}}, 0},
-                      Golden{"auto-enhance", "SettingsEffectAutoEnhance", {}, 3},
-                      Golden{"histogram", "SettingsEffectHistogram", {{"draw", "true"}, {"size", "60"}}, 1},
-                      Golden{"replace-chroma",
-                             "SettingsEffectReplaceChroma",
-                             {{"key-color", "#a87850"}, {"new-color", "#5078a8"}},
-                             1},
-                      Golden{"balance-luma", "SettingsEffectBalanceLuma", {{"shadows", "80"}}, 1},
-                      Golden{"color-reduce", "SettingsEffectColorReduce", {{"colors", "8"}, {"dither", "false"}}, 1},
-                      Golden{"pixelate", "SettingsEffectPixelate", {{"strength", "60"}}, 1},
-                      Golden{"tint-temperature", "SettingsEffectTintTemperature", {{"temperature", "20"}}, 2},
-                      Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
-                      Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
-                      Golden{"gradient", "SettingsEffectGradient", {}, 2},
-                      Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0},
-                      Golden{"blur", "SettingsEffectBlur", {{"dev-x", "4"}, {"dev-y", "2"}}, 1},
-                      Golden{"clahe", "SettingsEffectCLAHE", {{"clip-limit", "3"}}, 2},
-                      Golden{"morphology", "SettingsEffectMorphology", {{"operation", "smooth"}, {"radius", "3"}}, 0},
-                      Golden{"rotate", "SettingsEffectRotate", {{"angle", "12"}, {"output-size-mode", "whole"}}, 1},
-                      Golden{"smart-blur", "SettingsEffectSmartBlur", {{"luma-blur", "60"}}, 2}),
+    ::testing::Values(
+        Golden{"white-balance", "SettingsEffectWhiteBalance", {{"reference", "#b39c96"}}, 0},
+        Golden{"auto-enhance", "SettingsEffectAutoEnhance", {}, 3},
+        Golden{"histogram", "SettingsEffectHistogram", {{"draw", "true"}, {"size", "60"}}, 1},
+        Golden{
+            "replace-chroma", "SettingsEffectReplaceChroma", {{"key-color", "#a87850"}, {"new-color", "#5078a8"}}, 1},
+        Golden{"balance-luma", "SettingsEffectBalanceLuma", {{"shadows", "80"}}, 1},
+        Golden{"color-reduce", "SettingsEffectColorReduce", {{"colors", "8"}, {"dither", "false"}}, 1},
+        Golden{"pixelate", "SettingsEffectPixelate", {{"strength", "60"}}, 1},
+        Golden{"tint-temperature", "SettingsEffectTintTemperature", {{"temperature", "20"}}, 2},
+        Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
+        Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
+        Golden{"gradient", "SettingsEffectGradient", {}, 2},
+        Golden{"draw-face", "SettingsEffectDrawFace", {{"line-width", "1"}}, 0, "astronaut.png", PORTRAIT},
+        Golden{"eye-extending", "SettingsEffectEyeExtending", {{"strength", "80"}}, 0, "astronaut.png", PORTRAIT},
+        Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0},
+        Golden{"blur", "SettingsEffectBlur", {{"dev-x", "4"}, {"dev-y", "2"}}, 1},
+        Golden{"clahe", "SettingsEffectCLAHE", {{"clip-limit", "3"}}, 2},
+        Golden{"morphology", "SettingsEffectMorphology", {{"operation", "smooth"}, {"radius", "3"}}, 0},
+        Golden{"rotate", "SettingsEffectRotate", {{"angle", "12"}, {"output-size-mode", "whole"}}, 1},
+        Golden{"smart-blur", "SettingsEffectSmartBlur", {{"luma-blur", "60"}}, 2}),
     TestName);
 
 } // namespace

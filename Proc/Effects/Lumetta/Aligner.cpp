@@ -1,0 +1,102 @@
+// Aligner: turns, scales and crops the picture so that the eyes of its largest face are level at a chosen place.
+//
+//     crop    = the largest rectangle of the result's shape that the picture's frame holds
+//     picture = resizer(crop of remapper(picture))     one similarity; beyond the picture its edges go on
+//
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Faces.h"
+#include "Proc/Effects/Lumetta/Kernels/FaceGeometry.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsEffectAligner.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsResizer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Velnor::Proc {
+namespace {
+
+void RequireSettings(SettingsEffectAligner const& settings) {
+    RequireSetting("aligner", "eyes' x", settings.GetEyesX(), 0, 100);
+    RequireSetting("aligner", "eyes' y", settings.GetEyesY(), 0, 100);
+    RequireSetting("aligner", "eyes' distance", settings.GetEyesDistance(), 1, 100);
+    RequireSetting("aligner", "width", settings.GetWidth(), 0, 16384);
+    RequireSetting("aligner", "height", settings.GetHeight(), 0, 16384);
+}
+
+/// The largest rectangle of the target's shape in the frame, at least a pixel.
+FrameFormat FitCrop(FrameFormat const& frame, FrameFormat const& target) {
+    double const scale =
+        std::min(static_cast<double>(frame.width) / target.width, static_cast<double>(frame.height) / target.height);
+    auto const side = [&](std::uint32_t wanted, std::uint32_t most) {
+        return std::clamp(static_cast<std::uint32_t>(std::lround(wanted * scale)), 1U, most);
+    };
+    return FrameFormat::Square(side(target.width, frame.width), side(target.height, frame.height));
+}
+
+} // namespace
+
+class Aligner : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectAligner> {
+public:
+    Aligner(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          finder(MakeOneInput<SettingsEffectFaceDetector>()),
+          remapper(MakeOneInput<SettingsEffectRemapping>()),
+          resizer(MakeOneInput<SettingsResizer>()) {}
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        settings.SetFacesFound(0);
+        RequireSettings(settings);
+        std::vector<Face> const faces = finder.Find(data, GetInstanceName());
+        settings.SetFacesFound(static_cast<int>(faces.size()));
+        if (faces.empty()) return;
+        FrameFormat const frame = data->GetFrameFormat();
+        FrameFormat target = frame;
+        if (settings.GetWidth() > 0) target.width = static_cast<std::uint32_t>(settings.GetWidth());
+        if (settings.GetHeight() > 0) target.height = static_cast<std::uint32_t>(settings.GetHeight());
+        FrameFormat const crop = FitCrop(frame, target);
+        remapper->SetSettings(SettingsEffectRemapping(MakeMap(faces.front(), crop)));
+        remapper->ProcessData(data);
+        AsVideo(data).SetRectangle(0, 0, crop.width, crop.height);
+        if (crop.width != target.width || crop.height != target.height) Resize(data, target);
+    }
+
+private:
+    /// The similarity that takes the chosen places of the eyes to where they are.
+    SettingsEffectRemapping::Map MakeMap(Face const& face, FrameFormat const& crop) const {
+        using namespace Kernels;
+        Face::Point const left = Middle(face, Face::LEFT_EYE);
+        Face::Point const apart = Middle(face, Face::RIGHT_EYE) - left;
+        Face::Point const middle = left + apart * 0.5F;
+        auto const shorter = static_cast<double>(std::min(crop.width, crop.height));
+        // Per pixel of the result, the step in the picture to the right; the step down is square to it.
+        Face::Point const step = apart * static_cast<float>(100 / (settings.GetEyesDistance() * shorter));
+        Face::Point const eyes{static_cast<float>(settings.GetEyesX() / 100 * (crop.width - 1)),
+                               static_cast<float>(settings.GetEyesY() / 100 * (crop.height - 1))};
+        return [=](int x, int y) {
+            float const dx = static_cast<float>(x) - eyes.x;
+            float const dy = static_cast<float>(y) - eyes.y;
+            return std::pair(middle.x + step.x * dx - step.y * dy, middle.y + step.y * dx + step.x * dy);
+        };
+    }
+
+    void Resize(intrusive_ptr<IData>& data, FrameFormat const& target) const {
+        SettingsResizer resize;
+        resize.SetMode(SettingsResizer::TO_FRAME);
+        resize.SetFitting(SettingsResizer::STRETCH);
+        resize.SetTarget(target);
+        resizer->SetSettings(resize);
+        resizer->ProcessData(data);
+    }
+
+    FaceFinder finder;
+    intrusive_ptr<IOneInputEffectVideo> remapper;
+    intrusive_ptr<IOneInputEffectVideo> resizer;
+};
+
+intrusive_ptr<IEffect> CreateAligner(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<Aligner>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,44 @@
+// EyeExtending: enlarges the eyes of every face by a round, smooth map that the host's remapping samples.
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Faces.h"
+#include "Proc/Effects/Lumetta/Kernels/FaceGeometry.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsEffectEyeExtending.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
+
+namespace Velnor::Proc {
+namespace {
+
+/// At the full strength: an iris shows a third larger. More looks like a doll.
+constexpr double LARGEST_SHRINK = 0.25;
+
+} // namespace
+
+class EyeExtending : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectEyeExtending> {
+public:
+    EyeExtending(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          finder(MakeOneInput<SettingsEffectFaceDetector>()),
+          remapper(MakeOneInput<SettingsEffectRemapping>()) {}
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        settings.SetFacesFound(0);
+        RequireSetting("eye extending", "strength", settings.GetStrength(), 0, 100);
+        std::vector<Face> const faces = finder.Find(data, GetInstanceName());
+        settings.SetFacesFound(static_cast<int>(faces.size()));
+        if (faces.empty()) return;
+        auto const amount = static_cast<float>(settings.GetStrength() / 100 * LARGEST_SHRINK);
+        remapper->SetSettings(SettingsEffectRemapping(Kernels::EyeMap(faces, amount)));
+        remapper->ProcessData(data);
+    }
+
+private:
+    FaceFinder finder;
+    intrusive_ptr<IOneInputEffectVideo> remapper;
+};
+
+intrusive_ptr<IEffect> CreateEyeExtending(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<EyeExtending>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,44 @@
+// FaceThinning: slims every face along the jaw by a smooth map that the host's remapping samples.
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Faces.h"
+#include "Proc/Effects/Lumetta/Kernels/FaceGeometry.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsEffectFaceThinning.h"
+#include "Proc/Settings/SettingsEffectRemapping.h"
+
+namespace Velnor::Proc {
+namespace {
+
+/// At the full strength, of a face's width on either side. More pinches the mouth.
+constexpr double LARGEST_PUSH = 0.07;
+
+} // namespace
+
+class FaceThinning : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectFaceThinning> {
+public:
+    FaceThinning(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseOneInput(effectFactory, effectContext),
+          finder(MakeOneInput<SettingsEffectFaceDetector>()),
+          remapper(MakeOneInput<SettingsEffectRemapping>()) {}
+
+    void ProcessInternal(intrusive_ptr<IData>& data) override {
+        settings.SetFacesFound(0);
+        RequireSetting("face thinning", "strength", settings.GetStrength(), 0, 100);
+        std::vector<Face> const faces = finder.Find(data, GetInstanceName());
+        settings.SetFacesFound(static_cast<int>(faces.size()));
+        if (faces.empty()) return;
+        auto const amount = static_cast<float>(settings.GetStrength() / 100 * LARGEST_PUSH);
+        remapper->SetSettings(SettingsEffectRemapping(Kernels::JawMap(faces, amount)));
+        remapper->ProcessData(data);
+    }
+
+private:
+    FaceFinder finder;
+    intrusive_ptr<IOneInputEffectVideo> remapper;
+};
+
+intrusive_ptr<IEffect> CreateFaceThinning(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<FaceThinning>(factory, context);
+}
+
+} // namespace Velnor::Proc
