@@ -52,6 +52,7 @@
 #include "Proc/Settings/SettingsEffectSketch.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
+#include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
@@ -117,6 +118,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectSketch) \
     Do(SettingsEffectSmartBlur) \
     Do(SettingsEffectSplitToning) \
+    Do(SettingsEffectStitcher) \
     Do(SettingsEffectTiltShift) \
     Do(SettingsEffectTintTemperature) \
     Do(SettingsEffectVibrance) \

@@ -35,6 +35,7 @@ intrusive_ptr<IEffect> CreateReplaceChroma(FactoryHandle const& factory, Context
 intrusive_ptr<IEffect> CreateRestorer(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateSketch(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateStitcher(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context);

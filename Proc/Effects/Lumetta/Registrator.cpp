@@ -31,6 +31,7 @@
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
+#include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
@@ -88,6 +89,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectRestorer::CLASS_ID, ONE_INPUT, CreateRestorer},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectSketch::CLASS_ID, ONE_INPUT, CreateSketch},
+        {SettingsEffectStitcher::CLASS_ID, VAR_INPUT, CreateStitcher},
         {SettingsEffectTiltShift::CLASS_ID, ONE_INPUT, CreateTiltShift},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectVignette::CLASS_ID, ONE_INPUT, CreateVignette},
