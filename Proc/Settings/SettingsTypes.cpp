@@ -23,6 +23,7 @@
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Settings/SettingsEffectEdgeRemove.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
@@ -89,6 +90,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectCutter) \
     Do(SettingsEffectDetailsEnhance) \
     Do(SettingsEffectDirectionalAreaDeformation) \
+    Do(SettingsEffectEdgeRemove) \
     Do(SettingsEffectEmpty) \
     Do(SettingsEffectExtraAlphaExtractor) \
     Do(SettingsEffectFaceDetector) \

@@ -20,6 +20,7 @@ intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle 
 intrusive_ptr<IEffect> CreateCutter(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateDetailsEnhance(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateEdgeRemove(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGrabCut(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context);
