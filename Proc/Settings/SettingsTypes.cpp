@@ -46,6 +46,7 @@
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
@@ -113,6 +114,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectPosterize) \
     Do(SettingsEffectReduceLocalLuma) \
     Do(SettingsEffectRemapping) \
+    Do(SettingsEffectRemoveBackground) \
     Do(SettingsEffectReplaceChroma) \
     Do(SettingsEffectRestorer) \
     Do(SettingsEffectRotate) \

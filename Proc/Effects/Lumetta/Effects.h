@@ -32,6 +32,7 @@ intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle
 intrusive_ptr<IEffect> CreateOilPaint(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateReduceLocalLuma(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateRemoveBackground(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateReplaceChroma(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateRestorer(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);

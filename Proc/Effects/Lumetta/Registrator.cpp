@@ -28,6 +28,7 @@
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
+#include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
@@ -87,6 +88,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectOilPaint::CLASS_ID, ONE_INPUT, CreateOilPaint},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectReduceLocalLuma::CLASS_ID, TWO_INPUT, CreateReduceLocalLuma},
+        {SettingsEffectRemoveBackground::CLASS_ID, VAR_INPUT, CreateRemoveBackground},
         {SettingsEffectReplaceChroma::CLASS_ID, ONE_INPUT, CreateReplaceChroma},
         {SettingsEffectRestorer::CLASS_ID, ONE_INPUT, CreateRestorer},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
