@@ -25,6 +25,7 @@
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"
+#include "Proc/Settings/SettingsEffectEdgeRemove.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
@@ -50,6 +51,7 @@
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
@@ -57,6 +59,7 @@
 #include "Proc/Settings/SettingsEffectSketch.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
+#include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
@@ -95,6 +98,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectDetailsEnhance) \
     Do(SettingsEffectDirectionalAreaDeformation) \
     Do(SettingsEffectDrawFace) \
+    Do(SettingsEffectEdgeRemove) \
     Do(SettingsEffectEmpty) \
     Do(SettingsEffectExtraAlphaExtractor) \
     Do(SettingsEffectEyeExtending) \
@@ -120,6 +124,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectPosterize) \
     Do(SettingsEffectReduceLocalLuma) \
     Do(SettingsEffectRemapping) \
+    Do(SettingsEffectRemoveBackground) \
     Do(SettingsEffectReplaceChroma) \
     Do(SettingsEffectRestorer) \
     Do(SettingsEffectRotate) \
@@ -127,6 +132,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectSketch) \
     Do(SettingsEffectSmartBlur) \
     Do(SettingsEffectSplitToning) \
+    Do(SettingsEffectStitcher) \
     Do(SettingsEffectTiltShift) \
     Do(SettingsEffectTintTemperature) \
     Do(SettingsEffectVibrance) \

@@ -22,6 +22,7 @@ intrusive_ptr<IEffect> CreateCutter(FactoryHandle const& factory, ContextHandle 
 intrusive_ptr<IEffect> CreateDetailsEnhance(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateDrawFace(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateEdgeRemove(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateEyeExtending(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateFaceMask(FactoryHandle const& factory, ContextHandle const& context);
@@ -36,10 +37,12 @@ intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle
 intrusive_ptr<IEffect> CreateOilPaint(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateReduceLocalLuma(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateRemoveBackground(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateReplaceChroma(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateRestorer(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateSketch(FactoryHandle const& factory, ContextHandle const& context);
+intrusive_ptr<IEffect> CreateStitcher(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context);
 intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context);

@@ -18,6 +18,7 @@
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"
+#include "Proc/Settings/SettingsEffectEdgeRemove.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
 #include "Proc/Settings/SettingsEffectFaceMask.h"
@@ -32,10 +33,12 @@
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
+#include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
+#include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Proc/Settings/SettingsEffectTiltShift.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
@@ -80,6 +83,7 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectDetailsEnhance::CLASS_ID, ONE_INPUT, CreateDetailsEnhance},
         {SettingsEffectDirectionalAreaDeformation::CLASS_ID, ONE_INPUT, CreateDirectionalAreaDeformation},
         {SettingsEffectDrawFace::CLASS_ID, ONE_INPUT, CreateDrawFace},
+        {SettingsEffectEdgeRemove::CLASS_ID, VAR_INPUT, CreateEdgeRemove},
         {SettingsEffectEmpty::CLASS_ID, ONE_INPUT, CreateEmptyEffect},
         {SettingsEffectEyeExtending::CLASS_ID, ONE_INPUT, CreateEyeExtending},
         {SettingsEffectGrabCut::CLASS_ID, TWO_INPUT, CreateGrabCut},
@@ -94,10 +98,12 @@ void Registrator(IEffectRegistry* registry) {
         {SettingsEffectOilPaint::CLASS_ID, ONE_INPUT, CreateOilPaint},
         {SettingsEffectPixelate::CLASS_ID, ONE_INPUT, CreatePixelate},
         {SettingsEffectReduceLocalLuma::CLASS_ID, TWO_INPUT, CreateReduceLocalLuma},
+        {SettingsEffectRemoveBackground::CLASS_ID, VAR_INPUT, CreateRemoveBackground},
         {SettingsEffectReplaceChroma::CLASS_ID, ONE_INPUT, CreateReplaceChroma},
         {SettingsEffectRestorer::CLASS_ID, ONE_INPUT, CreateRestorer},
         {SettingsEffectShapeMask::CLASS_ID, ONE_INPUT, CreateShapeMask},
         {SettingsEffectSketch::CLASS_ID, ONE_INPUT, CreateSketch},
+        {SettingsEffectStitcher::CLASS_ID, VAR_INPUT, CreateStitcher},
         {SettingsEffectTiltShift::CLASS_ID, ONE_INPUT, CreateTiltShift},
         {SettingsEffectTintTemperature::CLASS_ID, ONE_INPUT, CreateTintTemperature},
         {SettingsEffectVignette::CLASS_ID, ONE_INPUT, CreateVignette},

@@ -1,0 +1,248 @@
+// RemoveBackground: finds the subject and takes away what is behind it.
+//
+//     strokes = those given, else what stands out (subject) and what does not (background), found on a tiny copy
+//     cut     = segmentation of a small copy by the strokes
+//     mask    = the cut, refined at its edge by the picture's own detail
+//     result  = the picture with the mask as its opacity, its edge freed of the old background; over a new one if wanted
+#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Kernels/GuidedMatte.h"
+#include "Proc/Effects/Lumetta/Kernels/SubjectStrokes.h"
+#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectEdgeRemove.h"
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
+#include "Proc/Settings/SettingsEffectRemoveBackground.h"
+#include "Proc/Settings/SettingsResizer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+#include <string>
+
+namespace Velnor::Proc {
+namespace {
+
+using Pictures = std::vector<intrusive_ptr<IData>>;
+using Byte = unsigned char;
+using Kernels::Stroke;
+
+std::string Describe(FrameFormat const& frame) {
+    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
+}
+
+ConstPlane Read(intrusive_ptr<IData> const& picture) { return std::as_const(AsVideo(picture)).GetPlane(0); }
+
+/// Every stroke of the large picture, however thin, shows in the small one.
+void ShrinkStrokes(ConstPlane const& large, MutablePlane const& small, Byte subject, Byte background) {
+    for (std::uint64_t y = 0; y < large.GetHeight(); ++y) {
+        Byte const* const from = large.GetRow(y);
+        Byte* const to = small.GetRow(y * small.GetHeight() / large.GetHeight());
+        for (std::uint64_t x = 0; x < large.GetWidth(); ++x)
+            if (from[x] == subject || from[x] == background) to[x * small.GetWidth() / large.GetWidth()] = from[x];
+    }
+}
+
+bool Contains(ConstPlane const& strokes, Byte value) {
+    for (std::uint64_t y = 0; y < strokes.GetHeight(); ++y)
+        if (std::find(strokes.GetRow(y), strokes.GetRow(y) + strokes.GetWidth(), value) !=
+            strokes.GetRow(y) + strokes.GetWidth())
+            return true;
+    return false;
+}
+
+/// What is clear in the picture stays clear.
+void KeepClear(ConstPlane const& rgba, MutablePlane const& mask) {
+    for (std::uint64_t y = 0; y < mask.GetHeight(); ++y)
+        for (std::uint64_t x = 0; x < mask.GetWidth(); ++x) {
+            int const product = mask.GetRow(y)[x] * rgba.GetRow(y)[4 * x + 3];
+            mask.GetRow(y)[x] = static_cast<Byte>((product + 127) / 255);
+        }
+}
+
+/// Lays the subject over a background of 3 bytes a pixel.
+void LayOver(ConstPlane const& rgba, MutablePlane const& background) {
+    for (std::uint64_t y = 0; y < background.GetHeight(); ++y) {
+        Byte const* from = rgba.GetRow(y);
+        Byte* to = background.GetRow(y);
+        for (std::uint64_t x = 0; x < rgba.GetWidth() / 4; ++x, from += 4, to += 3)
+            for (int k = 0; k < 3; ++k)
+                to[k] = static_cast<Byte>((from[3] * from[k] + (255 - from[3]) * to[k] + 127) / 255);
+    }
+}
+
+} // namespace
+
+class RemoveBackground : public EffectBaseVarInput<IVarInputEffectVideo, SettingsEffectRemoveBackground> {
+public:
+    RemoveBackground(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseVarInput(effectFactory, effectContext),
+          toRgba(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGBA, false))),
+          toRgb(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGB24, false))),
+          toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))),
+          resizer(MakeOneInput<SettingsResizer>()),
+          segmentation(MakeTwoInput(SettingsEffectGrabCutSegmentation())) {}
+
+    intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
+        RequireSetting("background removal", "foreground", settings.GetForeground(), 1, 255);
+        RequireSetting("background removal", "background", settings.GetBackground(), 1, 255);
+        RequireSetting("background removal", "detail", settings.GetDetail(), 0, 10);
+        RequireSetting("background removal", "decontaminate", settings.GetDecontaminate(), 0, 100);
+        bool const hasPicture = settings.GetResult() == SettingsEffectRemoveBackground::PICTURE;
+        RequireInputs(inputs, hasPicture ? 1 : 0);
+        bool const hasStrokes = inputs.size() == (hasPicture ? 3 : 2);
+
+        intrusive_ptr<IData> work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
+        toRgba->ProcessData(work);
+        intrusive_ptr<IData> const subject = CutOut(work, hasStrokes ? inputs[1] : nullptr);
+        work.reset();
+        subject->CopyAttributes(*inputs[0]);
+        if (settings.GetResult() == SettingsEffectRemoveBackground::CLEAR) return subject;
+        return Compose(subject, hasPicture ? inputs.back() : nullptr);
+    }
+
+private:
+    static constexpr std::uint32_t CUT_SIDE = 640;  ///< Of the copy that is cut.
+    static constexpr std::uint32_t LOOK_SIDE = 256; ///< Of the copy on which the subject is looked for.
+    static constexpr Byte SUBJECT = 255;            ///< Values between the parts of this effect.
+    static constexpr Byte BACKGROUND = 128;
+
+    static void RequireInputs(Pictures const& inputs, std::size_t further) {
+        if (inputs.size() < 1 + further || inputs.size() > 2 + further)
+            VELNOR_THROW(EffectException, "A picture" + std::string(further == 0 ? "" : " and its new background") +
+                                              " are needed, and strokes may be between; " +
+                                              std::to_string(inputs.size()) + " pictures are given.");
+        for (auto const& input : inputs) RequirePicture(input.get());
+        if (inputs.size() == 1 + further) return;
+        FrameFormat const frame = inputs[0]->GetFrameFormat();
+        FrameFormat const strokes = inputs[1]->GetFrameFormat();
+        if (frame.width != strokes.width || frame.height != strokes.height)
+            VELNOR_THROW(EffectException, "The strokes are " + Describe(strokes) + " pixels, the picture " +
+                                              Describe(frame) + ": they must be of one size.");
+    }
+
+    intrusive_ptr<IData> CutOut(intrusive_ptr<IData> const& rgba, intrusive_ptr<IData> const& given) {
+        intrusive_ptr<IData> const small = Shrink(rgba, CUT_SIDE);
+        intrusive_ptr<IData> const strokes = given ? TakeStrokes(given, small) : FindStrokes(small);
+        FrameFormat const frame = rgba->GetFrameFormat();
+        VideoHandle const mask = context->CreateImage(PixFmt::GRAY8, frame);
+        if (Contains(Read(strokes), SUBJECT) && Contains(Read(strokes), BACKGROUND)) {
+            intrusive_ptr<IData> cut = AsVideo(small).MakeCopy(CopyMode::Share);
+            segmentation->ProcessData(cut, strokes);
+            FrameFormat const size = small->GetFrameFormat();
+            double const radius = settings.GetDetail() / 100 * std::max(size.width, size.height);
+            Kernels::MakeMatte(Read(small), Read(cut), SUBJECT, static_cast<std::size_t>(std::lround(radius)),
+                               Read(rgba), mask->GetMutablePlane(0));
+        } else {
+            VLOG(VERBOSE_LEVEL) << "No subject stands out from a background";
+            mask->Fill(Color::White(Color::Opacity::Opaque));
+        }
+        KeepClear(Read(rgba), mask->GetMutablePlane(0));
+        return CleanEdge(rgba, mask);
+    }
+
+    intrusive_ptr<IData> Shrink(intrusive_ptr<IData> const& picture, std::uint32_t side) const {
+        intrusive_ptr<IData> small = AsVideo(picture).MakeCopy(CopyMode::Share);
+        FrameFormat const frame = picture->GetFrameFormat();
+        if (std::max(frame.width, frame.height) > side) {
+            SettingsResizer size;
+            size.SetMode(SettingsResizer::TO_FRAME);
+            size.SetFitting(SettingsResizer::SHRINK_INSIDE);
+            size.SetMethod(SettingsResizer::AREA);
+            size.SetTarget(FrameFormat::Square(side, side));
+            resizer->SetSettings(size);
+            resizer->ProcessData(small);
+        }
+        toRgb->ProcessData(small);
+        return small;
+    }
+
+    VideoHandle MakeStrokes(intrusive_ptr<IData> const& small) const {
+        VideoHandle const strokes = context->CreateImage(PixFmt::GRAY8, small->GetFrameFormat());
+        strokes->Fill(Color::Black(Color::Opacity::Opaque));
+        return strokes;
+    }
+
+    intrusive_ptr<IData> TakeStrokes(intrusive_ptr<IData> const& given, intrusive_ptr<IData> const& small) const {
+        auto const subject = static_cast<Byte>(settings.GetForeground());
+        auto const background = static_cast<Byte>(settings.GetBackground());
+        if (subject == background)
+            VELNOR_THROW(EffectException, "The settings foreground and background are both " + std::to_string(subject) +
+                                              "; strokes of two values are needed.");
+        intrusive_ptr<IData> large = AsVideo(given).MakeCopy(CopyMode::Share);
+        toGrey->ProcessData(large);
+        if (!Contains(Read(large), subject) || !Contains(Read(large), background))
+            VELNOR_THROW(EffectException, "The strokes picture needs strokes on the subject (value " +
+                                              std::to_string(subject) + ") and on the background (value " +
+                                              std::to_string(background) + ").");
+        VideoHandle const strokes = MakeStrokes(small);
+        MutablePlane const marks = strokes->GetMutablePlane(0);
+        ShrinkStrokes(Read(large), marks, subject, background);
+        for (std::uint64_t y = 0; y < marks.GetHeight(); ++y)
+            for (Byte& mark : std::span(marks.GetRow(y), marks.GetWidth()))
+                if (mark != 0) mark = mark == subject ? SUBJECT : BACKGROUND;
+        return strokes;
+    }
+
+    intrusive_ptr<IData> FindStrokes(intrusive_ptr<IData> const& small) const {
+        intrusive_ptr<IData> const tiny = Shrink(small, LOOK_SIDE);
+        FrameFormat const size = tiny->GetFrameFormat();
+        std::vector<Stroke> const found = Kernels::FindSubjectStrokes(Read(tiny));
+        VideoHandle const strokes = MakeStrokes(small);
+        MutablePlane const marks = strokes->GetMutablePlane(0);
+        for (std::uint64_t y = 0; y < marks.GetHeight(); ++y) {
+            std::size_t const row = static_cast<std::size_t>(y * size.height / marks.GetHeight()) * size.width;
+            for (std::uint64_t x = 0; x < marks.GetWidth(); ++x) {
+                Stroke const stroke = found[row + x * size.width / marks.GetWidth()];
+                if (stroke != Stroke::None) marks.GetRow(y)[x] = stroke == Stroke::Subject ? SUBJECT : BACKGROUND;
+            }
+        }
+        return strokes;
+    }
+
+    intrusive_ptr<IData> CleanEdge(intrusive_ptr<IData> const& rgba, VideoHandle const& mask) {
+        if (!edgeRemove)
+            edgeRemove = factory->CreateVarInputEffect(SettingsEffectEdgeRemove::CLASS_ID, ImplNames::VELNOR);
+        SettingsEffectEdgeRemove edge;
+        edge.SetStrength(settings.GetDecontaminate());
+        edge.SetFringe(2);
+        edge.SetFeather(0);
+        edgeRemove->SetSettings(edge);
+        return edgeRemove->Process({rgba, mask});
+    }
+
+    intrusive_ptr<IData> Compose(intrusive_ptr<IData> const& subject, intrusive_ptr<IData> const& given) const {
+        FrameFormat const frame = subject->GetFrameFormat();
+        VideoHandle result;
+        if (given) {
+            intrusive_ptr<IData> scene = AsVideo(given).MakeCopy(CopyMode::Share);
+            toRgb->ProcessData(scene);
+            SettingsResizer size;
+            size.SetMode(SettingsResizer::TO_FRAME);
+            size.SetFitting(SettingsResizer::FILL);
+            size.SetTarget(frame);
+            resizer->SetSettings(size);
+            resizer->ProcessData(scene);
+            result = AsVideo(scene).MakeCopy(CopyMode::Independent);
+        } else {
+            result = context->CreateImage(PixFmt::RGB24, frame);
+            result->Fill(settings.GetColor());
+        }
+        LayOver(Read(subject), result->GetMutablePlane(0));
+        result->CopyAttributes(*subject);
+        return result;
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> toRgba;
+    intrusive_ptr<IOneInputEffectVideo> toRgb;
+    intrusive_ptr<IOneInputEffectVideo> toGrey;
+    intrusive_ptr<IOneInputEffectVideo> resizer;
+    intrusive_ptr<ITwoInputEffectVideo> segmentation;
+    intrusive_ptr<IVarInputEffectVideo> edgeRemove; ///< Made when it is needed first.
+};
+
+intrusive_ptr<IEffect> CreateRemoveBackground(FactoryHandle const& factory, ContextHandle const& context) {
+    return MakeEffect<RemoveBackground>(factory, context);
+}
+
+} // namespace Velnor::Proc

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Proc/Interfaces/SettingsFields.h"
+
+namespace Velnor::Proc {
+
+/// Settings of RemoveBackground.
+class VELNOR_API SettingsEffectRemoveBackground final : public SettingsOf<SettingsEffectRemoveBackground> {
+public:
+    enum Result : int {
+        CLEAR = 0,   ///< RGBA, the background clear.
+        COLOR = 1,   ///< RGB24, the subject over a colour.
+        PICTURE = 2, ///< RGB24, the subject over the last of the pictures.
+    };
+
+    VELNOR_SETTINGS(SettingsEffectRemoveBackground,
+                    "Finds the subject, by strokes or without, and takes away what is behind it.")
+    VELNOR_FIELD(Result, Result, CLEAR, "what takes the background's place")
+    VELNOR_FIELD(Color, Color, Color(255, 255, 255, 255), "colour behind the subject, with result color")
+    VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the subject", Range(1, 255))
+    VELNOR_FIELD(int, Background, 128, "value of the strokes on the background", Range(1, 255))
+    VELNOR_FIELD(double, Detail, 1.5, "width of the edge in which hair is looked for", Unit("% of the longer side"),
+                 Range(0, 10))
+    VELNOR_FIELD(double, Decontaminate, 100.0, "how much of the old background's colour is taken out of the edge",
+                 Unit("%"), Range(0, 100))
+    VELNOR_SETTINGS_END
+};
+
+template <>
+struct EnumNames<SettingsEffectRemoveBackground::Result> {
+    using S = SettingsEffectRemoveBackground;
+    static constexpr std::array<EnumName<S::Result>, 3> VALUES{
+        {{S::CLEAR, "clear"}, {S::COLOR, "color"}, {S::PICTURE, "picture"}}};
+};
+
+} // namespace Velnor::Proc
