@@ -31,3 +31,7 @@ public:
 };
 
 } // namespace Velnor::Proc
+
+// What a throw takes is much to compile for every source that may throw: compiled once.
+extern template void Velnor::Details::ThrowDescribed(Velnor::Proc::ProcException, std::string const&,
+                                                     boost::source_location const&);

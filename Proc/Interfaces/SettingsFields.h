@@ -11,8 +11,8 @@
 //
 // From a field come the getter (GetStrength, IsKeepAlpha), the setter, equality, copying, the parameter of the command
 // line with its help and checks, and the reference pages. A default value or attribute that holds commas is written as
-// a call: Color(0, 0, 0, 255). The class is added to the list in Proc/Settings/SettingsTypes.cpp, which also makes its
-// CLASS_ID.
+// a call: Color(0, 0, 0, 255). The class is added to the list in Proc/Settings/SettingsTypes.cpp; a class of another
+// library is defined by VELNOR_DEFINE_SETTINGS(Class) in one of its sources (DefineSettings.h).
 
 #include "Proc/Interfaces/SettingsText.h"
 
@@ -98,80 +98,13 @@ consteval bool AreFieldsComparable() {
     return comparable;
 }
 
-/// The run-time descriptions of one field: none when it has no text form, several for a nested settings object.
-template <class FieldType>
-std::vector<SettingsField> DescribeField(FieldType field) {
-    using Owner = typename FieldType::Owner;
-    using Value = typename FieldType::Value;
-    std::string const name = ToKebabCase(field.name);
-    std::vector<SettingsField> described;
-    if constexpr (std::is_base_of_v<Settings, Value>) {
-        for (SettingsField inner : Value::StaticType().describe()) {
-            bool const hasExample = inner.example != inner.defaultText;
-            inner.name = name + "." + inner.name;
-            for (auto* parse : {&inner.parse, &inner.parseAny})
-                *parse = [field, inside = *parse](Settings& settings, std::string_view text) {
-                    inside(static_cast<Owner&>(settings).*field.member, text);
-                };
-            inner.print = [field, print = inner.print](Settings const& settings) {
-                return print(static_cast<Owner const&>(settings).*field.member);
-            };
-            // The class that holds the object may default it otherwise than the object's own class does.
-            inner.defaultText = inner.print(Owner());
-            if (!hasExample) inner.example = inner.defaultText;
-            described.push_back(std::move(inner));
-        }
-    } else if constexpr (requires { TextForm<Value>::TYPE; }) {
-        SettingsField one;
-        one.name = name;
-        one.type = TextForm<Value>::TYPE;
-        one.help = field.help;
-        one.unit = field.unit;
-        one.range = field.range;
-        one.isOutput = field.isOutput;
-        if constexpr (requires { TextForm<Value>::Choices(); }) one.choices = TextForm<Value>::Choices();
-        one.defaultText = TextForm<Value>::Print(Owner().*field.member);
-        one.example = field.example.empty() ? one.defaultText : std::string(field.example);
-        one.parseAny = [field](Settings& settings, std::string_view text) {
-            static_cast<Owner&>(settings).*field.member = TextForm<Value>::Parse(text);
-        };
-        one.parse = one.parseAny;
-        // Before the type's own limits, so that the message names the range that a person may use.
-        if constexpr (std::is_arithmetic_v<Value>)
-            if (field.range)
-                one.parse = [range = *field.range, take = one.parseAny](Settings& settings, std::string_view text) {
-                    CheckRange(text, range);
-                    take(settings, text);
-                };
-        one.print = [field](Settings const& settings) {
-            return TextForm<Value>::Print(static_cast<Owner const&>(settings).*field.member);
-        };
-        described.push_back(std::move(one));
-    }
-    return described;
-}
-
 } // namespace Details
 
 /// Base of every settings class: what follows from its fields.
 template <class Self>
 class SettingsOf : public Settings {
 public:
-    static SettingsType const& StaticType() {
-        static SettingsType const type{Self::CLASS_ID, std::string(Self::SUMMARY),
-                                       []() -> std::unique_ptr<Settings> { return std::make_unique<Self>(); },
-                                       [] {
-                                           std::vector<SettingsField> all;
-                                           ForEachField<Self>([&](auto field) {
-                                               for (SettingsField& one : Details::DescribeField(field))
-                                                   all.push_back(std::move(one));
-                                           });
-                                           return all;
-                                       }};
-        return type;
-    }
-
-    SettingsType const& GetType() const override { return StaticType(); }
+    SettingsType const& GetType() const override { return Self::StaticType(); }
     std::unique_ptr<Settings> Clone() const override { return std::make_unique<Self>(static_cast<Self const&>(*this)); }
 
     /// Equal in every field. A class with a field that cannot be compared has no equality.
@@ -195,6 +128,7 @@ private:                                                                        
 public:                                                                                                                \
     Class() = default;                                                                                                 \
     static std::string const CLASS_ID;                                                                                 \
+    static ::Velnor::Proc::SettingsType const& StaticType();                                                           \
     static constexpr std::string_view CLASS_NAME = #Class;                                                             \
     static constexpr std::string_view SUMMARY = Summary;
 

@@ -1,6 +1,7 @@
 // The list of all settings classes. A class is added to the macro below, and nowhere else: from it come the CLASS_ID
 // of each and the catalogue that the command line and the reference pages read.
 
+#include "Proc/Interfaces/DefineSettings.h"
 #include "Proc/Interfaces/IResize.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAligner.h"
@@ -73,7 +74,8 @@
 
 namespace Velnor::Proc {
 
-// clang-format off: one a line, so that a new class is one new line
+// One a line, so that a new class is one new line.
+// clang-format off
 #define VELNOR_SETTINGS_CLASSES(Do) \
     Do(SettingsColorspaceConverter) \
     Do(SettingsEffectAligner) \
@@ -143,8 +145,7 @@ namespace Velnor::Proc {
     Do(SettingsResizer)
 // clang-format on
 
-#define VELNOR_DEFINE_CLASS_ID(Class) std::string const Class::CLASS_ID = #Class;
-VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_CLASS_ID)
+VELNOR_SETTINGS_CLASSES(VELNOR_DEFINE_SETTINGS)
 std::string const IResize::CLASS_ID = SettingsResizer::CLASS_ID;
 
 std::vector<SettingsType const*> const& SettingsType::GetAll() {

@@ -439,8 +439,8 @@ TEST_F(CommandTest, ListsAndDescribesEverythingWithExamplesThatRun) {
                  fs::copy_options::overwrite_existing);
         CommandResult const run =
             RunShell("$VELNOR " + example.substr(7) + " --force --plugin " VELNOR_PROBE_PLUGIN, folder);
-        // These two work on what an opaque photograph is not, and say so.
-        bool const needsMask = name == "alpha-extractor" || name == "extra-alpha-extractor";
+        // These work on what an opaque photograph is not, and say so.
+        bool const needsMask = name == "alpha-extractor" || name == "edge-remove" || name == "extra-alpha-extractor";
         EXPECT_EQ(run.code, needsMask ? 4 : 0) << example << "\n" << run.error;
         if (needsMask) {
             EXPECT_THAT(run.error, HasSubstr("photo.jpg: " + name + ": "));

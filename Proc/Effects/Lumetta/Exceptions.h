@@ -11,3 +11,9 @@ class VELNOR_API EffectException : public ProcException {};
 class VELNOR_API FilterException : public ProcException {};
 
 } // namespace Velnor::Proc
+
+// Compiled once, with the contract, so that the host and other libraries throw them too.
+extern template void Velnor::Details::ThrowDescribed(Velnor::Proc::EffectException, std::string const&,
+                                                     boost::source_location const&);
+extern template void Velnor::Details::ThrowDescribed(Velnor::Proc::FilterException, std::string const&,
+                                                     boost::source_location const&);

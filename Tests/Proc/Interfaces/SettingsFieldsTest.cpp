@@ -1,4 +1,4 @@
-#include "Proc/Interfaces/SettingsFields.h"
+#include "Proc/Interfaces/DefineSettings.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
@@ -35,9 +35,9 @@ class SettingsEffectTheatre final : public SettingsOf<SettingsEffectTheatre> {
     VELNOR_SETTINGS_END
 };
 
-std::string const SettingsEffectSpot::CLASS_ID = "SettingsEffectSpot";
-std::string const SettingsEffectStage::CLASS_ID = "SettingsEffectStage";
-std::string const SettingsEffectTheatre::CLASS_ID = "SettingsEffectTheatre";
+VELNOR_DEFINE_SETTINGS(SettingsEffectSpot)
+VELNOR_DEFINE_SETTINGS(SettingsEffectStage)
+VELNOR_DEFINE_SETTINGS(SettingsEffectTheatre)
 
 SettingsField Field(SettingsType const& type, std::string_view name) {
     for (SettingsField& field : type.describe())

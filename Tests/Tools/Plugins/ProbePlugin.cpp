@@ -2,8 +2,8 @@
 
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/DefineSettings.h"
 #include "Proc/Interfaces/IEffectRegistry.h"
-#include "Proc/Interfaces/SettingsFields.h"
 #include "Proc/Interfaces/WarningNode.h"
 
 #include <chrono>
@@ -29,9 +29,9 @@ class VELNOR_API SettingsEffectMany final : public SettingsOf<SettingsEffectMany
     VELNOR_SETTINGS(SettingsEffectMany, "Paints a translucent red, greener with each further picture.")
     VELNOR_SETTINGS_END
 };
-std::string const SettingsEffectProbe::CLASS_ID = "SettingsEffectProbe";
-std::string const SettingsEffectSecond::CLASS_ID = "SettingsEffectSecond";
-std::string const SettingsEffectMany::CLASS_ID = "SettingsEffectMany";
+VELNOR_DEFINE_SETTINGS(SettingsEffectProbe)
+VELNOR_DEFINE_SETTINGS(SettingsEffectSecond)
+VELNOR_DEFINE_SETTINGS(SettingsEffectMany)
 
 class Probe : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectProbe> {
 public:

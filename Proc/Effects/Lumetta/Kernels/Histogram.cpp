@@ -1,6 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/Histogram.h"
 
 #include <memory>
+#include <vector>
 
 namespace Velnor::Proc::Kernels {
 namespace {
@@ -9,9 +10,13 @@ namespace {
 // before. Neighbouring pixels therefore count into histograms of their own, added up at the end.
 constexpr std::size_t LANES = 4;
 
+/// Four channels of 256 counters would put the lanes 4096 bytes apart: the processor then takes the counter of one lane
+/// for the one just stored in another, and waits.
+constexpr std::size_t COUNTERS = 256 + 16;
+
 template <std::size_t Channels>
 struct Counters {
-    std::array<std::array<std::array<std::uint32_t, 256>, Channels>, LANES> lanes{};
+    std::array<std::array<std::array<std::uint32_t, COUNTERS>, Channels>, LANES> lanes{};
     std::array<Histogram, Channels> total{};
 
     void Flush() {
@@ -24,9 +29,11 @@ struct Counters {
     }
 };
 
-/// Calls count(lane, pixel) for each whole pixel of the plane; 32-bit lanes are emptied before they could overflow.
-template <std::size_t Channels, class Count>
-std::array<Histogram, Channels> CountPixels(ConstPlane const& plane, unsigned int pixelBytes, Count const& count) {
+/// Calls count(lane, pixel, x) for each whole pixel of the plane, after begin(row, pixels) for each row; 32-bit lanes are
+/// emptied before they could overflow.
+template <std::size_t Channels, class Begin, class Count>
+std::array<Histogram, Channels> CountPixels(ConstPlane const& plane, unsigned int pixelBytes, Begin const& begin,
+                                            Count const& count) {
     auto counters = std::make_unique<Counters<Channels>>();
     std::uint64_t const pixels = plane.GetWidth() / pixelBytes;
     std::uint64_t counted = 0;
@@ -37,10 +44,12 @@ std::array<Histogram, Channels> CountPixels(ConstPlane const& plane, unsigned in
         }
         counted += pixels;
         unsigned char const* pixel = plane.GetRow(y);
+        begin(pixel, pixels);
         std::uint64_t x = 0;
-        for (; x + LANES <= pixels; x += LANES)
-            for (std::size_t lane = 0; lane < LANES; ++lane, pixel += pixelBytes) count(counters->lanes[lane], pixel);
-        for (; x < pixels; ++x, pixel += pixelBytes) count(counters->lanes[0], pixel);
+        while (x + LANES <= pixels)
+            for (std::size_t lane = 0; lane < LANES; ++lane, ++x, pixel += pixelBytes)
+                count(counters->lanes[lane], pixel, x);
+        for (; x < pixels; ++x, pixel += pixelBytes) count(counters->lanes[0], pixel, x);
     }
     counters->Flush();
     return counters->total;
@@ -54,29 +63,37 @@ void CountComponents(Lane& lane, unsigned char const* pixel) {
 }
 
 /// With the pixel size known to the compiler, the loop has no multiplication.
-template <std::size_t Channels, class Count>
-std::array<Histogram, Channels> CountBySize(ConstPlane const& plane, unsigned int pixelBytes, Count const& count) {
-    if (pixelBytes == 3) return CountPixels<Channels>(plane, 3, count);
-    return CountPixels<Channels>(plane, pixelBytes, count);
+template <std::size_t Channels, class Begin, class Count>
+std::array<Histogram, Channels> CountBySize(ConstPlane const& plane, unsigned int pixelBytes, Begin const& begin,
+                                            Count const& count) {
+    if (pixelBytes == 3) return CountPixels<Channels>(plane, 3, begin, count);
+    return CountPixels<Channels>(plane, pixelBytes, begin, count);
 }
+
+constexpr auto NOTHING = [](unsigned char const*, std::uint64_t) {};
 
 } // namespace
 
 std::array<Histogram, 3> CountBytes(ConstPlane const& plane, unsigned int pixelBytes) {
-    return CountBySize<3>(plane, pixelBytes,
-                          [](auto& lane, unsigned char const* pixel) { CountComponents(lane, pixel); });
+    return CountBySize<3>(plane, pixelBytes, NOTHING,
+                          [](auto& lane, unsigned char const* pixel, std::uint64_t) { CountComponents(lane, pixel); });
 }
 
 std::array<Histogram, 4> CountBytesAndLuma(ConstPlane const& plane, unsigned int pixelBytes,
                                            LumaWeights const& weights) {
-    return CountBySize<4>(plane, pixelBytes, [weights](auto& lane, unsigned char const* pixel) {
+    std::vector<unsigned char> luma(plane.GetWidth() / pixelBytes);
+    auto const begin = [&](unsigned char const* row, std::uint64_t pixels) {
+        WriteLumaRow(row, pixels, pixelBytes, weights, luma.data());
+    };
+    return CountBySize<4>(plane, pixelBytes, begin, [&](auto& lane, unsigned char const* pixel, std::uint64_t x) {
         CountComponents(lane, pixel);
-        ++lane[3][(weights[0] * pixel[0] + weights[1] * pixel[1] + weights[2] * pixel[2]) / 1000];
+        ++lane[3][luma[x]];
     });
 }
 
 Histogram CountGrey(ConstPlane const& plane) {
-    return CountPixels<1>(plane, 1, [](auto& lane, unsigned char const* pixel) { ++lane[0][*pixel]; })[0];
+    return CountPixels<1>(plane, 1, NOTHING,
+                          [](auto& lane, unsigned char const* pixel, std::uint64_t) { ++lane[0][*pixel]; })[0];
 }
 
 } // namespace Velnor::Proc::Kernels
