@@ -8,57 +8,76 @@
 namespace Velnor::Proc {
 namespace Details {
 
-/// The run-time descriptions of one field: none when it has no text form, several for a nested settings object.
-template <class FieldType>
-std::vector<SettingsField> DescribeField(FieldType field) {
-    using Owner = typename FieldType::Owner;
-    using Value = typename FieldType::Value;
-    std::string const name = ToKebabCase(field.name);
-    std::vector<SettingsField> described;
-    if constexpr (std::is_base_of_v<Settings, Value>) {
-        for (SettingsField inner : Value::StaticType().describe()) {
-            bool const hasExample = inner.example != inner.defaultText;
-            inner.name = name + "." + inner.name;
-            for (auto* parse : {&inner.parse, &inner.parseAny})
-                *parse = [field, inside = *parse](Settings& settings, std::string_view text) {
-                    inside(static_cast<Owner&>(settings).*field.member, text);
-                };
-            inner.print = [field, print = inner.print](Settings const& settings) {
-                return print(static_cast<Owner const&>(settings).*field.member);
+/// A field of any settings class: what follows is compiled for each type of value, not for each class as well.
+template <class Value>
+using AnyField = Field<Settings, Value>;
+
+template <class Owner, class Value>
+AnyField<Value> ForgetOwner(Field<Owner, Value> const& field) {
+    AnyField<Value> any(field.name, static_cast<Value Settings::*>(field.member), field.help);
+    any.unit = field.unit;
+    any.example = field.example;
+    any.range = field.range;
+    any.isOutput = field.isOutput;
+    return any;
+}
+
+/// Appends a description for each field of a nested settings object.
+template <class Value>
+void DescribeNested(AnyField<Value> const& field, Settings const& owner, std::vector<SettingsField>& described) {
+    for (SettingsField inner : Value::StaticType().describe()) {
+        bool const hasExample = inner.example != inner.defaultText;
+        inner.name = ToKebabCase(field.name) + "." + inner.name;
+        for (auto* parse : {&inner.parse, &inner.parseAny})
+            *parse = [member = field.member, inside = *parse](Settings& settings, std::string_view text) {
+                inside(settings.*member, text);
             };
-            // The class that holds the object may default it otherwise than the object's own class does.
-            inner.defaultText = inner.print(Owner());
-            if (!hasExample) inner.example = inner.defaultText;
-            described.push_back(std::move(inner));
-        }
-    } else if constexpr (requires { TextForm<Value>::TYPE; }) {
-        SettingsField one;
-        one.name = name;
-        one.type = TextForm<Value>::TYPE;
-        one.help = field.help;
-        one.unit = field.unit;
-        one.range = field.range;
-        one.isOutput = field.isOutput;
-        if constexpr (requires { TextForm<Value>::Choices(); }) one.choices = TextForm<Value>::Choices();
-        one.defaultText = TextForm<Value>::Print(Owner().*field.member);
-        one.example = field.example.empty() ? one.defaultText : std::string(field.example);
-        one.parseAny = [field](Settings& settings, std::string_view text) {
-            static_cast<Owner&>(settings).*field.member = TextForm<Value>::Parse(text);
+        inner.print = [member = field.member, print = inner.print](Settings const& settings) {
+            return print(settings.*member);
         };
-        one.parse = one.parseAny;
-        // Before the type's own limits, so that the message names the range that a person may use.
-        if constexpr (std::is_arithmetic_v<Value>)
-            if (field.range)
-                one.parse = [range = *field.range, take = one.parseAny](Settings& settings, std::string_view text) {
-                    CheckRange(text, range);
-                    take(settings, text);
-                };
-        one.print = [field](Settings const& settings) {
-            return TextForm<Value>::Print(static_cast<Owner const&>(settings).*field.member);
-        };
-        described.push_back(std::move(one));
+        // The class that holds the object may default it otherwise than the object's own class does.
+        inner.defaultText = inner.print(owner);
+        if (!hasExample) inner.example = inner.defaultText;
+        described.push_back(std::move(inner));
     }
-    return described;
+}
+
+template <class Value>
+SettingsField DescribeValue(AnyField<Value> const& field, Settings const& owner) {
+    using Form = TextForm<Value>;
+    SettingsField one;
+    one.name = ToKebabCase(field.name);
+    one.type = Form::TYPE;
+    one.help = field.help;
+    one.unit = field.unit;
+    one.range = field.range;
+    one.isOutput = field.isOutput;
+    if constexpr (requires { Form::Choices(); }) one.choices = Form::Choices();
+    one.defaultText = Form::Print(owner.*field.member);
+    one.example = field.example.empty() ? one.defaultText : std::string(field.example);
+    one.parseAny = [member = field.member](Settings& settings, std::string_view text) {
+        settings.*member = Form::Parse(text);
+    };
+    one.parse = one.parseAny;
+    // Before the type's own limits, so that the message names the range that a person may use.
+    if constexpr (std::is_arithmetic_v<Value>)
+        if (field.range)
+            one.parse = [range = *field.range, take = one.parseAny](Settings& settings, std::string_view text) {
+                CheckRange(text, range);
+                take(settings, text);
+            };
+    one.print = [member = field.member](Settings const& settings) { return Form::Print(settings.*member); };
+    return one;
+}
+
+/// Appends the run-time descriptions of one field: none when it has no text form, several for a nested settings object.
+/// `owner` holds the defaults.
+template <class Value>
+void DescribeField(AnyField<Value> const& field, Settings const& owner, std::vector<SettingsField>& described) {
+    if constexpr (std::is_base_of_v<Settings, Value>)
+        DescribeNested(field, owner, described);
+    else if constexpr (requires { TextForm<Value>::TYPE; })
+        described.push_back(DescribeValue(field, owner));
 }
 
 template <class Class>
@@ -66,11 +85,10 @@ SettingsType MakeSettingsType() {
     return {Class::CLASS_ID, std::string(Class::SUMMARY),
             []() -> std::unique_ptr<Settings> { return std::make_unique<Class>(); },
             [] {
-                std::vector<SettingsField> all;
-                ForEachField<Class>([&](auto field) {
-                    for (SettingsField& one : DescribeField(field)) all.push_back(std::move(one));
-                });
-                return all;
+                Class const defaults;
+                std::vector<SettingsField> described;
+                ForEachField<Class>([&](auto field) { DescribeField(ForgetOwner(field), defaults, described); });
+                return described;
             }};
 }
 
