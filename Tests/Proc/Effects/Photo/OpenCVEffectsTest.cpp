@@ -293,6 +293,20 @@ TEST_F(OpenCVEffectsTest, GrabCutFindsTheDiscFromTwoStrokes) {
     for (int y = 0; y < 50; ++y)
         for (int x = 0; x < 64; ++x) wrong += At(*result, x, y) != (isDisc(x, y) ? 255 : 128);
     EXPECT_LE(wrong, 12);
+
+    // A speck in the disc is part of it, and a second object that no stroke is on is not, but a speck under a stroke is
+    // what the stroke says.
+    auto const isSpeck = [](int x, int y) { return std::abs(x - 30) < 2 && std::abs(y - 31) < 2; };
+    VideoHandle const marred = MakeGrey(64, 50, [&](int x, int y) {
+        return ((isDisc(x, y) && !isSpeck(x, y)) || (x > 54 && y > 36 && y < 46) ? 180 : 60) + (x * 7 + y * 3) % 5;
+    });
+    EXPECT_EQ(Samples(*Apply(settings, marred, strokes)), Samples(*result));
+    VideoHandle const more = MakeGrey(64, 50, [](int x, int y) {
+        if (y == 25 && x > 25 && x < 35) return 255;
+        return y == 2 || (x == 30 && y == 31) ? 128 : 0;
+    });
+    EXPECT_EQ(At(*Apply(settings, marred, more), 31, 30), 128);
+
     VideoHandle const one = MakeFlat(context, PixFmt::GRAY8, 64, 50, {255});
     EXPECT_NE(Refusal(settings, picture, one).find("background (value 128) cover 0 pixels"), std::string::npos);
     VideoHandle const small = MakeFlat(context, PixFmt::GRAY8, 4, 4, {255});
