@@ -9,13 +9,13 @@ namespace Velnor::Proc {
 class VELNOR_API SettingsEffectBlurBokeh final : public SettingsOf<SettingsEffectBlurBokeh> {
     VELNOR_SETTINGS(SettingsEffectBlurBokeh,
                     "Imitates the blur of a lens out of focus, with bright discs on highlights.")
-    VELNOR_FIELD(double, Size, 0.06, "diameter of the aperture's image, of the picture's shorter side",
+    VELNOR_FIELD(double, Size, 0.05, "diameter of the aperture's image, of the picture's shorter side",
                  Range(0.01, 0.5))
     VELNOR_FIELD(double, BokehThreshold, 0.9, "samples of the aperture above it are amplified", Range(0, 1))
     VELNOR_FIELD(double, BokehGain, 1.0, "factor of those samples", Range(0, 10))
-    VELNOR_FIELD(double, ImageThreshold, 0.85, "samples of the picture above it are amplified", Range(0, 1))
-    VELNOR_FIELD(double, ImageGain, 1.5, "factor of those samples", Range(0, 10))
-    VELNOR_FIELD(double, Threshold, 0.6,
+    VELNOR_FIELD(double, ImageThreshold, 0.93, "samples of the picture above it are amplified", Range(0, 1))
+    VELNOR_FIELD(double, ImageGain, 1.8, "factor of those samples", Range(0, 10))
+    VELNOR_FIELD(double, Threshold, 0.0,
                  "where between the dark and the bright levels the sharp picture begins to show", Range(0, 1))
     VELNOR_FIELD(double, Strength, 1.0, "how much of the sharp picture gives way", Range(0, 1))
     VELNOR_FIELD(SettingsEffectVideoGenerator, Generator, {}, "the aperture")

@@ -5,7 +5,8 @@
 // The function is asked once a pixel, row by row. Chroma samples move by the mean displacement of the pixels that they
 // stand for, so that what does not move keeps its bytes. Without a function the picture is bent as by a lens whose
 // distortion grows with the square of the distance from the centre (D. C. Brown, "Decentering Distortion of Lenses",
-// 1966, its first radial term). Every component is interpolated on its own, alpha too. Formats that interleave luma and
+// 1966, its first radial term). Alpha is interpolated on its own, colours by their alpha: what is clear
+// does not bleed into what is seen. Formats that interleave luma and
 // chroma are remapped in their planar twins; a palette picture becomes an RGBA picture.
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/RemapRows.h"
@@ -93,14 +94,16 @@ bool IsSubsampled(PlaneLayout const& layout) { return layout.shiftX > 0 || layou
 /// One run over the rows of a picture whose planes each hold one kind of sample.
 class PictureRemapper {
 public:
-    PictureRemapper(IDataVideo const& sourcePicture, IDataVideo& targetPicture)
+    PictureRemapper(IEffectContext& context, IDataVideo const& sourcePicture, IDataVideo& targetPicture)
         : source(sourcePicture),
           format(source.GetDescription()),
           frame(source.GetFrameFormat()),
           positions(frame.width),
           pixelTaps(frame.width),
           chroma(frame, format.planes[1]),
-          chromaTaps((frame.width + (1U << format.planes[1].shiftX) - 1) >> format.planes[1].shiftX) {
+          chromaTaps((frame.width + (1U << format.planes[1].shiftX) - 1) >> format.planes[1].shiftX),
+          alpha(FindClearAlpha(source)) {
+        if (!alpha.IsEmpty() && IsSubsampled(format.planes[1])) chromaAlpha = MakeChromaMask(context, alpha, format);
         for (unsigned char i = 0; i < format.planesCount; ++i) targets.push_back(targetPicture.GetMutablePlane(i));
     }
 
@@ -135,6 +138,10 @@ private:
                                         static_cast<std::uint32_t>(plane.GetHeight()), taps);
             isSplit = true;
             Kernels::SampleRow(plane, layout.bytes, taps, targets[i].GetRow(row));
+            bool const isPacked = i == format.alpha.plane;
+            if (alpha.IsEmpty() || (isPacked && layout.bytes == 1)) continue;
+            Kernels::WeighRow(plane, layout.bytes, isChroma ? std::as_const(*chromaAlpha).GetPlane(0) : alpha,
+                              isPacked ? format.alpha.offset : Kernels::NO_ALPHA, taps, targets[i].GetRow(row));
         }
     }
 
@@ -146,6 +153,8 @@ private:
     Kernels::RowTaps pixelTaps;
     ChromaPositions chroma;
     Kernels::RowTaps chromaTaps;
+    ConstPlane alpha; ///< Empty where all colours count alike.
+    VideoHandle chromaAlpha;
 };
 
 } // namespace
@@ -166,7 +175,7 @@ public:
         PixFmt const working = isPalette ? PixFmt::RGBA : IsPackedLuma(format) ? GetPlanarTwin(format) : format.format;
         ConstDataHandle const source = working == format.format ? data : Convert(picture, working);
         VideoHandle const result = context->CreateImage(working, frame);
-        PictureRemapper(AsVideo(source), *result).Run(map);
+        PictureRemapper(*context, AsVideo(source), *result).Run(map);
         data = isPalette ? result : Convert(*result, format.format);
     }
 

@@ -25,14 +25,11 @@ Bytes Saturate(Bytes const& colour, double factor, bool isBlueFirst) {
     return result;
 }
 
-/// How much of a pixel at each distance (in thirds of a pixel) from a border is lead, 0 to 255.
-std::array<unsigned char, 1024> MakeLeadTable(double width) {
-    std::array<unsigned char, 1024> table{};
-    for (std::size_t i = 0; i < table.size(); ++i) {
-        double const share = std::clamp(width / 2 + 0.5 - static_cast<double>(i) / 3, 0.0, 1.0);
-        table[i] = static_cast<unsigned char>(share * 255 + 0.5);
-    }
-    return table;
+/// How much of a pixel at a distance (in thirds of a pixel) from a border is lead, 0 to 255.
+int LeadShare(float width, std::uint16_t distance) {
+    if (width < 0.01F) return 0;
+    float const share = std::clamp(width / 2 + 0.5F - static_cast<float>(distance) / 3, 0.0F, 1.0F);
+    return static_cast<int>(share * 255 + 0.5F);
 }
 
 } // namespace
@@ -64,8 +61,7 @@ private:
         for (Bytes& colour : cells.colours)
             colour = Saturate(colour, settings.GetSaturation() / 100, format.isBlueFirst);
         std::vector<std::uint16_t> const distances = Kernels::FindBorderDistances(cells);
-        double const width = settings.GetLeadWidth() / 100 * side;
-        auto const lead = MakeLeadTable(width < 0.01 ? -1 : width);
+        auto const leadPart = static_cast<float>(settings.GetLeadWidth() / 100);
         Color const color = settings.GetLeadColor();
         auto const leadRgb = format.isBlueFirst ? color.bgra() : color.rgba();
         std::size_t at = 0;
@@ -73,7 +69,7 @@ private:
             unsigned char* to = plane.GetRow(y);
             for (std::uint32_t x = 0; x < frame.width; ++x, to += format.pixelBytes, ++at) {
                 Bytes const& glass = cells.colours[cells.labels[at]];
-                int const share = lead[std::min<std::size_t>(distances[at], lead.size() - 1)];
+                int const share = LeadShare(leadPart * cells.sides[cells.labels[at]], distances[at]);
                 for (std::size_t k = 0; k < 3; ++k) {
                     int const metal = static_cast<int>(leadRgb >> (8 * k) & 0xffU);
                     to[k] = static_cast<unsigned char>((share * metal + (255 - share) * glass[k] + 127) / 255);

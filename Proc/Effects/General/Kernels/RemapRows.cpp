@@ -223,4 +223,32 @@ void SampleRowScalar(ConstPlane const& plane, unsigned int sampleBytes, RowTaps 
     WithBytes(sampleBytes, [&]<unsigned int Bytes>() { SampleAll<Bytes>(source, taps, 0, target); });
 }
 
+void WeighRow(ConstPlane const& source, unsigned int sampleBytes, ConstPlane const& alpha, unsigned int alphaByte,
+              RowTaps const& taps, unsigned char* target) {
+    Source const colours(source, sampleBytes);
+    auto const step = static_cast<std::int64_t>(alpha.GetSampleBytes());
+    std::int64_t const alphaRight = colours.right > 0 ? step : 0;
+    std::int64_t const alphaBelow = colours.below != 0 ? alpha.GetStride() : 0;
+    for (std::size_t i = 0; i < taps.column.size(); ++i) {
+        unsigned char const* const a = alpha.GetData() + taps.row[i] * alpha.GetStride() + taps.column[i] * step;
+        unsigned char const opacities[] = {a[0], a[alphaRight], a[alphaBelow], a[alphaBelow + alphaRight]};
+        if (opacities[0] == opacities[1] && opacities[0] == opacities[2] && opacities[0] == opacities[3]) continue;
+        float const right = taps.right[i];
+        float const lower = taps.lower[i];
+        float const weights[] = {(1 - right) * (1 - lower) * opacities[0], right * (1 - lower) * opacities[1],
+                                 (1 - right) * lower * opacities[2], right * lower * opacities[3]};
+        float const total = weights[0] + weights[1] + weights[2] + weights[3];
+        if (total <= 0) continue;
+        unsigned char const* const upper =
+            colours.samples + taps.row[i] * colours.stride + taps.column[i] * std::int64_t{sampleBytes};
+        for (unsigned int k = 0; k < sampleBytes; ++k) {
+            if (k == alphaByte) continue;
+            unsigned char const* const at = upper + k;
+            float const sum = weights[0] * at[0] + weights[1] * at[colours.right] + weights[2] * at[colours.below] +
+                              weights[3] * at[colours.below + colours.right];
+            target[i * sampleBytes + k] = static_cast<unsigned char>(std::min(sum / total + 0.5F, 255.0F));
+        }
+    }
+}
+
 } // namespace Velnor::Proc::Kernels

@@ -34,4 +34,14 @@ VELNOR_API void SampleRow(ConstPlane const& source, unsigned int sampleBytes, Ro
 VELNOR_API void SampleRowScalar(ConstPlane const& source, unsigned int sampleBytes, RowTaps const& taps,
                                 unsigned char* target);
 
+constexpr unsigned int NO_ALPHA = 4; ///< Of samples whose bytes are all colours.
+
+/// Writes colours of a row anew, each neighbour counting by its alpha too, where those differ and are not all 0: what is
+/// clear has no colour to give.
+///
+/// @param alpha      of the resolution of `source`; one byte a sample, at the distance of its sample bytes
+/// @param alphaByte  of a sample, that is left as it is, or NO_ALPHA
+VELNOR_API void WeighRow(ConstPlane const& source, unsigned int sampleBytes, ConstPlane const& alpha,
+                         unsigned int alphaByte, RowTaps const& taps, unsigned char* target);
+
 } // namespace Velnor::Proc::Kernels

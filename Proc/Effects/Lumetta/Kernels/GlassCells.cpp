@@ -1,5 +1,8 @@
 #include "Proc/Effects/Lumetta/Kernels/GlassCells.h"
 
+#include "Proc/Effects/Lumetta/Kernels/BoxMean.h"
+#include "Proc/Effects/Lumetta/Kernels/GlassSquares.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -9,10 +12,14 @@ namespace Velnor::Proc::Kernels {
 namespace {
 
 constexpr int ITERATIONS = 5;
+constexpr int SMOOTHING = 20;   ///< Radius of the mean before colours are compared, parts of a side.
+constexpr int CRUMB = 8;        ///< Parts of a cell's square below which what is cut off from it is a crumb.
+constexpr float HALF_SIDE = 20; ///< Levels that weigh as much as half a side, at full awareness.
 
 struct Center {
     float x = 0;
     float y = 0;
+    float side = 0; ///< Of its square.
     std::array<float, 3> colour{};
 };
 
@@ -25,66 +32,82 @@ struct Sum {
 
 /// Everything that the search keeps.
 struct Search {
-    ConstPlane picture;
-    std::size_t pixelBytes;
+    std::vector<unsigned char> colours; ///< Of the smoothed picture, 3 bytes a pixel.
     int width;
     int height;
-    float side;
     float colourWeight;
     std::vector<Center> centers;
     std::vector<std::uint32_t> labels;
     std::vector<float> distances;
 };
 
-/// Centres on a grid, each moved at random within the middle of its square; labels by the squares.
-void PlaceCenters(Search& search, std::uint32_t seed) {
+/// The picture as 3 bytes a pixel, each the mean of a square about it.
+std::vector<unsigned char> Smooth(ConstPlane const& picture, unsigned int pixelBytes, std::size_t radius) {
+    std::size_t const width = picture.GetWidth() / pixelBytes;
+    std::size_t const height = picture.GetHeight();
+    std::vector<unsigned char> result(width * height * 3);
+    FloatPlane mean(width, height);
+    FloatPlane scratch(width, height);
+    for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t y = 0; y < height; ++y)
+            for (std::size_t x = 0; x < width; ++x)
+                mean.GetRow(y)[x] = static_cast<float>(picture.GetRow(y)[x * pixelBytes + k]);
+        if (radius > 0) BoxMean(mean, radius, scratch);
+        for (std::size_t i = 0; i < width * height; ++i)
+            result[i * 3 + k] = static_cast<unsigned char>(mean.values[i] + 0.5F);
+    }
+    return result;
+}
+
+/// A centre in each square, moved at random within its middle; labels by the squares.
+void PlaceCenters(Search& search, std::vector<GlassSquare> const& squares, std::uint32_t seed) {
     std::minstd_rand random(seed == 0 ? 1 : seed); // Of the standard, so the same everywhere.
-    int const columns = std::max(1, static_cast<int>(static_cast<float>(search.width) / search.side + 0.5F));
-    int const rows = std::max(1, static_cast<int>(static_cast<float>(search.height) / search.side + 0.5F));
-    auto const jitter = [&] { return static_cast<float>(random() % 1000) / 1000 * 0.7F - 0.35F; };
-    for (int row = 0; row < rows; ++row)
-        for (int column = 0; column < columns; ++column) {
-            Center center;
-            float const u = static_cast<float>(column) + 0.5F + jitter();
-            float const v = static_cast<float>(row) + 0.5F + jitter();
-            center.x = u * static_cast<float>(search.width) / static_cast<float>(columns) - 0.5F;
-            center.y = v * static_cast<float>(search.height) / static_cast<float>(rows) - 0.5F;
-            auto const at = [](float value, int count) {
-                return std::clamp(static_cast<int>(value + 0.5F), 0, count - 1);
-            };
-            unsigned char const* const pixel =
-                search.picture.GetRow(static_cast<std::uint64_t>(at(center.y, search.height))) +
-                static_cast<std::size_t>(at(center.x, search.width)) * search.pixelBytes;
-            for (std::size_t k = 0; k < 3; ++k) center.colour[k] = pixel[k];
-            search.centers.push_back(center);
-        }
-    for (int y = 0; y < search.height; ++y)
-        for (int x = 0; x < search.width; ++x)
-            search.labels.push_back(
-                static_cast<std::uint32_t>(y * rows / search.height * columns + x * columns / search.width));
+    auto const place = [&](int from, int to) {
+        float const part = 0.5F + static_cast<float>(random() % 1000) / 1000 * 0.7F - 0.35F;
+        return static_cast<float>(from) + part * static_cast<float>(to - from) - 0.5F;
+    };
+    auto const columns = static_cast<std::size_t>(search.width);
+    search.labels.resize(columns * static_cast<std::size_t>(search.height));
+    for (GlassSquare const& square : squares) {
+        Center center;
+        center.x = place(square.left, square.right);
+        center.y = place(square.top, square.bottom);
+        center.side = std::sqrt(static_cast<float>((square.right - square.left) * (square.bottom - square.top)));
+        auto const at = [](float value, int count) {
+            return static_cast<std::size_t>(std::clamp(static_cast<int>(value + 0.5F), 0, count - 1));
+        };
+        std::size_t const pixel = at(center.y, search.height) * columns + at(center.x, search.width);
+        for (std::size_t k = 0; k < 3; ++k) center.colour[k] = search.colours[pixel * 3 + k];
+        auto const label = static_cast<std::uint32_t>(search.centers.size());
+        for (int y = square.top; y < square.bottom; ++y)
+            std::fill_n(search.labels.begin() + std::ptrdiff_t{y} * search.width + square.left,
+                        square.right - square.left, label);
+        search.centers.push_back(center);
+    }
 }
 
 /// Gives each pixel near a centre to it when it is nearer to it than to the one it has.
 void Claim(Search& search, std::uint32_t label) {
     Center const& center = search.centers[label];
-    float const reach = 1.5F * search.side + 1;
+    float const reach = 1.5F * center.side + 1;
+    float const perSquare = 1 / (center.side * center.side);
     auto const from = [&](float at) { return std::max(0, static_cast<int>(at - reach)); };
     auto const to = [&](float at, int count) { return std::min(count - 1, static_cast<int>(at + reach) + 1); };
     int const left = from(center.x);
     int const right = to(center.x, search.width);
     for (int y = from(center.y); y <= to(center.y, search.height); ++y) {
-        unsigned char const* const row = search.picture.GetRow(static_cast<std::uint64_t>(y));
         auto const start = static_cast<std::size_t>(y) * static_cast<std::size_t>(search.width);
+        unsigned char const* const row = search.colours.data() + start * 3;
         float const dy = static_cast<float>(y) - center.y;
         for (int x = left; x <= right; ++x) {
-            unsigned char const* const pixel = row + static_cast<std::size_t>(x) * search.pixelBytes;
+            unsigned char const* const pixel = row + std::ptrdiff_t{3} * x;
             float const dx = static_cast<float>(x) - center.x;
             float colour = 0;
             for (std::size_t k = 0; k < 3; ++k) {
                 float const d = static_cast<float>(pixel[k]) - center.colour[k];
                 colour += d * d;
             }
-            float const distance = dx * dx + dy * dy + search.colourWeight * colour;
+            float const distance = (dx * dx + dy * dy) * perSquare + search.colourWeight * colour;
             std::size_t const at = start + static_cast<std::size_t>(x);
             if (distance >= search.distances[at]) continue;
             search.distances[at] = distance;
@@ -96,9 +119,9 @@ void Claim(Search& search, std::uint32_t label) {
 std::vector<Sum> SumUp(Search const& search) {
     std::vector<Sum> sums(search.centers.size());
     std::size_t at = 0;
+    unsigned char const* pixel = search.colours.data();
     for (int y = 0; y < search.height; ++y) {
-        unsigned char const* pixel = search.picture.GetRow(static_cast<std::uint64_t>(y));
-        for (int x = 0; x < search.width; ++x, pixel += search.pixelBytes) {
+        for (int x = 0; x < search.width; ++x, pixel += 3) {
             Sum& sum = sums[search.labels[at++]];
             sum.x += x;
             sum.y += y;
@@ -122,29 +145,67 @@ void MoveCenters(Search& search) {
     }
 }
 
+/// The connected pixels of one label from `start`, marked as seen.
+void FindPatch(Search const& search, std::uint32_t start, std::vector<bool>& seen, std::vector<std::uint32_t>& patch) {
+    auto const width = static_cast<std::uint32_t>(search.width);
+    patch.assign(1, start);
+    seen[start] = true;
+    auto const visit = [&](std::uint32_t at) {
+        if (seen[at] || search.labels[at] != search.labels[start]) return;
+        seen[at] = true;
+        patch.push_back(at);
+    };
+    for (std::size_t i = 0; i < patch.size(); ++i) {
+        std::uint32_t const at = patch[i];
+        std::uint32_t const x = at % width;
+        if (x > 0) visit(at - 1);
+        if (x + 1 < width) visit(at + 1);
+        if (at >= width) visit(at - width);
+        if (at + width < search.labels.size()) visit(at + width);
+    }
+}
+
+/// Small patches take the label of the pixel left of their first or above it.
+void MergeCrumbs(Search& search) {
+    std::vector<bool> seen(search.labels.size());
+    std::vector<std::uint32_t> patch;
+    auto const width = static_cast<std::uint32_t>(search.width);
+    for (std::uint32_t start = 0; start < search.labels.size(); ++start) {
+        if (seen[start]) continue;
+        FindPatch(search, start, seen, patch);
+        float const side = search.centers[search.labels[start]].side;
+        if (start == 0 || static_cast<float>(patch.size()) * CRUMB >= side * side) continue;
+        std::uint32_t const next = search.labels[start % width > 0 ? start - 1 : start - width];
+        for (std::uint32_t const at : patch) search.labels[at] = next;
+    }
+}
+
 } // namespace
 
 GlassCells FindCells(ConstPlane const& picture, unsigned int pixelBytes, CellShape const& shape) {
+    double const side = std::max(shape.side, 2.0);
     Search search;
-    search.picture = picture;
-    search.pixelBytes = pixelBytes;
     search.width = static_cast<int>(picture.GetWidth() / pixelBytes);
     search.height = static_cast<int>(picture.GetHeight());
-    search.side = static_cast<float>(std::max(shape.side, 2.0));
-    // At full awareness a difference of 20 levels weighs as much as half a side.
-    float const perLevel = static_cast<float>(shape.edgeAwareness) * search.side / 2 / 20;
+    search.colours = Smooth(picture, pixelBytes, static_cast<std::size_t>(side / SMOOTHING));
+    auto const perLevel = static_cast<float>(shape.edgeAwareness) / 2 / HALF_SIDE;
     search.colourWeight = perLevel * perLevel;
-    PlaceCenters(search, shape.seed);
+    auto const stride = std::int64_t{3} * search.width;
+    ConstPlane const smooth(search.colours.data(), stride, static_cast<std::uint64_t>(stride), picture.GetHeight(), 3);
+    PlaceCenters(search, DivideByDetail(smooth, side, shape.edgeAwareness), shape.seed);
     for (int i = 0; i < ITERATIONS; ++i) {
         search.distances.assign(search.labels.size(), std::numeric_limits<float>::max());
         for (std::uint32_t label = 0; label < search.centers.size(); ++label) Claim(search, label);
         MoveCenters(search);
     }
+    MergeCrumbs(search);
+    MoveCenters(search);
     GlassCells cells;
     cells.width = static_cast<std::uint32_t>(search.width);
     for (Center const& center : search.centers) {
         auto const byte = [&](std::size_t k) { return static_cast<unsigned char>(center.colour[k] + 0.5F); };
         cells.colours.push_back({byte(0), byte(1), byte(2)});
+        cells.sides.push_back(center.side);
     }
     cells.labels = std::move(search.labels);
     return cells;

@@ -1,5 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/PencilRows.h"
 
+#include "Proc/Effects/Lumetta/Kernels/HatchStrokes.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,29 +11,8 @@
 namespace Velnor::Proc::Kernels {
 namespace {
 
-/// A number from 0 to 1 without pattern for each lattice point (the finaliser of MurmurHash3, A. Appleby).
-float Noise(std::uint32_t x, std::uint32_t y) {
-    std::uint32_t hash = x * 0x9e3779b1U ^ y * 0x85ebca77U;
-    hash = (hash ^ hash >> 16) * 0x85ebca6bU;
-    hash = (hash ^ hash >> 13) * 0xc2b2ae35U;
-    hash ^= hash >> 16;
-    return static_cast<float>(hash >> 8) / static_cast<float>(1 << 24);
-}
-
-/// One direction of hatching, for luma below `below`.
-struct Hatch {
-    float directionX;
-    float directionY;
-    float below;
-};
-constexpr std::array<Hatch, 3> HATCHES{
-    {{0.7071F, 0.7071F, 0.62F}, {0.7071F, -0.7071F, 0.42F}, {0.2588F, 0.9659F, 0.25F}}};
-
-/// How much of a pixel the lines of a hatch cover: thin between, soft at their sides, waving a little.
-float LineAt(float position) {
-    float const phase = position - std::floor(position);
-    return std::max(0.0F, 1 - std::abs(phase - 0.5F) * 4);
-}
+constexpr int DODGE_FLOOR = 6;  ///< Levels added to both sides of the dodge: the grain of blacks draws no lines.
+constexpr float SMUDGE = 0.6F; ///< Graphite rubbed into the darkest tones, of what full hatching puts there.
 
 } // namespace
 
@@ -39,7 +20,8 @@ void DrawPencil(ConstPlane const& blurred, MutablePlane const& luma, Pencil cons
     std::array<float, 256> press{}; // What is left of white under the pencil.
     for (std::size_t i = 0; i < press.size(); ++i)
         press[i] = static_cast<float>(std::pow(static_cast<double>(i) / 255, 1 + 3 * pencil.darkness));
-    auto const scale = static_cast<float>(1 / std::max(pencil.spacing, 2.0));
+    std::vector<unsigned char> const strokes =
+        pencil.hatching > 0 ? DrawHatching(blurred, pencil.spacing) : std::vector<unsigned char>{};
     auto const hatching = static_cast<float>(pencil.hatching);
     auto const paper = static_cast<float>(pencil.paper) * 0.12F;
     auto const strength = static_cast<float>(pencil.strength);
@@ -49,16 +31,15 @@ void DrawPencil(ConstPlane const& blurred, MutablePlane const& luma, Pencil cons
         auto const v = static_cast<std::uint32_t>(y);
         for (std::uint64_t x = 0; x < luma.GetWidth(); ++x) {
             auto const u = static_cast<std::uint32_t>(x);
-            int const dodged = std::min(255, (255 * to[x] + tone[x] / 2) / std::max<int>(tone[x], 1));
+            int const under = tone[x] + DODGE_FLOOR;
+            int const dodged = std::min(255, (255 * (to[x] + DODGE_FLOOR) + under / 2) / under);
             float white = press[static_cast<std::size_t>(dodged)];
-            float const grain = 0.5F * Noise(u, v) + 0.5F * Noise(u / 3, v / 3);
-            float const shade = static_cast<float>(tone[x]) / 255;
-            for (Hatch const& hatch : HATCHES) {
-                if (shade >= hatch.below) break;
-                float const across =
-                    (static_cast<float>(x) * hatch.directionX + static_cast<float>(y) * hatch.directionY);
-                float const ink = (hatch.below - shade) / hatch.below * (0.6F + 0.8F * grain);
-                white *= 1 - std::min(1.0F, hatching * ink * LineAt(across * scale + 0.3F * grain));
+            float const grain = 0.5F * LatticeNoise(u, v) + 0.5F * LatticeNoise(u / 3, v / 3);
+            if (!strokes.empty()) {
+                float const dark = 1 - static_cast<float>(tone[x]) / 255;
+                float const line = 1 - static_cast<float>(strokes[y * luma.GetWidth() + x]) / 255;
+                white *= 1 - std::min(1.0F, hatching * SMUDGE * dark * dark * (0.6F + 0.8F * grain));
+                white *= 1 - std::min(1.0F, hatching * line * (0.7F + 0.6F * grain));
             }
             white -= paper * grain * (0.4F + 0.6F * white);
             float const drawn = 255 * std::clamp(white, 0.0F, 1.0F);

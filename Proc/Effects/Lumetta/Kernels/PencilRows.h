@@ -13,8 +13,8 @@ struct Pencil {
     double spacing = 8; ///< Of hatching lines, pixels.
 };
 
-/// Turns a luma plane into a pencil drawing: dodged by its blurred self, hatched in three directions where the blurred
-/// luma is dark, on rough paper. `blurred` is of the same size. The same for the same arguments, everywhere.
+/// Turns a luma plane into a pencil drawing: dodged by its blurred self, hatched where the blurred luma is dark, on
+/// rough paper. `blurred` is of the same size. The same for the same arguments, everywhere.
 void DrawPencil(ConstPlane const& blurred, MutablePlane const& luma, Pencil const& pencil);
 
 } // namespace Velnor::Proc::Kernels

@@ -6,8 +6,10 @@
 //     stack      half-width + 1 - |x|
 //
 // Deviations in pixels are those of the picture: in planes of subsampled chroma they shrink with the resolution. Samples
-// outside of the picture do not count. Alpha is blurred like a colour; a planes mask leaves it out.
+// outside of the picture do not count. Alpha is blurred like a colour; a planes mask leaves it out. Colours count by their
+// alpha: what is clear does not bleed into what is seen.
 #include "Proc/Effects/Photo/AdaptedEffect.h"
+#include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
 #include "Proc/Effects/Photo/OpenCV/KernelBlur.h"
@@ -54,7 +56,11 @@ public:
             if (settings.GetPlanesMask() != 0 && (settings.GetPlanesMask() >> i & 1) == 0) continue;
             PlaneLayout const& layout = format.planes[i];
             cv::Mat target = ViewOf(result->GetMutablePlane(i), layout);
-            BlurPlane(ReadPlane(picture, i), target, devX / (1 << layout.shiftX), devY / (1 << layout.shiftY));
+            LinearBlur const blur =
+                BlurPlane(ReadPlane(picture, i), target, devX / (1 << layout.shiftX), devY / (1 << layout.shiftY));
+            cv::Mat const weights = MakeAlphaWeights(picture, i);
+            int const alphaChannel = i == format.alpha.plane ? format.alpha.offset : -1;
+            if (blur && !weights.empty()) BlurWeighted(ReadPlane(picture, i), weights, alphaChannel, blur, target);
         }
         data = result;
     }
@@ -74,18 +80,27 @@ private:
         return static_cast<int>(std::min<double>(std::round(settings.GetKernelLength() * deviation), side));
     }
 
-    void BlurPlane(cv::Mat const& source, cv::Mat& target, double devX, double devY) const {
+    /// @return  the blur without its rounding, none where there is nothing to blur
+    LinearBlur BlurPlane(cv::Mat const& source, cv::Mat& target, double devX, double devY) const {
         int const x = HalfWidth(devX, source.cols);
         int const y = HalfWidth(devY, source.rows);
-        if (x == 0 && y == 0)
+        if (x == 0 && y == 0) {
             source.copyTo(target);
-        else if (settings.GetAlgorithm() == SettingsEffectBlur::BOX)
+            return {};
+        }
+        if (settings.GetAlgorithm() == SettingsEffectBlur::BOX) {
             BlurByBox(source, target, x, y);
-        else if (settings.GetAlgorithm() == SettingsEffectBlur::GAUSSIAN)
-            BlurByKernels(source, target, MakeGaussianKernel(devX, x), MakeGaussianKernel(devY, y));
-        else
-            BlurByKernels(source, target, MakeTriangleKernel(HalfWidth(devX, 1 << 20)),
-                          MakeTriangleKernel(HalfWidth(devY, 1 << 20)));
+            return [=](cv::Mat const& samples) { return SumByBox(samples, x, y); };
+        }
+        bool const isGaussian = settings.GetAlgorithm() == SettingsEffectBlur::GAUSSIAN;
+        auto const kernel = [&](double deviation, int halfWidth) {
+            return isGaussian ? MakeGaussianKernel(deviation, halfWidth)
+                              : MakeTriangleKernel(HalfWidth(deviation, 1 << 20));
+        };
+        HalfKernel const across = kernel(devX, x);
+        HalfKernel const down = kernel(devY, y);
+        BlurByKernels(source, target, across, down);
+        return [=](cv::Mat const& samples) { return SumByKernels(samples, across, down); };
     }
 };
 

@@ -40,32 +40,6 @@ cv::Mat BlockKernel(HalfKernel const& kernel, int block) {
     return weights / cv::sum(weights)[0];
 }
 
-/// The weighted sums, with 0 outside of the picture.
-cv::Mat WeightedSums(cv::Mat const& source, HalfKernel const& across, HalfKernel const& down) {
-    int const blockX = BlockSize(across, source.cols);
-    int const blockY = BlockSize(down, source.rows);
-    cv::Mat const kernelX = BlockKernel(across, blockX);
-    cv::Mat const kernelY = BlockKernel(down, blockY);
-    int const border = cv::BORDER_CONSTANT | cv::BORDER_ISOLATED;
-    cv::Mat sums;
-    if (blockX == 1 && blockY == 1) {
-        cv::sepFilter2D(source, sums, CV_32F, kernelX, kernelY, {-1, -1}, 0, border);
-        return sums;
-    }
-    int const right = (blockX - source.cols % blockX) % blockX;
-    int const below = (blockY - source.rows % blockY) % blockY;
-    cv::Mat whole = source;
-    if (right != 0 || below != 0) cv::copyMakeBorder(source, whole, 0, below, 0, right, border, cv::Scalar::all(0));
-    cv::Mat blocks;
-    // 8-bit means would round before the blur: sums of rows or blocks are kept as they are.
-    cv::Mat wide;
-    whole.convertTo(wide, CV_32F);
-    cv::resize(wide, blocks, {whole.cols / blockX, whole.rows / blockY}, 0, 0, cv::INTER_AREA);
-    cv::sepFilter2D(blocks, sums, CV_32F, kernelX, kernelY, {-1, -1}, 0, border);
-    cv::resize(sums, wide, whole.size(), 0, 0, cv::INTER_LINEAR);
-    return wide(cv::Rect(0, 0, source.cols, source.rows));
-}
-
 /// The factor of each place along an axis that makes up for the weights outside of the picture.
 std::vector<float> MakeFactors(cv::Mat const& weights) {
     std::vector<float> factors(weights.total());
@@ -103,24 +77,50 @@ HalfKernel MakeTriangleKernel(int halfWidth) {
     return kernel;
 }
 
+cv::Mat SumByKernels(cv::Mat const& source, HalfKernel const& across, HalfKernel const& down) {
+    int const blockX = BlockSize(across, source.cols);
+    int const blockY = BlockSize(down, source.rows);
+    cv::Mat const kernelX = BlockKernel(across, blockX);
+    cv::Mat const kernelY = BlockKernel(down, blockY);
+    int const border = cv::BORDER_CONSTANT | cv::BORDER_ISOLATED;
+    cv::Mat sums;
+    if (blockX == 1 && blockY == 1) {
+        cv::sepFilter2D(source, sums, CV_32F, kernelX, kernelY, {-1, -1}, 0, border);
+        return sums;
+    }
+    int const right = (blockX - source.cols % blockX) % blockX;
+    int const below = (blockY - source.rows % blockY) % blockY;
+    cv::Mat whole = source;
+    if (right != 0 || below != 0) cv::copyMakeBorder(source, whole, 0, below, 0, right, border, cv::Scalar::all(0));
+    cv::Mat blocks;
+    // 8-bit means would round before the blur: sums of rows or blocks are kept as they are.
+    cv::Mat wide;
+    whole.convertTo(wide, CV_32F);
+    cv::resize(wide, blocks, {whole.cols / blockX, whole.rows / blockY}, 0, 0, cv::INTER_AREA);
+    cv::sepFilter2D(blocks, sums, CV_32F, kernelX, kernelY, {-1, -1}, 0, border);
+    cv::resize(sums, wide, whole.size(), 0, 0, cv::INTER_LINEAR);
+    return wide(cv::Rect(0, 0, source.cols, source.rows));
+}
+
+cv::Mat SumByBox(cv::Mat const& source, int halfWidthX, int halfWidthY) {
+    // Beyond the picture's own size a box is the whole picture.
+    cv::Size const size(2 * std::min(halfWidthX, source.cols) + 1, 2 * std::min(halfWidthY, source.rows) + 1);
+    cv::Mat means;
+    cv::boxFilter(source, means, CV_32F, size, {-1, -1}, true, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED);
+    return means;
+}
+
 void BlurByKernels(cv::Mat const& source, cv::Mat& target, HalfKernel const& across, HalfKernel const& down) {
     HalfKernel const none{1.0F};
-    cv::Mat const columns = WeightedSums(cv::Mat::ones(1, source.cols, CV_8U), across, none);
-    cv::Mat const rows = WeightedSums(cv::Mat::ones(1, source.rows, CV_8U), down, none);
-    WriteMeans(WeightedSums(source, across, down), MakeFactors(columns), MakeFactors(rows), target);
+    cv::Mat const columns = SumByKernels(cv::Mat::ones(1, source.cols, CV_8U), across, none);
+    cv::Mat const rows = SumByKernels(cv::Mat::ones(1, source.rows, CV_8U), down, none);
+    WriteMeans(SumByKernels(source, across, down), MakeFactors(columns), MakeFactors(rows), target);
 }
 
 void BlurByBox(cv::Mat const& source, cv::Mat& target, int halfWidthX, int halfWidthY) {
-    auto const box = [](cv::Mat const& samples, int x, int y) {
-        // Beyond the picture's own size a box is the whole picture.
-        cv::Size const size(2 * std::min(x, samples.cols) + 1, 2 * std::min(y, samples.rows) + 1);
-        cv::Mat means;
-        cv::boxFilter(samples, means, CV_32F, size, {-1, -1}, true, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED);
-        return means;
-    };
-    cv::Mat const columns = box(cv::Mat::ones(1, source.cols, CV_32F), halfWidthX, 0);
-    cv::Mat const rows = box(cv::Mat::ones(1, source.rows, CV_32F), halfWidthY, 0);
-    WriteMeans(box(source, halfWidthX, halfWidthY), MakeFactors(columns), MakeFactors(rows), target);
+    cv::Mat const columns = SumByBox(cv::Mat::ones(1, source.cols, CV_32F), halfWidthX, 0);
+    cv::Mat const rows = SumByBox(cv::Mat::ones(1, source.rows, CV_32F), halfWidthY, 0);
+    WriteMeans(SumByBox(source, halfWidthX, halfWidthY), MakeFactors(columns), MakeFactors(rows), target);
 }
 
 } // namespace Velnor::Proc

@@ -8,10 +8,11 @@
 //
 // So a blur of 50 smooths contrasts below 20 levels and keeps those well above, and a blur of 100 keeps nothing: it is
 // the mean of means, a defocus whose reach is twice the window. Only what is kept is sharpened. Luma and chroma have
-// settings of their own; alpha stays.
+// settings of their own; alpha stays, and in every mean colours count by it.
 //
 // K. He, J. Sun, X. Tang, "Guided Image Filtering", ECCV 2010.
 #include "Proc/Effects/Photo/AdaptedEffect.h"
+#include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
@@ -44,24 +45,37 @@ cv::Mat Mean(cv::Mat const& samples, cv::Size window) {
     return means;
 }
 
+/// @param weights  of the samples; empty where all count alike
+cv::Mat Weigh(cv::Mat const& samples, cv::Mat const& weights, LinearBlur const& blur) {
+    if (weights.empty()) return blur(samples);
+    return blur(samples.mul(weights)) / blur(weights);
+}
+
 /// @param window  odd sides, in samples of the plane
-void SmoothPlane(cv::Mat const& source, cv::Mat& target, cv::Size window, Strength const& strength) {
+void SmoothPlane(cv::Mat const& source, cv::Mat const& weights, cv::Mat& target, cv::Size window,
+                 Strength const& strength) {
+    auto const meanOf = [&](cv::Mat const& samples) {
+        return Weigh(samples, weights, [&](cv::Mat const& each) { return Mean(each, window); });
+    };
     cv::Mat value;
     source.convertTo(value, CV_32F);
-    cv::Mat const mean = Mean(value, window);
+    cv::Mat const mean = meanOf(value);
     cv::Mat keep = cv::Mat::zeros(value.size(), value.type());
     if (strength.blur < 100) {
         double const blur = strength.blur;
         double const tolerance = TOLERANCE * blur / 50.0 * blur / (100.0 - blur);
-        cv::Mat const variance = cv::max(Mean(value.mul(value), window) - mean.mul(mean), 0.0);
+        cv::Mat const variance = cv::max(meanOf(value.mul(value)) - mean.mul(mean), 0.0);
         // An even surface, where both are 0, stays as it is in any case.
         cv::divide(variance, cv::max(variance + cv::Scalar::all(tolerance), 1e-6), keep);
     }
-    cv::Mat const meanKeep = Mean(keep, window);
-    cv::Mat result = Mean(mean - keep.mul(mean), window) + meanKeep.mul(value);
+    cv::Mat const meanKeep = meanOf(keep);
+    cv::Mat result = meanOf(mean - keep.mul(mean)) + meanKeep.mul(value);
     if (strength.sharpen > 0) {
-        cv::Mat smooth;
-        cv::GaussianBlur(value, smooth, {}, DETAIL_DEVIATION, DETAIL_DEVIATION, cv::BORDER_REFLECT);
+        cv::Mat const smooth = Weigh(value, weights, [](cv::Mat const& samples) {
+            cv::Mat blurred;
+            cv::GaussianBlur(samples, blurred, {}, DETAIL_DEVIATION, DETAIL_DEVIATION, cv::BORDER_REFLECT);
+            return blurred;
+        });
         result += (value - smooth).mul(meanKeep, strength.sharpen / 100.0);
     }
     result.convertTo(target, CV_8U);
@@ -97,7 +111,8 @@ public:
             if (isAlpha || (strength.blur == 0 && strength.sharpen == 0)) continue;
             PlaneLayout const& layout = format.planes[i];
             cv::Mat target = ViewOf(result->GetMutablePlane(i), layout);
-            SmoothPlane(ReadPlane(picture, i), target, Window(picture.GetFrameFormat(), layout, strength), strength);
+            SmoothPlane(ReadPlane(picture, i), MakeAlphaWeights(picture, i), target,
+                        Window(picture.GetFrameFormat(), layout, strength), strength);
         }
         data = result;
     }

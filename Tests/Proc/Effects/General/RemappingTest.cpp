@@ -88,6 +88,37 @@ TEST_F(RemappingTest, ChromaMovesWithTheLuma) {
     }
 }
 
+TEST_F(RemappingTest, ClearPixelsGiveNoColour) {
+    auto const between = [](int x, int y) {
+        return std::pair(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.25F);
+    };
+    for (PixFmt const id : {PixFmt::RGBA, PixFmt::ARGB, PixFmt::YA8, PixFmt::GBRAP, PixFmt::YUVA420P}) {
+        VideoHandle const picture = MakeNoise(context, id, 24, 16);
+        PixFmtDescription const& format = picture->GetDescription();
+        auto const fill = [&](ComponentPlace const& place, int seen, int clear) {
+            PlaneLayout const& layout = format.planes[place.plane];
+            MutablePlane const plane = picture->GetMutablePlane(place.plane);
+            for (std::uint64_t y = 0; y < plane.GetHeight(); ++y)
+                for (std::uint64_t x = 0; x * layout.bytes < plane.GetWidth(); ++x)
+                    plane.GetRow(y)[x * layout.bytes + place.offset] =
+                        static_cast<unsigned char>(x << layout.shiftX < 12 ? seen : clear);
+        };
+        for (std::size_t k = 0; k < format.componentsCount; ++k) fill(format.components[k], 70, 240);
+        fill(format.alpha, 255, 0);
+        VideoHandle const result = Remap(SettingsEffectRemapping(between), picture);
+        for (std::size_t k = 0; k < format.componentsCount; ++k) {
+            PlaneLayout const& layout = format.planes[format.components[k].plane];
+            ConstPlane const plane = std::as_const(*result).GetPlane(format.components[k].plane);
+            for (std::uint64_t x = 0; x * layout.bytes < plane.GetWidth(); ++x)
+                EXPECT_EQ(plane.GetRow(3)[x * layout.bytes + format.components[k].offset],
+                          x << layout.shiftX < 12 ? 70 : 240)
+                    << format.name << " component " << k << ", " << x;
+        }
+        std::uint64_t const step = format.planes[format.alpha.plane].bytes;
+        EXPECT_EQ(std::as_const(*result).GetPlane(format.alpha.plane).GetRow(3)[11 * step + format.alpha.offset], 128);
+    }
+}
+
 TEST_F(RemappingTest, PositionsThatAreNoNumbersAreSafeAndAThrowingFunctionLeavesThePicture) {
     constexpr float INF = std::numeric_limits<float>::infinity();
     VideoHandle const picture = MakeNoise(context, PixFmt::YUV420P, 19, 9);

@@ -2,6 +2,7 @@
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Effects/Lumetta/Kernels/GlassCells.h"
+#include "Proc/Effects/Lumetta/Kernels/HatchStrokes.h"
 #include "Proc/Effects/Lumetta/Kernels/PullPush.h"
 #include "Proc/Effects/Lumetta/Kernels/Scratches.h"
 #include "Proc/Host/Host.h"
@@ -16,8 +17,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <functional>
+#include <set>
 
 namespace Velnor::Proc {
 namespace {
@@ -125,6 +128,35 @@ TEST_F(StyleEffectsTest, ASketchIsWhiteWithDarkLinesAlongEdges) {
     EXPECT_LE(darkest, 200);
 }
 
+TEST_F(StyleEffectsTest, HatchingFollowsTheToneAndRepeatsNowhere) {
+    constexpr int SIDE = 240;
+    VideoHandle const tone = MakeGrey(PixFmt::GRAY8, SIDE, SIDE, [](int, int y) {
+        return y < 80 ? 220 : y < 160 ? 130 : 20;
+    });
+    std::vector<unsigned char> const paper = Kernels::DrawHatching(std::as_const(*tone).GetPlane(0), 5);
+    std::array<double, 3> ink{}; // Of each third.
+    for (std::size_t i = 0; i < paper.size(); ++i)
+        ink[i * 3 / paper.size()] += (255.0 - paper[i]) / (SIDE * SIDE / 3 * 255.0);
+    EXPECT_LT(ink[0], 0.001); // What reaches over the border.
+    EXPECT_GT(ink[1], 0.02);
+    EXPECT_GT(ink[2], 0.3);
+    EXPECT_GT(ink[2], 2 * ink[1]);
+
+    // Ruled lines would be like themselves again at some distance; what is drawn by hand is not.
+    auto const dark = [&](int x, int y) {
+        return 255.0 - paper[static_cast<std::size_t>(y * SIDE + x)] - ink[2] * 255;
+    };
+    auto const likeness = [&](int dx, int dy) {
+        double sum = 0;
+        for (int y = 165; y < 215; ++y)
+            for (int x = 0; x < 200; ++x) sum += dark(x, y) * dark(x + dx, y + dy);
+        return sum;
+    };
+    double const whole = likeness(0, 0);
+    for (int dy = 0; dy < 25; ++dy)
+        for (int dx = dy < 12 ? 12 : 0; dx < 40; ++dx) EXPECT_LT(likeness(dx, dy), whole / 2) << dx << ", " << dy;
+}
+
 TEST_F(StyleEffectsTest, GlassTakesPackedColourOnly) {
     SettingsEffectColoredGlass settings;
     VideoHandle const planar = MakeGrey(PixFmt::YUV420P, 16, 16, [](int x, int) { return x; });
@@ -138,6 +170,23 @@ TEST_F(StyleEffectsTest, GlassTakesPackedColourOnly) {
     settings.SetSaturation(100);
     DataHandle const flat = Apply(settings, MakeGrey(PixFmt::RGBA, 50, 40, [](int, int) { return 93; }));
     EXPECT_EQ(Samples(AsVideo(flat)), Samples(*MakeGrey(PixFmt::RGBA, 50, 40, [](int, int) { return 93; })));
+}
+
+TEST_F(StyleEffectsTest, PanesAreSmallerWhereThereAreEdges) {
+    auto const paint = [](int x, int y) { return x < 80 ? 120 : (x / 4 + y / 4) % 2 == 0 ? 40 : 210; };
+    VideoHandle const picture = MakeGrey(PixFmt::RGB24, 160, 80, paint);
+    for (double const awareness : {0.0, 1.0}) {
+        Kernels::GlassCells const cells =
+            Kernels::FindCells(std::as_const(*picture).GetPlane(0), 3, {20, awareness, 1});
+        std::set<std::uint32_t> plain, detailed;
+        for (std::size_t i = 0; i < cells.labels.size(); ++i)
+            if (i % 160 < 70 || i % 160 >= 90) (i % 160 < 80 ? plain : detailed).insert(cells.labels[i]);
+        EXPECT_LE(plain.size(), 24U);
+        if (awareness > 0)
+            EXPECT_GE(detailed.size(), 8 * plain.size());
+        else
+            EXPECT_LE(detailed.size(), 24U);
+    }
 }
 
 TEST_F(StyleEffectsTest, CellsAreWhatIsNearestAndBordersAreMeasured) {
@@ -163,7 +212,7 @@ TEST_F(StyleEffectsTest, CellsAreWhatIsNearestAndBordersAreMeasured) {
             if (count[c] > 0 && distance(c) + 1.5 < distance(cells.labels[i])) ++strange;
     }
     EXPECT_EQ(strange, 0);
-    std::vector<std::uint16_t> const borders = Kernels::FindBorderDistances({5, {0, 0, 1, 1, 1}, {}});
+    std::vector<std::uint16_t> const borders = Kernels::FindBorderDistances({5, {0, 0, 1, 1, 1}, {}, {}});
     EXPECT_EQ(borders, (std::vector<std::uint16_t>{3, 0, 3, 6, 9}));
 }
 

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace Velnor::Proc {
 namespace {
@@ -118,6 +119,54 @@ TEST_F(OpenCVEffectsTest, BlurIsTheDirectSumWithinALevel) {
                 EXPECT_LE(worst, 1.5) << width << "x" << height << " algorithm " << algorithm << " " << devX << " "
                                       << devY;
             }
+}
+
+/// Left half opaque and of level 60, right half clear and of level 250.
+VideoHandle MakeHalfClear(IEffectContext& context, PixFmt id) {
+    VideoHandle const picture = context.CreateImage(id, FrameFormat::Square(61, 33));
+    PixFmtDescription const& format = picture->GetDescription();
+    for (unsigned char i = 0; i < format.planesCount; ++i) {
+        MutablePlane const plane = picture->GetMutablePlane(i);
+        PlaneLayout const& layout = format.planes[i];
+        for (std::uint64_t y = 0; y < plane.GetHeight(); ++y)
+            for (std::uint64_t b = 0; b < plane.GetWidth(); ++b) {
+                bool const isSeen = (b / layout.bytes) << layout.shiftX < 30;
+                bool const isAlpha = i == format.alpha.plane && b % layout.bytes == format.alpha.offset;
+                plane.GetRow(y)[b] = static_cast<unsigned char>(isSeen ? (isAlpha ? 255 : 60) : (isAlpha ? 0 : 250));
+            }
+    }
+    return picture;
+}
+
+TEST_F(OpenCVEffectsTest, WhatIsClearDoesNotBleedIntoWhatIsSeen) {
+    SettingsEffectBlur box(SettingsEffectBlur::BOX);
+    SettingsEffectBlur wide(SettingsEffectBlur::GAUSSIAN); // On means of blocks.
+    for (SettingsEffectBlur* const each : {&box, &wide}) {
+        each->SetDevX(each == &box ? 4 : 25);
+        each->SetDevY(3);
+    }
+    SettingsEffectSmartBlur smart;
+    smart.SetLumaBlur(100);
+    smart.SetLumaSharpen(50);
+    smart.SetChromaBlur(100);
+    for (PixFmt const id : {PixFmt::RGBA, PixFmt::ABGR, PixFmt::YA8, PixFmt::GBRAP, PixFmt::YUVA420P}) {
+        VideoHandle const picture = MakeHalfClear(context, id);
+        std::vector<VideoHandle> results{Apply(box, picture), Apply(wide, picture)};
+        if (id == PixFmt::YUVA420P) results.push_back(Apply(smart, picture));
+        for (VideoHandle const& result : results) {
+            PixFmtDescription const& format = result->GetDescription();
+            ASSERT_EQ(format.format, id);
+            for (ComponentPlace const& place : std::span(format.components).first(format.componentsCount)) {
+                ConstPlane const plane = std::as_const(*result).GetPlane(place.plane);
+                PlaneLayout const& layout = format.planes[place.plane];
+                for (std::uint64_t x = 0; x < 30U >> layout.shiftX; ++x)
+                    EXPECT_NEAR(plane.GetRow(9)[x * layout.bytes + place.offset], 60, 1) << format.name << " " << x;
+            }
+        }
+        ConstPlane const alpha = std::as_const(*results[0]).GetPlane(picture->GetDescription().alpha.plane);
+        std::uint64_t const step = picture->GetDescription().planes[picture->GetDescription().alpha.plane].bytes;
+        EXPECT_NEAR(alpha.GetRow(9)[30 * step + picture->GetDescription().alpha.offset], 120, 16);
+    }
 }
 
 TEST_F(OpenCVEffectsTest, BlurReachesThePlanesOfTheMaskAlone) {
@@ -293,6 +342,20 @@ TEST_F(OpenCVEffectsTest, GrabCutFindsTheDiscFromTwoStrokes) {
     for (int y = 0; y < 50; ++y)
         for (int x = 0; x < 64; ++x) wrong += At(*result, x, y) != (isDisc(x, y) ? 255 : 128);
     EXPECT_LE(wrong, 12);
+
+    // A speck in the disc is part of it, and a second object that no stroke is on is not, but a speck under a stroke is
+    // what the stroke says.
+    auto const isSpeck = [](int x, int y) { return std::abs(x - 30) < 2 && std::abs(y - 31) < 2; };
+    VideoHandle const marred = MakeGrey(64, 50, [&](int x, int y) {
+        return ((isDisc(x, y) && !isSpeck(x, y)) || (x > 54 && y > 36 && y < 46) ? 180 : 60) + (x * 7 + y * 3) % 5;
+    });
+    EXPECT_EQ(Samples(*Apply(settings, marred, strokes)), Samples(*result));
+    VideoHandle const more = MakeGrey(64, 50, [](int x, int y) {
+        if (y == 25 && x > 25 && x < 35) return 255;
+        return y == 2 || (x == 30 && y == 31) ? 128 : 0;
+    });
+    EXPECT_EQ(At(*Apply(settings, marred, more), 31, 30), 128);
+
     VideoHandle const one = MakeFlat(context, PixFmt::GRAY8, 64, 50, {255});
     EXPECT_NE(Refusal(settings, picture, one).find("background (value 128) cover 0 pixels"), std::string::npos);
     VideoHandle const small = MakeFlat(context, PixFmt::GRAY8, 4, 4, {255});
