@@ -61,7 +61,7 @@ FloatPlane DrawPersons(std::size_t width, std::size_t height, std::span<FaceBox 
                 float const down = (static_cast<float>(y) + 0.5F - face.top) / face.height;
                 // Distances in faces: from the middle of the head, and from the line that widens to the shoulders.
                 float const head = std::hypot(across / 0.8F, (down - 0.2F) / 1.0F);
-                float const half = 0.45F + 0.95F * std::clamp((down - 0.8F) / 1.2F, 0.0F, 1.0F);
+                float const half = 0.52F + 0.88F * std::clamp((down - 0.8F) / 0.8F, 0.0F, 1.0F);
                 float const body = down < 0.8F ? 9.0F : across / half;
                 float& person = persons.GetRow(y)[x];
                 // What is held in the hands may be part of it.
@@ -149,23 +149,26 @@ std::vector<Stroke> FindSubjectStrokes(ConstPlane const& rgb, std::span<FaceBox 
     constexpr int TURNS = 6;
     constexpr float MOST_ODDS = 4; // Of a colour: a place may still outweigh it.
     constexpr float SURE = 0.7F;
+    constexpr float CLEAR_PLACE = 2, CLEAR_COLOR = 1; // With faces one of them must be, and agree.
     ColorPlanes const lab = ToPlanes(rgb);
     std::vector<float> const places = WeighPlaces(lab, faces);
     std::vector<Stroke> strokes(lab[0].values.size(), Stroke::None);
     if (places.empty()) return strokes;
     FloatPlane odds(lab[0].width, lab[0].height), scratch = odds;
     odds.values = places;
+    std::vector<float> colors;
     for (int turn = 0; turn < TURNS; ++turn) {
         std::vector<float> shares;
         for (float const value : odds.values) shares.push_back(1 / (1 + std::exp(-2 * value)));
-        std::vector<float> const colors = FindColorOdds(lab, shares);
+        colors = FindColorOdds(lab, shares);
         for (std::size_t i = 0; i < places.size(); ++i)
             odds.values[i] = places[i] + std::clamp(colors[i], -MOST_ODDS, MOST_ODDS);
         BoxMean(odds, std::max(odds.width, odds.height) / 100, scratch);
     }
     for (std::size_t i = 0; i < strokes.size(); ++i) {
-        if (odds.values[i] > SURE) strokes[i] = Stroke::Subject;
-        if (odds.values[i] < -SURE) strokes[i] = Stroke::Background;
+        float const side = odds.values[i] > 0 ? 1.0F : -1.0F;
+        bool const isClear = faces.empty() || side * places[i] > CLEAR_PLACE || side * colors[i] > CLEAR_COLOR;
+        if (isClear && side * odds.values[i] > SURE) strokes[i] = side > 0 ? Stroke::Subject : Stroke::Background;
     }
     DropIslands(strokes, odds.width);
     return strokes;
