@@ -48,6 +48,7 @@
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectPad.h"
+#include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
@@ -122,6 +123,7 @@ namespace Velnor::Proc {
     Do(SettingsEffectNoiseVideo) \
     Do(SettingsEffectOilPaint) \
     Do(SettingsEffectPad) \
+    Do(SettingsEffectPanorama) \
     Do(SettingsEffectPixelate) \
     Do(SettingsEffectPosterize) \
     Do(SettingsEffectReduceLocalLuma) \

@@ -91,6 +91,16 @@ public:
     }
 };
 
+/// Gives its first picture back.
+class RecordingVarInput : public RecordingEffect<IVarInputEffectVideo> {
+public:
+    using RecordingEffect::RecordingEffect;
+    DataHandle Process(std::vector<DataHandle> const& inputs) override {
+        NoteRun();
+        return inputs.at(0);
+    }
+};
+
 /// The recorder must outlive the effects.
 class RecordingFactory : public IEffectFactory {
 public:
@@ -109,8 +119,11 @@ public:
         *result = Create<RecordingOneInput>(classId, impl);
     }
     bool HasTwoInputEffect(std::string const&, std::string const&) const override { return true; }
-    bool HasVarInputEffect(std::string const&, std::string const&) const override { return false; }
-    void CreateVarInputEffect(intrusive_ptr<IVarInputEffectVideo>*, std::string const&, std::string const&) override {}
+    bool HasVarInputEffect(std::string const&, std::string const&) const override { return true; }
+    void CreateVarInputEffect(intrusive_ptr<IVarInputEffectVideo>* result, std::string const& classId,
+                              std::string const& impl) override {
+        *result = Create<RecordingVarInput>(classId, impl);
+    }
     void CreateTwoInputEffect(intrusive_ptr<ITwoInputEffectVideo>* result, std::string const& classId,
                               std::string const& impl) override {
         *result = Create<RecordingTwoInput>(classId, impl);

@@ -1,11 +1,12 @@
 // RemoveBackground: finds the subject and takes away what is behind it.
 //
-//     strokes = those given, else what stands out (subject) and what does not (background), found on a tiny copy
+//     strokes = those given, else persons by their faces, or what stands out, found on a tiny copy
 //     cut     = segmentation of a small copy by the strokes
 //     mask    = the cut, refined at its edge by the picture's own detail
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; over a new one if wanted
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/GuidedMatte.h"
 #include "Proc/Effects/Lumetta/Kernels/SubjectStrokes.h"
 #include "Proc/Effects/Lumetta/RequireSetting.h"
@@ -25,6 +26,7 @@ namespace {
 
 using Pictures = std::vector<intrusive_ptr<IData>>;
 using Byte = unsigned char;
+using Kernels::FaceBox;
 using Kernels::Stroke;
 
 std::string Describe(FrameFormat const& frame) {
@@ -109,9 +111,10 @@ private:
 
     static void RequireInputs(Pictures const& inputs, std::size_t further) {
         if (inputs.size() < 1 + further || inputs.size() > 2 + further)
-            VELNOR_THROW(EffectException, "A picture" + std::string(further == 0 ? "" : " and its new background") +
-                                              " are needed, and strokes may be between; " +
-                                              std::to_string(inputs.size()) + " pictures are given.");
+            VELNOR_THROW(
+                EffectException,
+                std::string(further == 0 ? "A picture is needed" : "A picture and its new background are needed") +
+                    ", and strokes may follow it; " + std::to_string(inputs.size()) + " pictures are given.");
         for (auto const& input : inputs) RequirePicture(input.get());
         if (inputs.size() == 1 + further) return;
         FrameFormat const frame = inputs[0]->GetFrameFormat();
@@ -184,10 +187,12 @@ private:
         return strokes;
     }
 
-    intrusive_ptr<IData> FindStrokes(intrusive_ptr<IData> const& small) const {
+    intrusive_ptr<IData> FindStrokes(intrusive_ptr<IData> const& small) {
         intrusive_ptr<IData> const tiny = Shrink(small, LOOK_SIDE);
         FrameFormat const size = tiny->GetFrameFormat();
-        std::vector<Stroke> const found = Kernels::FindSubjectStrokes(Read(tiny));
+        std::vector<FaceBox> const faces =
+            FindFaces(small, static_cast<float>(size.width) / static_cast<float>(small->GetFrameFormat().width));
+        std::vector<Stroke> const found = Kernels::FindSubjectStrokes(Read(tiny), faces);
         VideoHandle const strokes = MakeStrokes(small);
         MutablePlane const marks = strokes->GetMutablePlane(0);
         for (std::uint64_t y = 0; y < marks.GetHeight(); ++y) {
@@ -198,6 +203,21 @@ private:
             }
         }
         return strokes;
+    }
+
+    /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large. Faces are a help only: without
+    /// a detector, what stands out is the subject.
+    std::vector<FaceBox> FindFaces(intrusive_ptr<IData> const& small, float scale) {
+        std::vector<FaceBox> boxes;
+        try {
+            if (!faceDetector) faceDetector = MakeOneInput<SettingsEffectFaceDetector>();
+            for (Face const& face : FaceFinder(faceDetector).Find(small, "RemoveBackground"))
+                boxes.push_back({static_cast<float>(face.left) * scale, static_cast<float>(face.top) * scale,
+                                 static_cast<float>(face.width) * scale, static_cast<float>(face.height) * scale});
+        } catch (ProcException const& exception) {
+            VLOG(VERBOSE_LEVEL) << "Faces are not looked for: " << DescribeException(exception);
+        }
+        return boxes;
     }
 
     intrusive_ptr<IData> CleanEdge(intrusive_ptr<IData> const& rgba, VideoHandle const& mask) {
@@ -238,7 +258,8 @@ private:
     intrusive_ptr<IOneInputEffectVideo> toGrey;
     intrusive_ptr<IOneInputEffectVideo> resizer;
     intrusive_ptr<ITwoInputEffectVideo> segmentation;
-    intrusive_ptr<IVarInputEffectVideo> edgeRemove; ///< Made when it is needed first.
+    intrusive_ptr<IOneInputEffectVideo> faceDetector; ///< Made when it is needed first.
+    intrusive_ptr<IVarInputEffectVideo> edgeRemove;   ///< The same.
 };
 
 intrusive_ptr<IEffect> CreateRemoveBackground(FactoryHandle const& factory, ContextHandle const& context) {

@@ -1,4 +1,6 @@
-// Stitcher: puts the patches of a picture together again.
+// Stitcher: joins photographs, or puts the patches of a picture together again.
+//
+// Photographs are the business of the host's panorama. Patches:
 //
 //     sample = sum of weight * sample of each patch there / sum of weights
 //     weight = distance to the patch's nearer side * distance to its top or bottom
@@ -8,6 +10,7 @@
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
 
 #include <algorithm>
@@ -139,10 +142,31 @@ public:
     intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
         if (inputs.empty()) VELNOR_THROW(EffectException, "Pictures to put together are needed, none is given.");
         for (auto const& input : inputs) RequirePicture(input.get());
-        return StitchPatches(inputs);
+        return ArePatches(inputs) ? StitchPatches(inputs) : JoinPhotographs(inputs);
     }
 
 private:
+    /// A lone picture is one patch: there is nothing to join it with.
+    bool ArePatches(Pictures const& inputs) const {
+        if (settings.GetMode() != SettingsEffectStitcher::AUTO)
+            return settings.GetMode() == SettingsEffectStitcher::PATCHES;
+        bool const isGridSet = settings.GetColumns() != 0 || settings.GetOverlapX() != 0 || settings.GetOverlapY() != 0;
+        return isGridSet || inputs.size() == 1 || std::ranges::any_of(inputs, HasPlace);
+    }
+
+    static bool HasPlace(intrusive_ptr<IData> const& patch) {
+        Rectangle const place = AsVideo(patch).GetRectangle();
+        return place.x != 0 || place.y != 0;
+    }
+
+    intrusive_ptr<IData> JoinPhotographs(Pictures const& inputs) {
+        if (!panorama) {
+            panorama = factory->CreateVarInputEffect(SettingsEffectPanorama::CLASS_ID, ImplNames::DEFAULT);
+            panorama->SetSettings(SettingsEffectPanorama());
+        }
+        return panorama->Process(inputs);
+    }
+
     intrusive_ptr<IData> StitchPatches(Pictures const& inputs) const {
         RequireOneFormat(inputs);
         // The places are read first: a converted patch is a picture of its own.
@@ -169,8 +193,7 @@ private:
     std::vector<Rectangle> FindPlaces(Pictures const& patches) const {
         std::vector<Rectangle> places;
         for (auto const& patch : patches) places.push_back(AsVideo(patch).GetRectangle());
-        auto const isFirst = [](Rectangle const& place) { return place.x == 0 && place.y == 0; };
-        if (places.size() > 1 && std::ranges::all_of(places, isFirst)) PlaceOnGrid(patches, places);
+        if (places.size() > 1 && std::ranges::none_of(patches, HasPlace)) PlaceOnGrid(patches, places);
         std::uint32_t const left = std::ranges::min_element(places, {}, &Rectangle::x)->x;
         std::uint32_t const top = std::ranges::min_element(places, {}, &Rectangle::y)->y;
         for (Rectangle& place : places) {
@@ -263,6 +286,7 @@ private:
     static constexpr std::int64_t MOST_PIXELS = 1048576;
 
     intrusive_ptr<IOneInputEffectVideo> toRgba;
+    intrusive_ptr<IVarInputEffectVideo> panorama; ///< Made for the first photographs.
 };
 
 intrusive_ptr<IEffect> CreateStitcher(FactoryHandle const& factory, ContextHandle const& context) {

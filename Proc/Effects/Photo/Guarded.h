@@ -43,11 +43,25 @@ public:
     }
 };
 
+/// The same for effects on any number of pictures.
+template <class Effect, class LibraryError>
+class GuardedVarInput : public Effect {
+public:
+    using Effect::Effect;
+    intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
+        intrusive_ptr<IData> result;
+        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { result = Effect::ProcessInternal(inputs); });
+        return result;
+    }
+};
+
 /// What a factory function of a module returns.
 template <class Effect, class LibraryError>
 intrusive_ptr<IEffect> MakeGuardedEffect(FactoryHandle const& factory, ContextHandle const& context) {
     if constexpr (std::is_base_of_v<ITwoInputEffect, Effect>)
         return MakeShared<GuardedTwoInput<Effect, LibraryError>>(factory, context);
+    else if constexpr (std::is_base_of_v<IVarInputEffect, Effect>)
+        return MakeShared<GuardedVarInput<Effect, LibraryError>>(factory, context);
     else
         return MakeShared<GuardedOneInput<Effect, LibraryError>>(factory, context);
 }

@@ -11,6 +11,7 @@
 #include "Proc/Settings/SettingsEffectMorphology.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
+#include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 
@@ -23,6 +24,7 @@ constexpr char DLIB_MODULE[] = "libVelnorDlib.so";
 constexpr char DNN_MODULE[] = "libVelnorDnn.so";
 constexpr char MAGICK_MODULE[] = "libVelnorMagick.so";
 constexpr char OPENCV_MODULE[] = "libVelnorOpenCV.so";
+constexpr char PANORAMA_MODULE[] = "libVelnorPanorama.so";
 
 EffectFactoryFunction FindInModule(char const* name, std::string const& classId) {
     std::filesystem::path const file = GetInstalledFolder() / name;
@@ -67,6 +69,8 @@ void RegisterPhotoEffects(IEffectRegistry& registry) {
                                     &CreateFromModule<OPENCV_MODULE, SettingsEffectMidEqualizer>, nullptr);
     registry.RegisterTwoInputEffect(SettingsEffectGrabCutSegmentation::CLASS_ID, ImplPhotoNames::OPENCV,
                                     &CreateFromModule<OPENCV_MODULE, SettingsEffectGrabCutSegmentation>, nullptr);
+    registry.RegisterVarInputEffect(SettingsEffectPanorama::CLASS_ID, ImplNames::DEFAULT,
+                                    &CreateFromModule<PANORAMA_MODULE, SettingsEffectPanorama>, nullptr);
 }
 
 } // namespace Velnor::Proc

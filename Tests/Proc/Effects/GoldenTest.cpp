@@ -19,6 +19,12 @@ namespace {
 
 using namespace Testing;
 
+/// Another picture that an effect reads.
+struct Input {
+    std::string file; ///< From the root of the sources on.
+    Rectangle part;
+};
+
 struct Golden {
     std::string file;
     std::string classId;
@@ -26,42 +32,50 @@ struct Golden {
     int tolerance; ///< Levels that a sample may be off: conversions are the library's, which may round otherwise.
     std::string photo = "chelsea.png";
     Rectangle part{100, 60, 121, 97};
+    std::vector<Input> further{};
 };
 
 void PrintTo(Golden const& golden, std::ostream* out) { *out << golden.file; }
 
 class GoldenTest : public ::testing::TestWithParam<Golden> {};
 
-VideoHandle ToRgb(Host& host, DataHandle data) {
+/// A picture with alpha keeps it.
+VideoHandle ToRgb(Host& host, DataHandle data, bool hasAlpha) {
     auto const converter =
         host.GetFactory()->CreateOneInputEffect(SettingsColorspaceConverter::CLASS_ID, ImplNames::DEFAULT);
-    converter->SetSettings(SettingsColorspaceConverter(PixFmt::RGB24, true));
+    converter->SetSettings(SettingsColorspaceConverter(hasAlpha ? PixFmt::RGBA : PixFmt::RGB24, true));
     converter->ProcessData(data);
     return VideoHandle(&AsVideo(data));
+}
+
+DataHandle ReadPart(Host& host, Input const& input) {
+    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/" + input.file, *host.GetContext());
+    return photo.picture->MakePart(input.part);
 }
 
 TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
     Golden const& golden = GetParam();
     Host host;
     host.LoadPlugin(LUMETTA_FILE);
-    auto const effect = host.GetFactory()->CreateOneInputEffect(golden.classId, ImplNames::DEFAULT);
+    auto const effect = host.GetFactory()->CreateEffect(golden.classId, ImplNames::DEFAULT);
     auto const settings = SettingsType::Find(golden.classId)->create();
     for (SettingsField const& field : settings->GetType().describe())
         if (auto const given = golden.parameters.find(field.name); given != golden.parameters.end())
             field.parse(*settings, given->second);
     effect->SetSettings(*settings);
 
-    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/Samples/" + golden.photo, *host.GetContext());
-    DataHandle data = photo.picture->MakePart(golden.part);
-    effect->ProcessData(data);
-    VideoHandle const result = ToRgb(host, data);
+    std::vector<DataHandle> inputs{ReadPart(host, {"Samples/" + golden.photo, golden.part})};
+    for (Input const& input : golden.further) inputs.push_back(ReadPart(host, input));
+    DataHandle const made = effect->ProcessData(inputs);
+    bool const hasAlpha = made->GetDescription().hasAlpha;
+    VideoHandle const result = ToRgb(host, made, hasAlpha);
 
     std::string const path = VELNOR_SOURCE_DIR "/Tests/golden/" + golden.file + ".png";
     if (std::getenv("VELNOR_REFRESH_GOLDENS") != nullptr) {
         WritePicture(path, *result, nullptr, {.overwrite = true});
         GTEST_SKIP() << path << " was made anew";
     }
-    VideoHandle const expected = ToRgb(host, ReadPicture(path, *host.GetContext()).picture);
+    VideoHandle const expected = ToRgb(host, ReadPicture(path, *host.GetContext()).picture, hasAlpha);
     ASSERT_EQ(result->GetFrameFormat(), expected->GetFrameFormat());
     std::vector<unsigned char> const got = Samples(*result);
     std::vector<unsigned char> const wanted = Samples(*expected);
@@ -78,6 +92,10 @@ std::string TestName(::testing::TestParamInfo<Golden> const& golden) {
 
 constexpr Rectangle PORTRAIT{130, 30, 180, 180}; ///< The face and some way around it, as the detector needs.
 
+constexpr Rectangle CUT{110, 0, 240, 180}; ///< The same with strokes on both sides of the hair.
+Input const STROKES{"Samples/astronaut-strokes.png", CUT};
+Input const MASK{"Tests/golden/grab-cut.png", {0, 0, CUT.width, CUT.height}};
+
 INSTANTIATE_TEST_SUITE_P(
     Effects, GoldenTest,
     ::testing::Values(
@@ -93,6 +111,59 @@ INSTANTIATE_TEST_SUITE_P(
         Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
         Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
         Golden{"gradient", "SettingsEffectGradient", {}, 2},
+        Golden{"bi-color-toning", "SettingsEffectBiColorToning", {}, 1},
+        Golden{"blend-palette",
+               "SettingsEffectBlendPalette",
+               {},
+               1,
+               "chelsea.png",
+               {100, 60, 121, 97},
+               {{"Samples/coffee.png", {200, 100, 150, 150}}}},
+        Golden{"blur-radial", "SettingsEffectBlurRadial", {{"strength", "40"}}, 1},
+        Golden{"details-enhance", "SettingsEffectDetailsEnhance", {}, 1},
+        Golden{"directional-area-deformation",
+               "SettingsEffectDirectionalAreaDeformation",
+               {{"strokes", "30,30>60,30;90,70>70,50"}, {"size", "50"}, {"strength", "100"}},
+               1},
+        Golden{"gradient-posterize", "SettingsEffectGradientPosterize", {{"color-count", "4"}}, 1},
+        Golden{"implode", "SettingsEffectImplode", {{"strength", "80"}}, 1},
+        Golden{"restorer", "SettingsEffectRestorer", {{"denoise", "60"}}, 2, "astronaut.png", PORTRAIT},
+        Golden{"shape-mask", "SettingsEffectShapeMask", {{"shape", "polygon"}, {"rotation", "20"}}, 1},
+        Golden{"tilt-shift", "SettingsEffectTiltShift", {{"shape-mask.height", "30"}}, 1},
+        Golden{"vignette", "SettingsEffectVignette", {}, 1},
+        Golden{"auto-glare-remove",
+               "SettingsEffectAutoGlareRemove",
+               {{"strength", "100"}},
+               1,
+               "coffee.png",
+               {320, 225, 121, 97}},
+        Golden{"aligner", "SettingsEffectAligner", {{"eyes-distance", "35"}}, 1, "astronaut.png", PORTRAIT},
+        Golden{"face-mask", "SettingsEffectFaceMask", {}, 1, "astronaut.png", PORTRAIT},
+        Golden{"face-thinning", "SettingsEffectFaceThinning", {{"strength", "100"}}, 1, "astronaut.png", PORTRAIT},
+        Golden{"grab-cut", "SettingsEffectGrabCut", {}, 0, "astronaut.png", CUT, {STROKES}},
+        Golden{"grab-cut-segmentation", "SettingsEffectGrabCutSegmentation", {}, 0, "astronaut.png", CUT, {STROKES}},
+        Golden{"edge-remove", "SettingsEffectEdgeRemove", {}, 2, "astronaut.png", CUT, {MASK}},
+        Golden{"reduce-local-luma",
+               "SettingsEffectReduceLocalLuma",
+               {{"strength", "80"}},
+               1,
+               "astronaut.png",
+               CUT,
+               {MASK}},
+        Golden{"remove-background",
+               "SettingsEffectRemoveBackground",
+               {{"result", "color"}, {"color", "#3060a0"}},
+               3,
+               "astronaut.png",
+               CUT,
+               {STROKES}},
+        Golden{"stitcher",
+               "SettingsEffectStitcher",
+               {{"overlap-x", "19"}},
+               0,
+               "chelsea.png",
+               {100, 60, 70, 97},
+               {{"Samples/chelsea.png", {151, 60, 70, 97}}}},
         Golden{"draw-face", "SettingsEffectDrawFace", {{"line-width", "1"}}, 0, "astronaut.png", PORTRAIT},
         Golden{"eye-extending", "SettingsEffectEyeExtending", {{"strength", "80"}}, 0, "astronaut.png", PORTRAIT},
         Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0},

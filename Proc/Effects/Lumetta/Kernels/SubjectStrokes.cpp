@@ -1,22 +1,20 @@
 #include "Proc/Effects/Lumetta/Kernels/SubjectStrokes.h"
 
-#include "Proc/Effects/Lumetta/Kernels/BoxMean.h"
+#include "Proc/Effects/Lumetta/Kernels/ColorOdds.h"
 #include "Proc/Effects/Lumetta/Kernels/OkLab.h"
+#include "Proc/Effects/Lumetta/Kernels/Saliency.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 namespace Velnor::Proc::Kernels {
 namespace {
 
-using LabPlanes = std::array<FloatPlane, 3>;
-
-LabPlanes ToPlanes(ConstPlane const& rgb) {
+ColorPlanes ToPlanes(ConstPlane const& rgb) {
     std::size_t const width = rgb.GetWidth() / 3;
-    LabPlanes planes{FloatPlane(width, rgb.GetHeight()), FloatPlane(width, rgb.GetHeight()),
-                     FloatPlane(width, rgb.GetHeight())};
+    FloatPlane const none(width, rgb.GetHeight());
+    ColorPlanes planes{none, none, none};
     for (std::size_t y = 0; y < rgb.GetHeight(); ++y)
         for (std::size_t x = 0; x < width; ++x) {
             unsigned char const* const pixel = rgb.GetRow(y) + 3 * x;
@@ -28,106 +26,6 @@ LabPlanes ToPlanes(ConstPlane const& rgb) {
             planes[2].GetRow(y)[x] = lab.b * 2;
         }
     return planes;
-}
-
-/// Barriers of one channel: the least span of values on a way from the border, nearly.
-class Barriers {
-public:
-    explicit Barriers(FloatPlane const& channel)
-        : width(channel.width),
-          height(channel.height),
-          values(channel.values),
-          highest(values),
-          lowest(values),
-          distances(values.size(), std::numeric_limits<float>::max()) {
-        for (std::size_t x = 0; x < width; ++x) distances[x] = 0;
-        for (std::size_t y = 0; y < height; ++y) distances[y * width] = distances[y * width + width - 1] = 0;
-        for (int pass = 0; pass < 4; ++pass) pass % 2 == 0 ? ScanDown() : ScanUp();
-    }
-
-    std::vector<float> const& Get() const { return distances; }
-
-private:
-    void Reach(std::size_t at, std::size_t from) {
-        float const high = std::max(highest[from], values[at]);
-        float const low = std::min(lowest[from], values[at]);
-        if (high - low >= distances[at] || distances[from] == std::numeric_limits<float>::max()) return;
-        distances[at] = high - low;
-        highest[at] = high;
-        lowest[at] = low;
-    }
-    void ScanDown() {
-        for (std::size_t at = 0; at < values.size(); ++at) {
-            if (at >= width) Reach(at, at - width);
-            if (at % width != 0) Reach(at, at - 1);
-        }
-    }
-    void ScanUp() {
-        for (std::size_t at = values.size(); at-- > 0;) {
-            if (at + width < values.size()) Reach(at, at + width);
-            if (at % width + 1 != width) Reach(at, at + 1);
-        }
-    }
-
-    std::size_t width, height;
-    std::vector<float> const& values;
-    std::vector<float> highest, lowest, distances;
-};
-
-/// Adds `from`, scaled to a greatest value of 1.
-void AddScaled(std::vector<float> const& from, std::vector<float>& to) {
-    float const most = *std::ranges::max_element(from);
-    if (most < 0.02F) return; // Noise.
-    for (std::size_t i = 0; i < to.size(); ++i) to[i] += from[i] / most;
-}
-
-/// Distance to the nearest of the mean colours of the borders' pieces, all but the lower border's.
-std::vector<float> BorderContrast(LabPlanes const& lab) {
-    constexpr std::size_t PIECES = 4;
-    std::size_t const width = lab[0].width;
-    std::size_t const height = lab[0].height;
-    std::size_t const thick = std::max<std::size_t>(1, std::min(width, height) / 12);
-    std::array<std::array<double, 4>, 3 * PIECES> sums{};
-    for (std::size_t y = 0; y < height; ++y)
-        for (std::size_t x = 0; x < width; ++x) {
-            bool const isTop = y < thick;
-            if (!isTop && x >= thick && x + thick < width) continue;
-            std::size_t const piece = isTop ? x * PIECES / width : y * PIECES / height;
-            auto& sum = sums[piece + (isTop ? 0 : (x < thick ? PIECES : 2 * PIECES))];
-            for (std::size_t k = 0; k < 3; ++k) sum[k] += lab[k].GetRow(y)[x];
-            sum[3] += 1;
-        }
-    std::vector<float> contrast(width * height, std::numeric_limits<float>::max());
-    for (auto const& sum : sums) {
-        if (sum[3] == 0) continue;
-        for (std::size_t i = 0; i < contrast.size(); ++i) {
-            float square = 0;
-            for (std::size_t k = 0; k < 3; ++k)
-                square += std::pow(lab[k].values[i] - static_cast<float>(sum[k] / sum[3]), 2.0F);
-            contrast[i] = std::min(contrast[i], std::sqrt(square));
-        }
-    }
-    return contrast;
-}
-
-FloatPlane FindSaliency(LabPlanes const& lab) {
-    FloatPlane saliency(lab[0].width, lab[0].height);
-    std::vector<float> barriers(saliency.values.size());
-    for (FloatPlane const& channel : lab) {
-        Barriers const found(channel);
-        std::ranges::transform(barriers, found.Get(), barriers.begin(), std::plus<>());
-    }
-    AddScaled(barriers, saliency.values);
-    AddScaled(BorderContrast(lab), saliency.values);
-    for (std::size_t y = 0; y < saliency.height; ++y)
-        for (std::size_t x = 0; x < saliency.width; ++x) {
-            float const right = 2 * (static_cast<float>(x) + 0.5F) / static_cast<float>(saliency.width) - 1;
-            float const down = (static_cast<float>(y) + 0.5F) / static_cast<float>(saliency.height) - 0.6F;
-            saliency.GetRow(y)[x] *= std::exp(-1.2F * right * right - 1.2F * down * down);
-        }
-    FloatPlane scratch(saliency.width, saliency.height);
-    BoxMean(saliency, std::max(saliency.width, saliency.height) / 80, scratch);
-    return saliency;
 }
 
 /// The level that parts the values best in two (N. Otsu, 1979).
@@ -153,17 +51,126 @@ float FindThreshold(std::vector<float> const& values) {
     return most * static_cast<float>(threshold) / BINS;
 }
 
+/// Head and shoulders below each face: 1 inside, falling to 0 around.
+FloatPlane DrawPersons(std::size_t width, std::size_t height, std::span<FaceBox const> faces) {
+    FloatPlane persons(width, height);
+    for (FaceBox const& face : faces)
+        for (std::size_t y = 0; y < height; ++y)
+            for (std::size_t x = 0; x < width; ++x) {
+                float const across = std::abs((static_cast<float>(x) + 0.5F - face.left) / face.width - 0.5F);
+                float const down = (static_cast<float>(y) + 0.5F - face.top) / face.height;
+                // Distances in faces: from the middle of the head, and from the line that widens to the shoulders.
+                float const head = std::hypot(across / 0.8F, (down - 0.2F) / 1.0F);
+                float const half = 0.52F + 0.88F * std::clamp((down - 0.8F) / 0.8F, 0.0F, 1.0F);
+                float const body = down < 0.8F ? 9.0F : across / half;
+                float& person = persons.GetRow(y)[x];
+                // What is held in the hands may be part of it.
+                float const hands = down > 1.8F && across < 3 ? 0.35F : 0.0F;
+                person = std::max({person, hands, std::clamp(2.5F - 2 * std::min(head, body), 0.0F, 1.0F)});
+            }
+    return persons;
+}
+
+/// Runs of neighbours with the same stroke.
+class Islands {
+public:
+    Islands(std::vector<Stroke> const& marks, std::size_t planeWidth)
+        : strokes(marks), width(planeWidth), isSeen(marks.size(), 0) {}
+
+    /// All of one kind, each as the places of its pixels.
+    std::vector<std::vector<std::size_t>> Find(Stroke kind) {
+        std::vector<std::vector<std::size_t>> islands;
+        for (std::size_t first = 0; first < strokes.size(); ++first) {
+            std::vector<std::size_t> island;
+            Add(first, kind, island);
+            for (std::size_t next = 0; next < island.size(); ++next) AddNeighbours(island[next], kind, island);
+            if (!island.empty()) islands.push_back(std::move(island));
+        }
+        return islands;
+    }
+
+    bool TouchesBorder(std::vector<std::size_t> const& island) const {
+        return std::ranges::any_of(island, [this](std::size_t at) {
+            return at % width == 0 || at % width + 1 == width || at < width || at + width >= strokes.size();
+        });
+    }
+
+private:
+    void Add(std::size_t at, Stroke kind, std::vector<std::size_t>& island) {
+        if (isSeen[at] != 0 || strokes[at] != kind) return;
+        isSeen[at] = 1;
+        island.push_back(at);
+    }
+    void AddNeighbours(std::size_t at, Stroke kind, std::vector<std::size_t>& island) {
+        if (at % width != 0) Add(at - 1, kind, island);
+        if (at % width + 1 != width) Add(at + 1, kind, island);
+        if (at >= width) Add(at - width, kind, island);
+        if (at + width < strokes.size()) Add(at + width, kind, island);
+    }
+
+    std::vector<Stroke> const& strokes;
+    std::size_t width;
+    std::vector<char> isSeen;
+};
+
+/// What is small beside the largest part of the subject is background; what the subject encloses is left to the cut.
+void DropIslands(std::vector<Stroke>& strokes, std::size_t width) {
+    constexpr std::size_t LEAST_SHARE = 5;
+    constexpr std::size_t LEAST_HOLE_SHARE = 3;
+    auto const subjects = Islands(strokes, width).Find(Stroke::Subject);
+    std::size_t largest = 0;
+    for (auto const& island : subjects) largest = std::max(largest, island.size());
+    for (auto const& island : subjects)
+        if (island.size() * LEAST_SHARE < largest)
+            for (std::size_t const at : island) strokes[at] = Stroke::Background;
+    Islands islands(strokes, width);
+    for (auto const& hole : islands.Find(Stroke::Background))
+        if (hole.size() * LEAST_HOLE_SHARE < largest && !islands.TouchesBorder(hole))
+            for (std::size_t const at : hole) strokes[at] = Stroke::None;
+}
+
+/// What speaks for the subject at each pixel by its place alone, as a logarithm of odds.
+std::vector<float> WeighPlaces(ColorPlanes const& lab, std::span<FaceBox const> faces) {
+    FloatPlane places = FindSaliency(lab);
+    if (*std::ranges::max_element(places.values) <= 0) return {};
+    float const threshold = FindThreshold(places.values);
+    for (float& value : places.values) value = std::clamp(2.5F * (value / threshold - 1), -2.5F, 2.5F);
+    if (!faces.empty()) {
+        FloatPlane const persons = DrawPersons(places.width, places.height, faces);
+        for (std::size_t i = 0; i < places.values.size(); ++i)
+            places.values[i] = 0.4F * places.values[i] + 5 * persons.values[i] - 2.5F;
+    }
+    return places.values;
+}
+
 } // namespace
 
-std::vector<Stroke> FindSubjectStrokes(ConstPlane const& rgb) {
-    FloatPlane const saliency = FindSaliency(ToPlanes(rgb));
-    std::vector<Stroke> strokes(saliency.values.size(), Stroke::None);
-    if (*std::ranges::max_element(saliency.values) <= 0) return strokes;
-    float const threshold = FindThreshold(saliency.values);
-    for (std::size_t i = 0; i < strokes.size(); ++i) {
-        if (saliency.values[i] > 1.25F * threshold) strokes[i] = Stroke::Subject;
-        if (saliency.values[i] < 0.7F * threshold) strokes[i] = Stroke::Background;
+std::vector<Stroke> FindSubjectStrokes(ConstPlane const& rgb, std::span<FaceBox const> faces) {
+    constexpr int TURNS = 6;
+    constexpr float MOST_ODDS = 4; // Of a colour: a place may still outweigh it.
+    constexpr float SURE = 0.7F;
+    constexpr float CLEAR_PLACE = 2, CLEAR_COLOR = 1; // With faces one of them must be, and agree.
+    ColorPlanes const lab = ToPlanes(rgb);
+    std::vector<float> const places = WeighPlaces(lab, faces);
+    std::vector<Stroke> strokes(lab[0].values.size(), Stroke::None);
+    if (places.empty()) return strokes;
+    FloatPlane odds(lab[0].width, lab[0].height), scratch = odds;
+    odds.values = places;
+    std::vector<float> colors;
+    for (int turn = 0; turn < TURNS; ++turn) {
+        std::vector<float> shares;
+        for (float const value : odds.values) shares.push_back(1 / (1 + std::exp(-2 * value)));
+        colors = FindColorOdds(lab, shares);
+        for (std::size_t i = 0; i < places.size(); ++i)
+            odds.values[i] = places[i] + std::clamp(colors[i], -MOST_ODDS, MOST_ODDS);
+        BoxMean(odds, std::max(odds.width, odds.height) / 100, scratch);
     }
+    for (std::size_t i = 0; i < strokes.size(); ++i) {
+        float const side = odds.values[i] > 0 ? 1.0F : -1.0F;
+        bool const isClear = faces.empty() || side * places[i] > CLEAR_PLACE || side * colors[i] > CLEAR_COLOR;
+        if (isClear && side * odds.values[i] > SURE) strokes[i] = side > 0 ? Stroke::Subject : Stroke::Background;
+    }
+    DropIslands(strokes, odds.width);
     return strokes;
 }
 

@@ -2,18 +2,24 @@
 
 #include "Proc/Interfaces/Plane.h"
 
+#include <span>
 #include <vector>
 
 namespace Velnor::Proc::Kernels {
 
 enum class Stroke : unsigned char { None, Subject, Background };
 
-/// Marks what is surely subject, and what surely background, by how much stands out: the minimum barrier distance from
-/// the borders in three scans (J. Zhang et al., "Minimum Barrier Salient Object Detection at 80 FPS", ICCV 2015) and the
-/// contrast to the mean colours of the borders, both in OKLab, favouring the middle. The lower border is no background
-/// by itself: most subjects are cut by it. Either kind is missing where nothing stands out.
+/// Where a face is, in pixels.
+struct FaceBox {
+    float left, top, width, height;
+};
+
+/// Marks what is surely subject, and what surely background. It begins with what stands out (see FindSaliency) or, when
+/// there are faces, with the persons whose they are: head and shoulders. Then colours decide with it: models of both
+/// kinds are made of what each seems to hold, and tell what it holds, in turns. Either kind is missing where nothing
+/// stands out.
 ///
 /// `rgb` has 3 bytes a pixel; a mark for each comes back, row after row. Meant for pictures of up to 256 x 256.
-std::vector<Stroke> FindSubjectStrokes(ConstPlane const& rgb);
+std::vector<Stroke> FindSubjectStrokes(ConstPlane const& rgb, std::span<FaceBox const> faces);
 
 } // namespace Velnor::Proc::Kernels

@@ -4,6 +4,7 @@
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/RecordingFactory.h"
 
 #include <gmock/gmock.h>
 
@@ -11,7 +12,9 @@ namespace Velnor::Proc {
 namespace {
 
 using namespace Testing;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using Pictures = std::vector<DataHandle>;
 
 /// The samples; of a palette picture its colours, since padding numbers them anew.
@@ -45,6 +48,12 @@ struct StitcherTest : ::testing::Test {
     VideoHandle Stitch(SettingsEffectStitcher const& settings, Pictures patches) {
         effect->SetSettings(settings);
         return VideoHandle(&AsVideo(effect->ProcessData(patches)));
+    }
+
+    static SettingsEffectStitcher In(SettingsEffectStitcher::Mode mode) {
+        SettingsEffectStitcher settings;
+        settings.SetMode(mode);
+        return settings;
     }
 
     VideoHandle Grey(std::uint32_t width, std::uint32_t height, int level) {
@@ -95,7 +104,8 @@ TEST_F(StitcherTest, LaysPatchesWithoutPlacesOutAsAGridAndFadesOneIntoTheNext) {
                                                             0,  0,  0,  60, 120, 180, 240, 240, 240, //
                                                             90, 90, 90, 90, 90,  90,  0,   0,   0,   //
                                                             90, 90, 90, 90, 90,  90,  0,   0,   0}));
-    EXPECT_EQ(Stitch({}, Pictures(5, Grey(2, 3, 7)))->GetFrameFormat(), FrameFormat::Square(6, 6));
+    EXPECT_EQ(Stitch(In(SettingsEffectStitcher::PATCHES), Pictures(5, Grey(2, 3, 7)))->GetFrameFormat(),
+              FrameFormat::Square(6, 6));
 }
 
 TEST_F(StitcherTest, BlendsColoursOfPalettesThatDiffer) {
@@ -103,7 +113,7 @@ TEST_F(StitcherTest, BlendsColoursOfPalettesThatDiffer) {
     VideoHandle const blue = host.GetContext()->CreateImage(PixFmt::PAL8, FrameFormat::Square(1, 1));
     red->Fill(Color(0, 0, 255, 255));
     blue->Fill(Color(255, 0, 0, 255));
-    VideoHandle const result = Stitch({}, {red, blue});
+    VideoHandle const result = Stitch(In(SettingsEffectStitcher::PATCHES), {red, blue});
     EXPECT_EQ(result->GetPixFmt(), PixFmt::RGBA);
     EXPECT_EQ(Samples(*result), (std::vector<unsigned char>{255, 0, 0, 255, 0, 0, 255, 255}));
 }
@@ -122,12 +132,42 @@ TEST_F(StitcherTest, SaysWhatIsWrong) {
     wide.SetOverlapX(8);
     EXPECT_THAT(refusal({}, {}), HasSubstr("none is given"));
     EXPECT_THAT(refusal({}, {grey, nullptr}), HasSubstr("null"));
-    EXPECT_THAT(refusal({}, {grey, MakeNoise(*host.GetContext(), PixFmt::RGB24, 8, 8)}), HasSubstr("Patch 2"));
+    EXPECT_THAT(
+        refusal(In(SettingsEffectStitcher::PATCHES), {grey, MakeNoise(*host.GetContext(), PixFmt::RGB24, 8, 8)}),
+        HasSubstr("Patch 2"));
     EXPECT_THAT(refusal(wide, {grey, grey}), HasSubstr("overlap-x is 8"));
     EXPECT_THAT(refusal(Sized(9, 0), {grey}), HasSubstr("cover 8 pixels"));
     wide.SetOverlapX(3);
     VideoHandle const chroma = MakeNoise(*host.GetContext(), PixFmt::YUV420P, 8, 8);
     EXPECT_THAT(refusal(wide, {chroma, chroma}), HasSubstr("colour sample"));
+}
+
+TEST_F(StitcherTest, GivesPhotographsToThePanoramaOfTheHost) {
+    Recorder recorder;
+    intrusive_ptr<IEffect> const joiner = CreateStitcher(MakeShared<RecordingFactory>(recorder), host.GetContext());
+    auto const create = std::string("create 2 SettingsEffectPanorama/Default");
+    Pictures photographs{Grey(40, 40, 1), Grey(40, 40, 9)};
+    recorder.Take();
+    joiner->SetSettings(SettingsEffectStitcher());
+    joiner->ProcessData(photographs);
+    EXPECT_THAT(recorder.Take(), ElementsAre(create, "set 2", "run 2"));
+    joiner->SetSettings(In(SettingsEffectStitcher::PANORAMA));
+    joiner->ProcessData(photographs);
+    EXPECT_THAT(recorder.Take(), ElementsAre("run 2"));
+
+    // Places, a grid or the mode make them patches, and so does it to be alone.
+    SettingsEffectStitcher grid;
+    grid.SetColumns(2);
+    for (auto const& settings : {grid, In(SettingsEffectStitcher::PATCHES)}) {
+        joiner->SetSettings(settings);
+        joiner->ProcessData(photographs);
+    }
+    joiner->SetSettings(SettingsEffectStitcher());
+    Pictures placed = Cut(*Grey(40, 40, 5), 20, 40, 0, 0);
+    joiner->ProcessData(placed);
+    Pictures one{Grey(40, 40, 1)};
+    joiner->ProcessData(one);
+    EXPECT_THAT(recorder.Take(), IsEmpty());
 }
 
 } // namespace

@@ -1,0 +1,152 @@
+// Panorama: joins overlapping photographs, by OpenCV's pipeline: ORB features matched between all pairs, cameras that fit
+// the matches best, exposure compensation, seams through what differs least, and blending in frequency bands.
+//
+// M. Brown, D. Lowe, "Automatic Panoramic Image Stitching using Invariant Features", International Journal of Computer
+// Vision 74(1), 2007.
+#include "Proc/Effects/Photo/Guarded.h"
+#include "Proc/Effects/Photo/LargestRectangle.h"
+#include "Proc/Effects/Photo/OpenCV/CVPicture.h"
+#include "Proc/Effects/Photo/PhotoModule.h"
+#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectPanorama.h"
+
+#include <opencv2/core/ocl.hpp>
+#include <opencv2/stitching.hpp>
+
+#include <algorithm>
+#include <string>
+
+namespace Velnor::Proc {
+namespace {
+
+using Pictures = std::vector<intrusive_ptr<IData>>;
+
+constexpr std::uint64_t SEED = 0x4c756d65747461; ///< The same pictures make the same panorama.
+
+/// The numbers of the pictures, from 1, that are not among `joined`: "2", "2 and 4", "2, 3 and 4".
+std::string ListMissing(std::vector<int> const& joined, std::size_t count) {
+    std::vector<std::string> missing;
+    for (std::size_t i = 0; i < count; ++i)
+        if (std::ranges::find(joined, static_cast<int>(i)) == joined.end()) missing.push_back(std::to_string(i + 1));
+    std::string text;
+    for (std::size_t i = 0; i < missing.size(); ++i)
+        text += (i == 0 ? "" : (i + 1 == missing.size() ? " and " : ", ")) + missing[i];
+    return text;
+}
+
+void RequireJoined(cv::Stitcher::Status status, std::vector<int> const& joined, std::size_t count) {
+    constexpr char ADVICE[] = "; overlaps of a third, with some detail in them, are needed.";
+    if (status == cv::Stitcher::ERR_NEED_MORE_IMGS)
+        VELNOR_THROW(EffectException,
+                     (count == 2 ? std::string("Pictures 1 and 2 do not match")
+                                 : "None of the " + std::to_string(count) + " pictures matches another") +
+                         ADVICE);
+    if (status != cv::Stitcher::OK)
+        VELNOR_THROW(EffectException, "The pictures match, but not as views from one camera: no " +
+                                          std::string(status == cv::Stitcher::ERR_HOMOGRAPHY_EST_FAIL
+                                                          ? "arrangement of them was found."
+                                                          : "refinement of their arrangement was found."));
+    if (joined.size() == count) return;
+    bool const isOne = joined.size() + 1 == count;
+    VELNOR_THROW(EffectException, (isOne ? "Picture " : "Pictures ") + ListMissing(joined, count) +
+                                      (isOne ? " does" : " do") + " not match the others" + ADVICE);
+}
+
+} // namespace
+
+class Panorama : public EffectBaseVarInput<IVarInputEffectVideo, SettingsEffectPanorama>, public OnOpenCV {
+public:
+    Panorama(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+        : EffectBaseVarInput(effectFactory, effectContext, ImplNames::DEFAULT),
+          converter(MakeOneInput(SettingsColorspaceConverter(PixFmt::BGR24, false))) {}
+
+    intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
+        double const confidence = settings.GetConfidence();
+        if (!(confidence >= 0 && confidence <= 10))
+            VELNOR_THROW(EffectException,
+                         "The confidence of the panorama is " + std::to_string(confidence) + "; 0 to 10 are possible.");
+        if (inputs.size() < 2)
+            VELNOR_THROW(EffectException, "A panorama is made of two pictures or more, " +
+                                              std::to_string(inputs.size()) +
+                                              (inputs.size() == 1 ? " is given." : " are given."));
+        for (std::size_t i = 0; i < inputs.size(); ++i) RequireSize(inputs[i], i + 1);
+        Pictures copies; // What the views below look at.
+        std::vector<cv::Mat> views;
+        for (auto const& input : inputs) {
+            copies.push_back(AsVideo(input).MakeCopy(CopyMode::Share));
+            converter->ProcessData(copies.back());
+            views.push_back(ReadPlane(std::as_const(AsVideo(copies.back())), 0));
+        }
+        intrusive_ptr<IData> const result = Join(views);
+        result->CopyAttributes(*inputs[0]);
+        return result;
+    }
+
+private:
+    static constexpr std::uint32_t LEAST_SIDE = 32; ///< Of a picture in which features are looked for.
+
+    static void RequireSize(intrusive_ptr<IData> const& input, std::size_t number) {
+        RequirePicture(input.get());
+        FrameFormat const frame = input->GetFrameFormat();
+        if (std::min(frame.width, frame.height) < LEAST_SIDE)
+            VELNOR_THROW(EffectException, "Picture " + std::to_string(number) + " of the panorama is " +
+                                              std::to_string(frame.width) + " x " + std::to_string(frame.height) +
+                                              " pixels; both sides must be " + std::to_string(LEAST_SIDE) +
+                                              " or more.");
+    }
+
+    intrusive_ptr<IData> Join(std::vector<cv::Mat> const& views) const {
+        cv::ocl::setUseOpenCL(false); // The result is that of any other machine.
+        cv::theRNG().state = SEED;
+        bool const isFlat = settings.GetMode() == SettingsEffectPanorama::SCANS;
+        auto const stitcher = cv::Stitcher::create(isFlat ? cv::Stitcher::SCANS : cv::Stitcher::PANORAMA);
+        stitcher->setExposureCompensator(
+            cv::detail::ExposureCompensator::createDefault(cv::detail::ExposureCompensator::GAIN_BLOCKS));
+        stitcher->setPanoConfidenceThresh(settings.GetConfidence());
+        cv::Stitcher::Status const status = stitcher->estimateTransform(views);
+        RequireJoined(status, stitcher->component(), views.size());
+        cv::Mat joined;
+        RequireJoined(stitcher->composePanorama(joined), stitcher->component(), views.size());
+        cv::Mat const mask = stitcher->resultMask().getMat(cv::ACCESS_READ);
+        return settings.GetBorder() == SettingsEffectPanorama::CLEAR ? MakeClear(joined, mask) : Crop(joined, mask);
+    }
+
+    VideoHandle MakeClear(cv::Mat const& joined, cv::Mat const& mask) const {
+        FrameFormat const frame =
+            FrameFormat::Square(static_cast<std::uint32_t>(joined.cols), static_cast<std::uint32_t>(joined.rows));
+        VideoHandle const result = context->CreateImage(PixFmt::RGBA, frame);
+        for (int y = 0; y < joined.rows; ++y) {
+            unsigned char const* from = joined.ptr<unsigned char>(y);
+            unsigned char const* const opacity = mask.ptr<unsigned char>(y);
+            unsigned char* to = result->GetMutablePlane(0).GetRow(static_cast<std::uint64_t>(y));
+            for (int x = 0; x < joined.cols; ++x, from += 3, to += 4) {
+                std::reverse_copy(from, from + 3, to);
+                to[3] = opacity[x];
+            }
+        }
+        return result;
+    }
+
+    VideoHandle Crop(cv::Mat const& joined, cv::Mat const& mask) const {
+        Rectangle const part = FindLargestRectangle(ConstPlane(mask.data, static_cast<std::int64_t>(mask.step[0]),
+                                                               static_cast<std::uint64_t>(mask.cols),
+                                                               static_cast<std::uint64_t>(mask.rows)));
+        if (part.width == 0) VELNOR_THROW(EffectException, "The joined pictures show nothing.");
+        VideoHandle const result = context->CreateImage(PixFmt::RGB24, FrameFormat::Square(part.width, part.height));
+        for (std::uint32_t y = 0; y < part.height; ++y) {
+            unsigned char const* from = joined.ptr<unsigned char>(static_cast<int>(part.y + y)) + 3 * part.x;
+            unsigned char* to = result->GetMutablePlane(0).GetRow(y);
+            for (std::uint32_t x = 0; x < part.width; ++x, from += 3, to += 3) std::reverse_copy(from, from + 3, to);
+        }
+        return result;
+    }
+
+    intrusive_ptr<IOneInputEffectVideo> converter;
+};
+
+} // namespace Velnor::Proc
+
+Velnor::Proc::EffectFactoryFunction FindVelnorEffect(char const* classId) {
+    using namespace Velnor::Proc;
+    return classId == SettingsEffectPanorama::CLASS_ID ? &MakeCVEffect<Panorama> : nullptr;
+}

@@ -1,0 +1,118 @@
+#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Settings/SettingsEffectPanorama.h"
+#include "Proc/Settings/SettingsEffectRotate.h"
+#include "Proc/Settings/SettingsEffectStitcher.h"
+#include "Tests/Proc/Effects/Photo/PhotoEffectTest.h"
+#include "Tests/Support/HostRun.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+namespace Velnor::Proc {
+namespace {
+
+using namespace Testing;
+using Pictures = std::vector<DataHandle>;
+using S = SettingsEffectPanorama;
+
+/// A portrait, and two views on it that overlap by a third; the second is turned a little and darker.
+struct PanoramaTest : ::testing::Test, HostRun {
+    VideoHandle const photo =
+        Convert(ReadPicture(VELNOR_SOURCE_DIR "/Samples/astronaut.png", context).picture, PixFmt::RGB24);
+    VideoHandle const left = photo->MakePart({0, 0, 340, 512});
+    VideoHandle const right = MakeRight();
+
+    VideoHandle MakeRight() {
+        SettingsEffectRotate turn;
+        turn.SetAngle(1.5);
+        turn.SetOutputSizeMode(SettingsEffectRotate::INNER);
+        VideoHandle const view = Apply(turn, photo->MakePart({172, 0, 340, 512}));
+        MutablePlane const plane = view->GetMutablePlane(0);
+        for (std::uint64_t y = 0; y < plane.GetHeight(); ++y)
+            for (std::uint64_t x = 0; x < plane.GetWidth(); ++x)
+                plane.GetRow(y)[x] = static_cast<unsigned char>(plane.GetRow(y)[x] * 94 / 100);
+        return view;
+    }
+
+    static S In(S::Mode mode, S::Border border) {
+        S settings;
+        settings.SetMode(mode);
+        settings.SetBorder(border);
+        return settings;
+    }
+
+    template <class SettingsClass>
+    VideoHandle Join(SettingsClass const& settings, Pictures views) {
+        return VideoHandle(&AsVideo(Make(settings)->ProcessData(views)));
+    }
+
+    template <class SettingsClass>
+    std::string Refusal(SettingsClass const& settings, Pictures const& views) {
+        try {
+            Join(settings, views);
+        } catch (EffectException const& exception) {
+            return DescribeException(exception);
+        }
+        return "none";
+    }
+
+    /// Mean difference of a part of the joined picture to the photograph, with the part moved across and down.
+    double Difference(VideoHandle const& joined, std::int64_t across, std::int64_t down) const {
+        ConstPlane const wanted = std::as_const(*photo).GetPlane(0);
+        ConstPlane const got = std::as_const(*joined).GetPlane(0);
+        double sum = 0;
+        std::uint64_t count = 0;
+        for (std::int64_t y = 40; y < 440; y += 3)
+            for (std::int64_t x = 40; x < 440; x += 3)
+                for (std::int64_t k = 0; k < 3; ++k, ++count)
+                    sum += std::abs(wanted.GetRow(static_cast<std::uint64_t>(y + down))[3 * (x + across) + k] -
+                                    got.GetRow(static_cast<std::uint64_t>(y))[3 * x + k]);
+        return sum / static_cast<double>(count);
+    }
+};
+
+TEST_F(PanoramaTest, JoinsOverlappingViewsToAboutThePhotograph) {
+    VideoHandle const joined = Join(In(S::SCANS, S::CROP), {left, right});
+    ASSERT_EQ(joined->GetPixFmt(), PixFmt::RGB24);
+    EXPECT_NEAR(joined->GetFrameFormat().width, 512, 25);
+    EXPECT_NEAR(joined->GetFrameFormat().height, 512, 35);
+    double least = 255;
+    for (int y = 0; y < 32; ++y)
+        for (int x = -8; x < 16; ++x) least = std::min(least, Difference(joined, x, y));
+    EXPECT_LT(least, 9);
+}
+
+TEST_F(PanoramaTest, MarksWhatNoViewShowsAndGivesTheSameAgain) {
+    for (S::Mode const mode : {S::ROTATION, S::SCANS}) {
+        VideoHandle const joined = Join(In(mode, S::CLEAR), {right, left});
+        ASSERT_EQ(joined->GetPixFmt(), PixFmt::RGBA);
+        std::vector<unsigned char> const samples = Samples(*joined);
+        std::array<std::size_t, 256> counts{};
+        for (std::size_t i = 3; i < samples.size(); i += 4) ++counts[samples[i]];
+        EXPECT_GT(counts[0], 50U);
+        EXPECT_GT(counts[255], 9 * samples.size() / 40);
+        EXPECT_EQ(Samples(*Join(In(mode, S::CLEAR), {right, left})), samples);
+    }
+}
+
+TEST_F(PanoramaTest, IsWhatTheStitcherDoesWithPhotographs) {
+    EXPECT_EQ(Samples(*Join(SettingsEffectStitcher(), {left, right})), Samples(*Join(S(), {left, right})));
+}
+
+TEST_F(PanoramaTest, SaysWhichPicturesDoNotMatch) {
+    VideoHandle const cat = ReadPicture(VELNOR_SOURCE_DIR "/Samples/chelsea.png", context).picture;
+    std::string const advice = "; overlaps of a third, with some detail in them, are needed.";
+    EXPECT_EQ(Refusal(S(), {left, cat}), "Pictures 1 and 2 do not match" + advice);
+    EXPECT_EQ(Refusal(SettingsEffectStitcher(), {left, cat}), "Pictures 1 and 2 do not match" + advice);
+    EXPECT_EQ(Refusal(S(), {left, cat, right}), "Picture 2 does not match the others" + advice);
+    EXPECT_EQ(Refusal(S(), {left}), "A panorama is made of two pictures or more, 1 is given.");
+    EXPECT_EQ(Refusal(S(), {left, MakeFlat(context, PixFmt::RGB24, 500, 31, {0})}),
+              "Picture 2 of the panorama is 500 x 31 pixels; both sides must be 32 or more.");
+    S strict;
+    strict.SetConfidence(11);
+    EXPECT_EQ(Refusal(strict, {left, right}), "The confidence of the panorama is 11.000000; 0 to 10 are possible.");
+}
+
+} // namespace
+} // namespace Velnor::Proc
