@@ -19,12 +19,14 @@ namespace {
 
 /// The class of each level of luma.
 Kernels::Table ClassTable(ConstPlane const& luma, int classes) {
-    int lowest = 255;
-    int highest = 0;
+    unsigned char lowest = 255;
+    unsigned char highest = 0;
     for (std::uint64_t y = 0; y < luma.GetHeight(); ++y) {
-        auto const [low, high] = std::minmax_element(luma.GetRow(y), luma.GetRow(y) + luma.GetWidth());
-        lowest = std::min<int>(lowest, *low);
-        highest = std::max<int>(highest, *high);
+        unsigned char const* const row = luma.GetRow(y);
+        for (std::uint64_t x = 0; x < luma.GetWidth(); ++x) {
+            lowest = std::min(lowest, row[x]);
+            highest = std::max(highest, row[x]);
+        }
     }
     Kernels::Table table{};
     for (int level = lowest; level <= highest; ++level)
@@ -38,17 +40,62 @@ struct ClassSum {
     std::uint64_t pixels = 0;
 };
 
-void WriteMeans(ConstPlane const& rgba, ConstPlane const& classes, MutablePlane const& palette) {
+/// Sums of few enough pixels for 32 bits, two of them in a word.
+struct PairedSum {
+    std::uint64_t redBlue = 0;
+    std::uint64_t greenOpacity = 0;
+    std::uint64_t pixels = 0;
+};
+using PairedSums = std::array<PairedSum, 256>;
+constexpr std::uint64_t PAIRED_PIXELS = 0xffffffffU / 255;
+
+void Add(unsigned char const* rgba, PairedSum& sum) {
+    sum.redBlue += rgba[0] | std::uint64_t{rgba[2]} << 32;
+    sum.greenOpacity += rgba[1] | std::uint64_t{rgba[3]} << 32;
+    ++sum.pixels;
+}
+
+void Flush(PairedSums& from, std::array<ClassSum, 256>& to) {
+    for (std::size_t i = 0; i < to.size(); ++i) {
+        PairedSum const& sum = from[i];
+        std::uint64_t const parts[] = {sum.redBlue & 0xffffffffU, sum.greenOpacity & 0xffffffffU, sum.redBlue >> 32,
+                                       sum.greenOpacity >> 32};
+        for (std::size_t k = 0; k < 4; ++k) to[i].sums[k] += parts[k];
+        to[i].pixels += sum.pixels;
+    }
+    from.fill({});
+}
+
+std::array<ClassSum, 256> SumClasses(ConstPlane const& rgba, ConstPlane const& classes) {
+    constexpr std::uint64_t BLOCK = 1 << 20;
+    static_assert(BLOCK <= PAIRED_PIXELS);
     std::array<ClassSum, 256> all{};
+    // Neighbours are of one class mostly: two sums in turn do not wait for each other.
+    std::array<PairedSums, 2> sums{};
+    std::uint64_t summed = 0;
     for (std::uint64_t y = 0; y < classes.GetHeight(); ++y) {
         unsigned char const* const colours = rgba.GetRow(y);
         unsigned char const* const numbers = classes.GetRow(y);
-        for (std::uint64_t x = 0; x < classes.GetWidth(); ++x) {
-            ClassSum& one = all[numbers[x]];
-            for (std::size_t k = 0; k < 4; ++k) one.sums[k] += colours[x * 4 + k];
-            ++one.pixels;
+        for (std::uint64_t from = 0; from < classes.GetWidth(); from += BLOCK) {
+            std::uint64_t const to = std::min(from + BLOCK, classes.GetWidth());
+            summed += to - from;
+            if (summed > PAIRED_PIXELS) {
+                for (PairedSums& each : sums) Flush(each, all);
+                summed = to - from;
+            }
+            std::uint64_t x = from;
+            for (; x + 2 <= to; x += 2) {
+                Add(colours + x * 4, sums[0][numbers[x]]);
+                Add(colours + x * 4 + 4, sums[1][numbers[x + 1]]);
+            }
+            if (x < to) Add(colours + x * 4, sums[0][numbers[x]]);
         }
     }
+    for (PairedSums& each : sums) Flush(each, all);
+    return all;
+}
+
+void WriteMeans(std::array<ClassSum, 256> const& all, MutablePlane const& palette) {
     for (std::size_t i = 0; i < all.size(); ++i)
         for (std::size_t k = 0; k < 4; ++k) {
             std::uint64_t const pixels = all[i].pixels;
@@ -79,7 +126,7 @@ public:
         Kernels::Table const table = ClassTable(luma, classes);
         MutablePlane const numbers = result->GetMutablePlane(0);
         Kernels::MapBytes(luma, numbers, {&table, 1}, 1);
-        WriteMeans(AsVideo(ConstDataHandle(rgba)).GetPlane(0), numbers, result->GetMutablePlane(1));
+        WriteMeans(SumClasses(AsVideo(ConstDataHandle(rgba)).GetPlane(0), numbers), result->GetMutablePlane(1));
         data = settings.IsPal() ? DataHandle(result) : Convert(result, picture.GetPixFmt());
     }
 

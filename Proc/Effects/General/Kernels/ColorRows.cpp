@@ -1,9 +1,13 @@
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 namespace Velnor::Proc::Kernels {
 namespace {
+
+static_assert(std::endian::native == std::endian::little);
 
 /// BT.601, weights in 1/256 that sum to 1: a grey is its own luma.
 inline __attribute__((always_inline)) int Luma(int red, int green, int blue) {
@@ -21,16 +25,31 @@ template <unsigned int Bytes, unsigned int Red>
 inline __attribute__((always_inline)) void VibranceRow(unsigned char* row, std::size_t pixels, int factor) {
     for (std::size_t x = 0; x < pixels; ++x) {
         unsigned char* const pixel = row + x * Bytes;
-        int const red = pixel[Red];
-        int const green = pixel[1];
-        int const blue = pixel[2 - Red];
+        // Four bytes are read and written as one: one that is left out keeps compilers from using vectors.
+        std::uint32_t word = 0;
+        if constexpr (Bytes == 4) std::memcpy(&word, pixel, 4);
+        auto const levelAt = [&](unsigned int byte) __attribute__((always_inline)) {
+            return static_cast<int>(Bytes == 4 ? word >> (8 * byte) & 255U : pixel[byte]);
+        };
+        int const red = levelAt(Red);
+        int const green = levelAt(1);
+        int const blue = levelAt(2 - Red);
         int const luma = Luma(red, green, blue);
         int const spread = std::max(std::max(red, green), blue) - std::min(std::min(red, green), blue);
         int const weight = factor * (255 - spread);
-        constexpr int HALF = 1 << (FRACTION_BITS - 1);
-        pixel[Red] = Clamp(red + (((red - luma) * weight + HALF) >> FRACTION_BITS));
-        pixel[1] = Clamp(green + (((green - luma) * weight + HALF) >> FRACTION_BITS));
-        pixel[2 - Red] = Clamp(blue + (((blue - luma) * weight + HALF) >> FRACTION_BITS));
+        auto const push = [&](int level) __attribute__((always_inline)) {
+            constexpr int HALF = 1 << (FRACTION_BITS - 1);
+            return Clamp(level + (((level - luma) * weight + HALF) >> FRACTION_BITS));
+        };
+        if constexpr (Bytes == 4) {
+            word = (word & 0xff000000U) | std::uint32_t{push(red)} << (8 * Red) | std::uint32_t{push(green)} << 8 |
+                   std::uint32_t{push(blue)} << (16 - 8 * Red);
+            std::memcpy(pixel, &word, 4);
+        } else {
+            pixel[Red] = push(red);
+            pixel[1] = push(green);
+            pixel[2 - Red] = push(blue);
+        }
     }
 }
 
