@@ -251,16 +251,18 @@ void GridTrees::Adopt(std::uint32_t orphan) {
         std::uint32_t const other = orphan + steps[direction];
         unsigned const otherLabel = nodes.GetLabel(other);
         unsigned const tree = otherLabel & TREE_MASK;
+        bool const isFed = IsLinked<Tree>(otherLabel, label, Opposite(direction));
+        bool const canFeed = IsLinked<Tree>(label, otherLabel, direction);
         if (tree != Tree) {
-            if (!IsLinked<Tree>(otherLabel, label, Opposite(direction))) continue;
-            isBesideFree = isBesideFree || tree == FREE;
-            wake |= unsigned{tree != FREE} << direction;
+            isBesideFree = isBesideFree || (isFed && tree == FREE);
+            wake |= unsigned{isFed && tree != FREE} << direction;
             continue;
         }
+        if (!isFed && !canFeed) continue; // it may be another worker's
         unsigned const up = nodes.parent[other];
         children |= unsigned{up == Opposite(direction)} << direction;
         // Another orphan wakes when it is adopted, as a child will be one if this node is freed.
-        if (up == Opposite(direction) || up == NO_PARENT || !IsLinked<Tree>(label, otherLabel, direction)) continue;
+        if (up == Opposite(direction) || up == NO_PARENT || !canFeed) continue;
         wake |= 1U << direction;
         std::uint32_t const distance = nodes.distance[other];
         if (distance >= nearest || !HasRoot(other)) continue;
