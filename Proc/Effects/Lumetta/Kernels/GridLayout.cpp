@@ -37,10 +37,10 @@ GridLayout::GridLayout(std::uint32_t gridWidth, std::uint32_t gridHeight, std::u
     for (std::uint32_t i = 0; i < TILE * TILE; ++i) {
         std::uint32_t const x = i % TILE;
         std::uint32_t const y = i / TILE;
-        offsets[RIGHT][i] = x != TILE - 1 ? 1 : tileStep;
-        offsets[DOWN][i] = y != TILE - 1 ? TILE : rowStep;
-        offsets[UP][i] = 0 - (y != 0 ? TILE : rowStep);
-        offsets[LEFT][i] = 0 - (x != 0 ? 1 : tileStep);
+        steps[i][RIGHT] = x != TILE - 1 ? 1 : tileStep;
+        steps[i][DOWN] = y != TILE - 1 ? TILE : rowStep;
+        steps[i][UP] = 0 - (y != 0 ? TILE : rowStep);
+        steps[i][LEFT] = 0 - (x != 0 ? 1 : tileStep);
     }
 }
 

@@ -60,8 +60,11 @@ public:
 
     /// Index of the neighbour in that direction, for any node that is not on the border of the padded grid.
     std::uint32_t GetNeighbour(std::uint32_t node, unsigned direction) const {
-        return node + offsets[direction][node % (TILE * TILE)];
+        return node + GetSteps(node)[direction];
     }
+
+    /// What leads from a node to its four neighbours when it is added, modulo 2^32.
+    std::array<std::uint32_t, 4> const& GetSteps(std::uint32_t node) const { return steps[node % (TILE * TILE)]; }
 
     /// Nodes of a region, clipped to the padded grid. Regions are numbered row by row.
     NodeRect GetRegion(std::uint32_t region) const;
@@ -75,9 +78,9 @@ private:
     std::uint32_t rowStep;
     std::uint32_t regionsAcross;
     std::uint32_t regionsDown;
-    /// To the neighbour by direction and place in the tile, modulo 2^32. A load of the cache's first level, where the
-    /// comparison that it replaces would be mispredicted at each tile's edge.
-    std::array<std::array<std::uint32_t, TILE * TILE>, 4> offsets{};
+    /// By place in the tile and direction. A load of the cache's first level, where the comparison that it replaces would
+    /// be mispredicted at each tile's edge.
+    std::array<std::array<std::uint32_t, 4>, TILE * TILE> steps{};
 };
 
 } // namespace Velnor::Proc::Kernels

@@ -1,6 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/GridTrees.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 
@@ -18,6 +19,13 @@ bool IsLinked(unsigned childLabel, unsigned parentLabel, unsigned direction) {
         return (parentLabel & EdgeFlag(Opposite(direction))) != 0;
     else
         return (childLabel & EdgeFlag(direction)) != 0;
+}
+
+/// Takes the lowest direction out of a set of them.
+unsigned Pop(unsigned& directions) {
+    auto const lowest = static_cast<unsigned>(std::countr_zero(directions));
+    directions &= directions - 1;
+    return lowest;
 }
 
 } // namespace
@@ -104,35 +112,48 @@ void GridTrees::Solve(std::uint32_t& stamp) {
 }
 
 template <std::uint8_t Tree>
+GridTrees::Around GridTrees::LookAround(std::uint32_t node) const {
+    unsigned const label = nodes.GetLabel(node);
+    auto const& steps = layout.GetSteps(node);
+    Around around;
+    for (unsigned direction = 0; direction < 4; ++direction) { // without branches: what comes next is anybody's guess
+        unsigned const other = nodes.GetLabel(node + steps[direction]);
+        unsigned const tree = other & TREE_MASK;
+        auto const isLinked = unsigned{IsLinked<Tree>(other, label, Opposite(direction))};
+        around.free |= (isLinked & unsigned{tree == FREE}) << direction;
+        around.same |= (isLinked & unsigned{tree == Tree}) << direction;
+        around.opposed |= (isLinked & unsigned{tree == (SOURCE ^ SINK ^ Tree)}) << direction;
+    }
+    return around;
+}
+
+template <std::uint8_t Tree>
 void GridTrees::Grow(std::uint32_t node) {
-    for (unsigned direction = 0; direction < 4; ++direction) {
-        unsigned const back = Opposite(direction);
-        std::uint32_t const other = layout.GetNeighbour(node, direction);
-        for (;;) {
-            unsigned const otherLabel = nodes.GetLabel(other);
-            if (!IsLinked<Tree>(otherLabel, nodes.GetLabel(node), back)) break;
-            unsigned const otherTree = otherLabel & TREE_MASK;
-            std::uint32_t const childDistance = nodes.distance[node] + SPACING;
-            if (otherTree == FREE) {
-                nodes.SetLabel(other, otherLabel | Tree);
-                nodes.parent[other] = static_cast<std::uint8_t>(back);
-                nodes.distance[other] = childDistance;
-                Activate(other);
-                break;
-            }
-            if (otherTree == Tree) {
-                if (nodes.distance[other] > childDistance) { // a shorter way to the root
-                    nodes.parent[other] = static_cast<std::uint8_t>(back);
-                    nodes.distance[other] = childDistance;
-                }
-                break;
-            }
-            if constexpr (Tree == SOURCE)
-                Augment(node, other, direction);
-            else
-                Augment(other, node, back);
-            if ((nodes.GetLabel(node) & TREE_MASK) != Tree) return;
+    auto const& steps = layout.GetSteps(node);
+    while ((nodes.GetLabel(node) & TREE_MASK) == Tree) {
+        Around around = LookAround<Tree>(node);
+        std::uint32_t const childDistance = nodes.distance[node] + SPACING;
+        while (around.free != 0) {
+            unsigned const direction = Pop(around.free);
+            std::uint32_t const other = node + steps[direction];
+            nodes.SetLabel(other, nodes.GetLabel(other) | Tree);
+            nodes.parent[other] = static_cast<std::uint8_t>(Opposite(direction));
+            nodes.distance[other] = childDistance;
+            Activate(other);
         }
+        while (around.same != 0) {
+            unsigned const direction = Pop(around.same);
+            std::uint32_t const other = node + steps[direction];
+            if (nodes.distance[other] <= childDistance) continue;
+            nodes.parent[other] = static_cast<std::uint8_t>(Opposite(direction)); // a shorter way to the root
+            nodes.distance[other] = childDistance;
+        }
+        if (around.opposed == 0) return;
+        unsigned const direction = Pop(around.opposed);
+        if constexpr (Tree == SOURCE)
+            Augment(node, node + steps[direction], direction);
+        else
+            Augment(node + steps[direction], node, Opposite(direction));
     }
 }
 
@@ -220,75 +241,66 @@ void GridTrees::AdoptOrphans() {
 template <std::uint8_t Tree>
 void GridTrees::Adopt(std::uint32_t orphan) {
     unsigned const label = nodes.GetLabel(orphan);
+    auto const& steps = layout.GetSteps(orphan);
     std::uint32_t nearest = NOWHERE;
     unsigned best = NO_PARENT;
+    unsigned children = 0;
+    unsigned wake = 0;         // could grow into the orphan if it were free, or it into them
+    bool isBesideFree = false; // and could grow there
     for (unsigned direction = 0; direction < 4; ++direction) {
-        std::uint32_t const other = layout.GetNeighbour(orphan, direction);
+        std::uint32_t const other = orphan + steps[direction];
         unsigned const otherLabel = nodes.GetLabel(other);
-        if ((otherLabel & TREE_MASK) != Tree || !IsLinked<Tree>(label, otherLabel, direction)) continue;
+        unsigned const tree = otherLabel & TREE_MASK;
+        bool const isFed = IsLinked<Tree>(otherLabel, label, Opposite(direction));
+        bool const canFeed = IsLinked<Tree>(label, otherLabel, direction);
+        if (tree != Tree) {
+            isBesideFree = isBesideFree || (isFed && tree == FREE);
+            wake |= unsigned{isFed && tree != FREE} << direction;
+            continue;
+        }
+        if (!isFed && !canFeed) continue; // it may be another worker's
+        unsigned const up = nodes.parent[other];
+        children |= unsigned{up == Opposite(direction)} << direction;
+        // Another orphan wakes when it is adopted, as a child will be one if this node is freed.
+        if (up == Opposite(direction) || up == NO_PARENT || !canFeed) continue;
+        wake |= 1U << direction;
         std::uint32_t const distance = nodes.distance[other];
         if (distance >= nearest || !HasRoot(other)) continue;
         nearest = distance;
         best = direction;
     }
     if (best == NO_PARENT) {
-        Release<Tree>(orphan);
+        while (children != 0) AddOrphan(orphan + steps[Pop(children)]);
+        nodes.SetLabel(orphan, label & ~unsigned{TREE_MASK});
+        while (wake != 0) Activate(orphan + steps[Pop(wake)]);
         return;
     }
     nodes.parent[orphan] = static_cast<std::uint8_t>(best);
+    if (isBesideFree) Activate(orphan);
     if (nearest < nodes.distance[orphan]) {
         nodes.distance[orphan] = std::min(nodes.distance[orphan], nearest + SPACING);
-    } else {
-        nodes.distance[orphan] = nearest + 1;
-        nodes.stamp[orphan] = now;
-        DetachChildren<Tree>(orphan, nearest + 1);
+        return;
+    }
+    nodes.distance[orphan] = nearest + 1;
+    nodes.stamp[orphan] = now;
+    while (children != 0) {
+        std::uint32_t const child = orphan + steps[Pop(children)];
+        if (nodes.distance[child] <= nearest + 1) AddOrphan(child);
     }
 }
 
 /// Whether the node's tree path ends at a terminal. No orphan is nearer than the current level, and paths only come
 /// nearer; a node that is seen to have a root keeps it until the last orphan is adopted.
-bool GridTrees::HasRoot(std::uint32_t node) {
-    auto const isKnown = [this](std::uint32_t at) {
-        return nodes.distance[at] / SPACING < block.level || nodes.parent[at] == TERMINAL_PARENT ||
-               nodes.stamp[at] == now;
-    };
+bool GridTrees::HasRoot(std::uint32_t node) const {
     std::uint32_t at = node;
-    while (!isKnown(at)) {
-        if (nodes.parent[at] == NO_PARENT) return false;
-        at = layout.GetNeighbour(at, nodes.parent[at]);
+    for (;;) {
+        unsigned const up = nodes.parent[at];
+        if (nodes.distance[at] / SPACING < block.level || up == TERMINAL_PARENT || nodes.stamp[at] == now) break;
+        if (up == NO_PARENT) return false;
+        at = layout.GetNeighbour(at, up);
     }
-    for (at = node; !isKnown(at); at = layout.GetNeighbour(at, nodes.parent[at])) nodes.stamp[at] = now;
+    for (; node != at; node = layout.GetNeighbour(node, nodes.parent[node])) nodes.stamp[node] = now;
     return true;
-}
-
-/// Makes orphans of the children that are not farther than their parent has become.
-template <std::uint8_t Tree>
-void GridTrees::DetachChildren(std::uint32_t node, std::uint32_t nearest) {
-    unsigned const label = nodes.GetLabel(node);
-    for (unsigned direction = 0; direction < 4; ++direction) {
-        unsigned const back = Opposite(direction);
-        std::uint32_t const other = layout.GetNeighbour(node, direction);
-        unsigned const otherLabel = nodes.GetLabel(other);
-        if ((otherLabel & TREE_MASK) != Tree || !IsLinked<Tree>(otherLabel, label, back)) continue;
-        if (nodes.parent[other] == back && nodes.distance[other] <= nearest) AddOrphan(other);
-    }
-}
-
-/// Frees an orphan that found no parent. Its neighbours that could grow into it wake up, those of the other tree
-/// included: an active node of this tree may have been meant to find them, and it may be this one.
-template <std::uint8_t Tree>
-void GridTrees::Release(std::uint32_t orphan) {
-    DetachChildren<Tree>(orphan, NOWHERE);
-    unsigned const label = nodes.GetLabel(orphan);
-    nodes.SetLabel(orphan, label & ~unsigned{TREE_MASK});
-    for (unsigned direction = 0; direction < 4; ++direction) {
-        std::uint32_t const other = layout.GetNeighbour(orphan, direction);
-        unsigned const otherLabel = nodes.GetLabel(other);
-        unsigned const tree = otherLabel & TREE_MASK;
-        bool const isInto = tree == SOURCE && (otherLabel & EdgeFlag(Opposite(direction))) != 0;
-        bool const isOutOf = tree == SINK && (label & EdgeFlag(direction)) != 0;
-        if (isInto || isOutOf) Activate(other);
-    }
 }
 
 } // namespace Velnor::Proc::Kernels

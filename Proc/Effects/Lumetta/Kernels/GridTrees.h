@@ -79,8 +79,17 @@ public:
     void Solve(std::uint32_t& stamp);
 
 private:
+    /// Sets of directions, a bit each, in which a tree could grow from a node.
+    struct Around {
+        unsigned free = 0;    ///< Towards free nodes.
+        unsigned same = 0;    ///< Towards nodes of the tree itself.
+        unsigned opposed = 0; ///< Towards the other tree.
+    };
+
     void ActivateRect(NodeRect const& rect);
     void SetThreshold(NodeRect const& rect, int residual);
+    template <std::uint8_t Tree>
+    Around LookAround(std::uint32_t node) const;
     template <std::uint8_t Tree>
     void Grow(std::uint32_t node);
     void Augment(std::uint32_t source, std::uint32_t sink, unsigned direction);
@@ -92,12 +101,8 @@ private:
     void AdoptOrphans();
     template <std::uint8_t Tree>
     void Adopt(std::uint32_t orphan);
-    template <std::uint8_t Tree>
-    void Release(std::uint32_t orphan);
-    template <std::uint8_t Tree>
-    void DetachChildren(std::uint32_t node, std::uint32_t nearest);
     void AddOrphan(std::uint32_t node);
-    bool HasRoot(std::uint32_t node);
+    bool HasRoot(std::uint32_t node) const;
 
     GridLayout const& layout;
     GridNodes const nodes;
