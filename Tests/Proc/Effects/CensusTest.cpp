@@ -4,6 +4,7 @@
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/SettingsText.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/PluginHost.h"
 
 #include <gtest/gtest.h>
 
@@ -30,16 +31,6 @@ constexpr int SIZES_OF_FORMAT = 1;
 #else
 constexpr int SIZES_OF_FORMAT = 3;
 #endif
-
-Host& TheHost() {
-    static Host host;
-    static bool const loaded = [] {
-        host.LoadPlugin(LUMETTA_FILE);
-        return true;
-    }();
-    (void)loaded;
-    return host;
-}
 
 /// 0 to 1.
 double RandomShare(Random& random) {
@@ -79,7 +70,7 @@ std::unique_ptr<Settings> RandomSettings(Random& random, SettingsType const& typ
 class GuardedPicture {
 public:
     GuardedPicture(PixFmt format, std::uint32_t width, std::uint32_t height, std::uint32_t seed) {
-        IEffectContext& context = *TheHost().GetContext();
+        IEffectContext& context = *PluginHost().GetContext();
         VideoHandle const noise = MakeNoise(context, format, width, height, seed);
         std::vector<ConstPlane> planes;
         std::size_t bytes = MARGIN;
@@ -162,7 +153,7 @@ protected:
     }
 
     intrusive_ptr<IEffect> Make() const {
-        return TheHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
+        return PluginHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
     }
 };
 
@@ -207,7 +198,7 @@ std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
     return info.param.classId + "_" + info.param.implName;
 }
 
-INSTANTIATE_TEST_SUITE_P(Registry, Census, ::testing::ValuesIn(TheHost().GetEffects()), TestName);
+INSTANTIATE_TEST_SUITE_P(Registry, Census, ::testing::ValuesIn(PluginHost().GetEffects()), TestName);
 
 } // namespace
 } // namespace Velnor::Proc

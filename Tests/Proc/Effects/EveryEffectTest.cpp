@@ -6,6 +6,7 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/PluginHost.h"
 
 #include <gtest/gtest.h>
 
@@ -22,17 +23,7 @@ namespace {
 
 using namespace Testing;
 
-Host& TheHost() {
-    static Host host;
-    static bool const loaded = [] {
-        host.LoadPlugin(LUMETTA_FILE);
-        return true;
-    }();
-    (void)loaded;
-    return host;
-}
-
-IEffectContext& Context() { return *TheHost().GetContext(); }
+IEffectContext& Context() { return *PluginHost().GetContext(); }
 
 /// The middle of each field's range, or its example: settings with which most effects have work to do.
 std::unique_ptr<Settings> TypicalSettings(SettingsType const& type) {
@@ -45,7 +36,7 @@ std::unique_ptr<Settings> TypicalSettings(SettingsType const& type) {
 class EveryEffect : public ::testing::TestWithParam<RegisteredEffect> {
 protected:
     intrusive_ptr<IEffect> Make() const {
-        return TheHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
+        return PluginHost().GetFactory()->CreateEffect(GetParam().classId, GetParam().implName);
     }
     SettingsType const& Type() const { return Make()->GetSettingsBase().GetType(); }
     std::size_t InputsCount() const { return GetParam().kind == EffectKind::TwoInput ? 2 : 1; }
@@ -208,7 +199,7 @@ std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
     return info.param.classId + "_" + info.param.implName;
 }
 
-INSTANTIATE_TEST_SUITE_P(Registry, EveryEffect, ::testing::ValuesIn(TheHost().GetEffects()), TestName);
+INSTANTIATE_TEST_SUITE_P(Registry, EveryEffect, ::testing::ValuesIn(PluginHost().GetEffects()), TestName);
 
 } // namespace
 } // namespace Velnor::Proc

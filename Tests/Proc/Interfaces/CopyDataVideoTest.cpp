@@ -1,5 +1,6 @@
 #include "Proc/Interfaces/ProcException.h"
 #include "Tests/Support/FakePicture.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -17,12 +18,7 @@ intrusive_ptr<FakePicture> Picture(PixFmt format, std::uint32_t width, std::uint
 }
 
 std::string Refusal(ConstVideoHandle const& source, VideoHandle const& target, int x, int y) {
-    try {
-        CopyDataVideo(source, target, x, y);
-    } catch (ProcException const& error) {
-        return DescribeException(error);
-    }
-    return "";
+    return Testing::RefusalOf([&] { CopyDataVideo(source, target, x, y); });
 }
 
 TEST(CopyDataVideo, LaysTheSourceOverAndCutsWhatFallsOutside) {

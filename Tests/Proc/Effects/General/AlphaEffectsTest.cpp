@@ -8,6 +8,7 @@
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -29,15 +30,6 @@ protected:
         inserter->SetSettings(SettingsEffectAlphaInserter());
         inserter->ProcessData(first, mask);
         return VideoHandle(&AsVideo(first));
-    }
-    template <class Work>
-    static std::string Refusal(Work const& work) {
-        try {
-            work();
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
     }
 
     Host host;
@@ -101,12 +93,12 @@ TEST_F(AlphaEffectsTest, TheInserterRefusesOtherMasks) {
     std::vector<unsigned char> const before = Samples(*picture);
     for (VideoHandle const& mask : {MakeNoise(context, PixFmt::GRAY8, 18, 7), MakeNoise(context, PixFmt::GRAY8, 19, 8),
                                     MakeNoise(context, PixFmt::YA8, 19, 7)}) {
-        std::string const text = Refusal([&] { Insert(picture, mask); });
+        std::string const text = RefusalOf([&] { Insert(picture, mask); });
         EXPECT_NE(text.find("19 x 7 pixels of format bgra"), std::string::npos) << text;
         EXPECT_NE(text.find(mask->GetDescription().name), std::string::npos) << text;
     }
-    EXPECT_NE(Refusal([&] { Insert(picture, nullptr); }), "");
-    EXPECT_NE(Refusal([&] { Insert(nullptr, picture); }), "");
+    EXPECT_NE(RefusalOf([&] { Insert(picture, nullptr); }), "");
+    EXPECT_NE(RefusalOf([&] { Insert(nullptr, picture); }), "");
     EXPECT_EQ(Samples(*picture), before);
     EXPECT_TRUE(picture->GetExtraAlpha(0).IsEmpty());
 }
@@ -127,9 +119,9 @@ TEST_F(AlphaEffectsTest, TheMaskComesAtTheResolutionOfTheChroma) {
     EXPECT_EQ(plane(PixFmt::UYYVYY411)->GetFrameFormat(), FrameFormat::Square(3, 6));
     EXPECT_EQ(plane(PixFmt::YUV440P)->GetPlane(0).GetRow(1)[7], (at(7, 2) + at(7, 3) + 1) / 2);
 
-    std::string const unknown = Refusal([&] { plane(static_cast<PixFmt>(9)); });
+    std::string const unknown = RefusalOf([&] { plane(static_cast<PixFmt>(9)); });
     EXPECT_NE(unknown.find("pixel format is 9"), std::string::npos) << unknown;
-    std::string const noMask = Refusal(
+    std::string const noMask = RefusalOf(
         [&] { Apply(SettingsEffectExtraAlphaExtractor(PixFmt::NV12), MakeNoise(context, PixFmt::RGB24, 2, 2)); });
     EXPECT_NE(noMask.find("rgb24"), std::string::npos) << noMask;
 }

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -24,12 +25,7 @@ protected:
         return VideoHandle(&AsVideo(first));
     }
     std::string Refusal(Blend const& settings, DataHandle const& first, ConstDataHandle const& second) {
-        try {
-            Apply(settings, first, second);
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        return RefusalOf([&] { Apply(settings, first, second); });
     }
     VideoHandle Convert(VideoHandle const& picture, PixFmt format) {
         auto const converter =

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectPad.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -22,12 +23,7 @@ protected:
         return VideoHandle(&AsVideo(data));
     }
     std::string Refusal(S const& settings, DataHandle const& data) {
-        try {
-            Apply(settings, data);
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        return RefusalOf([&] { Apply(settings, data); });
     }
 
     Host host;

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsResizer.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -33,13 +34,10 @@ protected:
     }
 
     std::string Refusal(VideoHandle const& source, S const& settings, VideoHandle* result = nullptr) {
-        try {
+        return RefusalOf([&] {
             VideoHandle const resized = Resize(source, settings);
             if (result != nullptr) *result = resized;
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        });
     }
 
     ContextHandle const context = MakeShared<Context>();

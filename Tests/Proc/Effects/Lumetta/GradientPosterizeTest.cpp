@@ -7,6 +7,7 @@
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -41,12 +42,7 @@ protected:
         return VideoHandle(&AsVideo(data));
     }
     std::string Refusal(DataHandle const& data) {
-        try {
-            Apply(data);
-        } catch (EffectException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        return RefusalOf<EffectException>([&] { Apply(data); });
     }
 
     Recorder recorder;

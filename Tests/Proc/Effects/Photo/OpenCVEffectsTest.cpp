@@ -11,6 +11,7 @@
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsResizer.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -43,12 +44,7 @@ protected:
     }
     template <class... Arguments>
     std::string Refusal(Arguments const&... arguments) {
-        try {
-            Apply(arguments...);
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        return RefusalOf([&] { Apply(arguments...); });
     }
     /// A grey picture whose levels are a function of the place.
     template <class Level>

@@ -6,6 +6,7 @@
 #include "Proc/Interfaces/ProcException.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -27,12 +28,7 @@ protected:
 
     /// The text of the refusal, empty when there is none. The picture stays as it was.
     std::string Refusal(SettingsClass const& settings, DataHandle const& data) {
-        try {
-            Apply(settings, data);
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        return RefusalOf([&] { Apply(settings, data); });
     }
 
     VideoHandle ReadSample(std::string const& name) {

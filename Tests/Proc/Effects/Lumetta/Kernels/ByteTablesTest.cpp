@@ -1,6 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
 
 #include "Proc/Interfaces/ProcException.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -123,12 +124,7 @@ TEST(ByteTables, RefusesWhatItCannotMapBeforeWriting) {
     Bytes bytes(24, 9);
     MutablePlane const plane(bytes.data(), 12, 12, 2);
     auto const message = [&](MutablePlane const& target, std::size_t count, unsigned int pixelBytes) -> std::string {
-        try {
-            MapBytes(plane, target, std::span(tables).first(count), pixelBytes);
-        } catch (ProcException const& error) {
-            return DescribeException(error);
-        }
-        return "";
+        return Testing::RefusalOf([&] { MapBytes(plane, target, std::span(tables).first(count), pixelBytes); });
     };
     EXPECT_EQ(message(plane, 1, 0), "pixels of 0 bytes cannot be mapped: 1 to 4 can");
     EXPECT_EQ(message(plane, 1, 5), "pixels of 5 bytes cannot be mapped: 1 to 4 can");

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Proc/Host/Host.h"
+
+namespace Velnor::Proc::Testing {
+
+/// The host of a whole test program, with the plug-in as its file has it.
+inline Host& PluginHost() {
+    static Host host;
+    static bool const isLoaded = (host.LoadPlugin(LUMETTA_FILE), true);
+    (void)isLoaded;
+    return host;
+}
+
+} // namespace Velnor::Proc::Testing
