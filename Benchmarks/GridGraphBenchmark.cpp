@@ -2,9 +2,12 @@
 //
 //     grid-graph-benchmark [options of Google Benchmark] megapixels[,megapixels...] photograph...
 //
+// A photograph called "flat" is one colour with small strokes in two far corners, which such solvers find hardest.
+//
 // Ours is the whole effect: capacities, layout, flow and mask. The peers are their graph and flow alone, from capacities
-// that are already there. The table at the end gives the seconds and how many times slower than us the faster peer is,
-// by wall time and, for a machine that is not free, by processor time.
+// that are already there; --benchmark_filter=Lumetta leaves them out. The first table at the end gives the seconds and
+// how many times slower than us each peer is, by wall time and, for a machine that is not free, by processor time. The
+// second tells of us alone, its times being of processors, so that growth is of work; peak is what memory came on top.
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/GridCapacities.h"
 #include "Proc/Host/Context.h"
@@ -13,6 +16,7 @@
 #include <benchmark/benchmark.h>
 #include <boost/graph/boykov_kolmogorov_max_flow.hpp>
 #include <boost/graph/compressed_sparse_row_graph.hpp>
+#include <malloc.h>
 #include <opencv2/core.hpp> // which the next one needs
 #include <opencv2/imgproc/detail/gcgraph.hpp>
 #include <vips/vips.h>
@@ -23,6 +27,7 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -46,10 +51,32 @@ struct Scene {
 struct Result {
     double wall = 0;
     double processor = 0;
+    double peak = 0; ///< Bytes on top of those before.
     std::int64_t cut = 0;
 };
 
 std::map<std::string, std::map<std::string, Result>> results; ///< By scene and solver.
+std::map<std::string, double> capacitySeconds;                ///< By scene.
+
+double GetProcessorSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// A figure of this process in bytes: VmRSS, or VmHWM for the highest since ForgetPeak.
+double GetMemory(std::string const& name) {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;)
+        if (double kilobytes = 0; word == name + ":" && status >> kilobytes) return kilobytes * 1024;
+    return 0;
+}
+
+/// Gives back what is free first, so that its next use counts.
+void ForgetPeak() {
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << 5;
+}
 
 VideoHandle LoadPhotograph(IEffectContext& context, std::string const& file, double megapixels) {
     VipsImage* image = vips_image_new_from_file(file.c_str(), nullptr);
@@ -92,7 +119,23 @@ VideoHandle DrawStrokes(IEffectContext& context, std::uint32_t width, std::uint3
     return strokes;
 }
 
+Scene MakeFlatScene(IEffectContext& context, std::string const& megapixels) {
+    auto const side = static_cast<std::uint32_t>(std::sqrt(std::stod(megapixels) * 1e6));
+    Scene scene{"flat@" + megapixels, context.CreateImage(PixFmt::RGB24, FrameFormat::Square(side, side)),
+                context.CreateImage(PixFmt::GRAY8, FrameFormat::Square(side, side)), side, side};
+    MutablePlane const picture = scene.picture->GetMutablePlane(0);
+    MutablePlane const strokes = scene.strokes->GetMutablePlane(0);
+    for (std::uint32_t y = 0; y < side; ++y) {
+        std::fill_n(picture.GetRow(y), std::size_t{side} * 3, std::uint8_t{90});
+        std::fill_n(strokes.GetRow(y), side, std::uint8_t{0});
+        if (y < side / 10) std::fill_n(strokes.GetRow(y), side / 10, FOREGROUND);
+        if (y >= side - side / 10) std::fill_n(strokes.GetRow(y) + (side - side / 10), side / 10, BACKGROUND);
+    }
+    return scene;
+}
+
 Scene MakeScene(IEffectContext& context, std::string const& file, std::string const& megapixels) {
+    if (file == "flat") return MakeFlatScene(context, megapixels);
     Scene scene;
     scene.name = std::filesystem::path(file).stem().string().substr(0, 20) + "@" + megapixels;
     scene.picture = LoadPhotograph(context, file, std::stod(megapixels));
@@ -220,21 +263,27 @@ std::int64_t CutByBoost(Scene const& scene, Kernels::GridCapacities const& capac
 
 template <class Work>
 void Measure(benchmark::State& state, Scene const& scene, std::string const& solver, Work const& work) {
+    double const capacityStart = GetProcessorSeconds();
     Kernels::GridCapacities const capacities = BuildCapacities(scene);
+    double& fastest = capacitySeconds.try_emplace(scene.name, 1e9).first->second;
+    fastest = std::min(fastest, GetProcessorSeconds() - capacityStart);
     for (auto _ : state) {
+        ForgetPeak();
+        double const memory = GetMemory("VmRSS");
         auto const start = std::chrono::steady_clock::now();
-        std::clock_t const processorStart = std::clock();
+        double const processorStart = GetProcessorSeconds();
         Result result;
         auto const outcome = work(scene, capacities);
         result.wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        result.processor = static_cast<double>(std::clock() - processorStart) / CLOCKS_PER_SEC;
+        result.processor = GetProcessorSeconds() - processorStart;
+        result.peak = GetMemory("VmHWM") - memory;
         state.SetIterationTime(result.wall);
         if constexpr (std::is_same_v<decltype(outcome), VideoHandle const>)
             result.cut = CutValue(scene, capacities, *outcome);
         else
             result.cut = outcome;
         Result& best = results[scene.name][solver];
-        if (best.wall == 0 || result.wall < best.wall) best = result;
+        if (best.wall == 0 || result.processor < best.processor) best = result;
     }
 }
 
@@ -252,20 +301,40 @@ void Register(Scene const& scene, ContextHandle const& context) {
     add("Boost", 1, CutByBoost);
 }
 
+double Divide(double dividend, double divisor) { return divisor > 0 ? dividend / divisor : 0; }
+
 void PrintRatios(std::vector<Scene> const& scenes) {
-    std::printf("\nSeconds, wall / processor\n%-26s %15s %15s %15s %15s %7s  %s\n", "", "Lumetta", "OpenCV", "Boost",
-                "times faster", "ns/px", "cut");
+    std::printf("\nSeconds, and times that the peers take longer (0 = not run), wall / processor\n%-26s %16s %15s %15s"
+                " %15s %15s  %s\n",
+                "", "Lumetta", "OpenCV", "Boost", "OpenCV times", "Boost times", "cut");
     for (Scene const& scene : scenes) {
         auto& row = results[scene.name];
         Result const& ours = row["Lumetta"];
-        Result const& openCV = row["OpenCV"];
-        Result const& boostGraph = row["Boost"];
-        bool const isSame = openCV.cut == ours.cut && boostGraph.cut == ours.cut;
-        std::printf("%-26s %7.3f /%6.2f %7.3f /%6.2f %7.3f /%6.2f %7.2f /%6.2f %7.1f  %s\n", scene.name.c_str(),
-                    ours.wall, ours.processor, openCV.wall, openCV.processor, boostGraph.wall, boostGraph.processor,
-                    std::min(openCV.wall, boostGraph.wall) / ours.wall,
-                    std::min(openCV.processor, boostGraph.processor) / ours.processor,
-                    ours.wall * 1e9 / (double(scene.width) * scene.height), isSame ? "same" : "DIFFERENT");
+        std::printf("%-26s %7.3f /%7.3f", scene.name.c_str(), ours.wall, ours.processor);
+        for (char const* peer : {"OpenCV", "Boost"}) std::printf(" %7.2f /%6.2f", row[peer].wall, row[peer].processor);
+        bool isSame = true;
+        for (char const* peer : {"OpenCV", "Boost"}) {
+            Result const& theirs = row[peer];
+            std::printf(" %7.2f /%6.2f", Divide(theirs.wall, ours.wall), Divide(theirs.processor, ours.processor));
+            isSame = isSame && (theirs.wall == 0 || theirs.cut == ours.cut);
+        }
+        std::printf("  %s\n", isSame ? "same" : "DIFFERENT");
+    }
+}
+
+/// @param sizesCount  scenes of one picture, in a row
+void PrintCosts(std::vector<Scene> const& scenes, std::size_t sizesCount) {
+    std::printf("\n%-26s %8s %18s %12s %16s %18s\n", "Lumetta", "ns/pixel", "growth from first", "bytes/pixel",
+                "processor/wall", "capacities in ms");
+    double first = 0;
+    for (std::size_t i = 0; i < scenes.size(); ++i) {
+        Scene const& scene = scenes[i];
+        double const pixels = double(scene.width) * scene.height;
+        Result const& ours = results[scene.name]["Lumetta"];
+        double const cost = ours.processor * 1e9 / pixels;
+        if (i % sizesCount == 0) first = cost;
+        std::printf("%-26s %8.0f %18.2f %12.1f %16.2f %18.1f\n", scene.name.c_str(), cost, Divide(cost, first),
+                    ours.peak / pixels, Divide(ours.processor, ours.wall), capacitySeconds[scene.name] * 1e3);
     }
 }
 
@@ -287,6 +356,7 @@ int RunGridGraphBenchmark(int count, char** arguments) {
     for (Scene const& scene : scenes) Register(scene, context);
     benchmark::RunSpecifiedBenchmarks();
     PrintRatios(scenes);
+    PrintCosts(scenes, scenes.size() / static_cast<std::size_t>(count - 2));
     return 0;
 }
 
