@@ -8,7 +8,6 @@
 //   - pushing flow opens only edges up a source path, down a sink path, or from T to S: none of the three kinds;
 //   - a freed node wakes each neighbour in S that has an edge to it, and each in T that it has an edge to. The second
 //     kind matters: a -> b from S to T may have been left to a alone, and a is the one that is freed.
-//     An orphan among them wakes when it is adopted instead, beside a free node that it could grow into.
 // Flow always runs along a path from source to sink, bounded by every residual on it. So with no active node left and
 // all flags restored, no edge leads out of S or into T: the flow is maximal by the cut {T, rest}. A node in T has a
 // path of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow

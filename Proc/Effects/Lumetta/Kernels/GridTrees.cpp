@@ -238,6 +238,8 @@ void GridTrees::AdoptOrphans() {
     }
 }
 
+/// Gives an orphan the nearest parent, or frees it. What could grow into it then wakes up, in the other tree too: an active
+/// node of this tree may have been meant to find that, and it may be this one.
 template <std::uint8_t Tree>
 void GridTrees::Adopt(std::uint32_t orphan) {
     unsigned const label = nodes.GetLabel(orphan);
@@ -245,8 +247,7 @@ void GridTrees::Adopt(std::uint32_t orphan) {
     std::uint32_t nearest = NOWHERE;
     unsigned best = NO_PARENT;
     unsigned children = 0;
-    unsigned wake = 0;         // could grow into the orphan if it were free, or it into them
-    bool isBesideFree = false; // and could grow there
+    unsigned wake = 0; // can feed the orphan, or from the other tree reach it
     for (unsigned direction = 0; direction < 4; ++direction) {
         std::uint32_t const other = orphan + steps[direction];
         unsigned const otherLabel = nodes.GetLabel(other);
@@ -254,16 +255,15 @@ void GridTrees::Adopt(std::uint32_t orphan) {
         bool const isFed = IsLinked<Tree>(otherLabel, label, Opposite(direction));
         bool const canFeed = IsLinked<Tree>(label, otherLabel, direction);
         if (tree != Tree) {
-            isBesideFree = isBesideFree || (isFed && tree == FREE);
             wake |= unsigned{isFed && tree != FREE} << direction;
             continue;
         }
         if (!isFed && !canFeed) continue; // it may be another worker's
         unsigned const up = nodes.parent[other];
-        children |= unsigned{up == Opposite(direction)} << direction;
-        // Another orphan wakes when it is adopted, as a child will be one if this node is freed.
-        if (up == Opposite(direction) || up == NO_PARENT || !canFeed) continue;
-        wake |= 1U << direction;
+        bool const isChild = up == Opposite(direction);
+        children |= unsigned{isChild} << direction;
+        wake |= unsigned{canFeed} << direction;
+        if (!canFeed || isChild || up == NO_PARENT) continue;
         std::uint32_t const distance = nodes.distance[other];
         if (distance >= nearest || !HasRoot(other)) continue;
         nearest = distance;
@@ -276,7 +276,6 @@ void GridTrees::Adopt(std::uint32_t orphan) {
         return;
     }
     nodes.parent[orphan] = static_cast<std::uint8_t>(best);
-    if (isBesideFree) Activate(orphan);
     if (nearest < nodes.distance[orphan]) {
         nodes.distance[orphan] = std::min(nodes.distance[orphan], nearest + SPACING);
         return;
