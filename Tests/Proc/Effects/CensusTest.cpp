@@ -15,6 +15,7 @@
 #include <optional>
 #include <ostream>
 #include <random>
+#include <span>
 
 namespace Velnor::Proc {
 
@@ -70,7 +71,7 @@ std::unique_ptr<Settings> RandomSettings(Random& random, SettingsType const& typ
 /// The caller's own memory around a picture: rows with bytes between them, and bytes before and after.
 class GuardedPicture {
 public:
-    GuardedPicture(PixFmt format, std::uint32_t width, std::uint32_t height, std::uint32_t seed) {
+    GuardedPicture(PixFmt format, std::uint32_t width, std::uint32_t height, std::uint32_t seed, bool isMask = false) {
         IEffectContext& context = *PluginHost().GetContext();
         VideoHandle const noise = MakeNoise(context, format, width, height, seed);
         std::vector<ConstPlane> planes;
@@ -83,6 +84,7 @@ public:
             MutablePlane const target(memory.data() + at, Stride(source), source.GetWidth(), source.GetHeight(),
                                       source.GetSampleBytes());
             CopyPlane(source, target);
+            if (isMask) ReduceToStrokes(target);
             planes.push_back(
                 {target.GetData(), Stride(source), source.GetWidth(), source.GetHeight(), source.GetSampleBytes()});
             at += Size(source) + MARGIN;
@@ -95,6 +97,13 @@ public:
     bool IsUntouched() const { return memory == original; }
 
 private:
+    /// The values by which effects know strokes, and 0 between them.
+    static void ReduceToStrokes(MutablePlane const& mask) {
+        constexpr std::array<unsigned char, 3> VALUES{0, 128, 255};
+        for (std::uint64_t y = 0; y < mask.GetHeight(); ++y)
+            for (unsigned char& value : std::span(mask.GetRow(y), mask.GetWidth())) value = VALUES[value % 3];
+    }
+
     static constexpr std::size_t MARGIN = 67;
     static constexpr unsigned char GUARD = 0x5a;
     static std::int64_t Stride(ConstPlane const& plane) { return static_cast<std::int64_t>(plane.GetWidth()) + 13; }
@@ -127,7 +136,7 @@ protected:
         std::vector<GuardedPicture> inputs;
         inputs.emplace_back(format, width, height, 1);
         if (GetParam().kind != EffectKind::OneInput)
-            inputs.emplace_back(isMask ? PixFmt::GRAY8 : format, width, height, 2);
+            inputs.emplace_back(isMask ? PixFmt::GRAY8 : format, width, height, 2, isMask);
         return inputs;
     }
 
