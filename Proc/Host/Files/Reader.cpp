@@ -4,6 +4,7 @@
 #include "Proc/Host/Files/Metadata.h"
 #include "Proc/Host/Files/RowSink.h"
 #include "Proc/Host/Image.h"
+#include "Proc/Host/MemoryPool.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -101,8 +102,15 @@ std::jthread ProvidePages(MutablePlane const& plane) {
     if (plane.GetStride() <= 0 || bytes < WORTH_A_THREAD) return {};
     auto const first = (reinterpret_cast<std::uintptr_t>(plane.GetData()) + PAGE - 1) / PAGE * PAGE;
     auto const whole = bytes / PAGE * PAGE - PAGE;
-    // Where the kernel does not know it, each page comes with its first row.
-    return std::jthread([first, whole] { (void)madvise(reinterpret_cast<void*>(first), whole, MADV_POPULATE_WRITE); });
+    return std::jthread([first, whole] {
+        // By pieces: the kernel lets no other thread map memory meanwhile, and the decoder maps as it starts.
+        constexpr std::uintptr_t PIECE = MemoryPool::HUGE_PAGE;
+        for (std::uintptr_t at = first; at < first + whole; at = at / PIECE * PIECE + PIECE) {
+            std::uintptr_t const end = std::min(at / PIECE * PIECE + PIECE, first + whole);
+            // Where the kernel does not know it, each page comes with its first row.
+            if (madvise(reinterpret_cast<void*>(at), end - at, MADV_POPULATE_WRITE) != 0) return;
+        }
+    });
 }
 
 /// Puts all rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
