@@ -38,25 +38,15 @@ PixFmt WithoutAlpha(PixFmt format) {
     }
 }
 
-/// How the bytes of a pixel move between two packed formats of as many bytes; none when the target needs a byte that the
-/// source does not have (alpha), or has one that the target does not define (the fourth of rgb0).
+/// How the bytes of a pixel move between two packed formats. An alpha that the source lacks, and the byte that none of
+/// the target's components uses, become 255.
 std::optional<Kernels::ByteOrder> FindByteOrder(PixFmtDescription const& from, PixFmtDescription const& to) {
-    bool const isPermutation = IsPackedRgb(from) && IsPackedRgb(to) && from.planes[0].bytes == to.planes[0].bytes &&
-                               from.hasAlpha == to.hasAlpha && (from.hasAlpha || from.planes[0].bytes == 3);
-    if (!isPermutation) return std::nullopt;
+    if (!IsPackedRgb(from) || !IsPackedRgb(to)) return std::nullopt;
     Kernels::ByteOrder order{};
+    order.fill(Kernels::OPAQUE_BYTE);
     for (std::size_t i = 0; i < 3; ++i) order.at(to.components[i].offset) = from.components[i].offset;
-    if (to.hasAlpha) order.at(to.alpha.offset) = from.alpha.offset;
+    if (from.hasAlpha && to.hasAlpha) order.at(to.alpha.offset) = from.alpha.offset;
     return order;
-}
-
-/// Whether libswscale moves these bytes faster than a loop. Left out: the formats whose fourth byte would become alpha,
-/// and three bytes to four that begin with alpha, where it writes past the end of the target.
-bool HasFastMove(PixFmtDescription const& from, PixFmtDescription const& to) {
-    if (!IsPackedRgb(from) || !IsPackedRgb(to)) return false;
-    bool const isThree = from.planes[0].bytes == 3;
-    bool const isLate = std::ranges::all_of(to.components, [](ComponentPlace place) { return place.offset < 3; });
-    return isThree ? isLate : from.hasAlpha || !to.hasAlpha;
 }
 
 template <class Side, class Picture, class GetPlane>
@@ -110,21 +100,20 @@ VideoHandle FormatConverter::Make(IDataVideo const& source, PixFmt format) const
 }
 
 bool FormatConverter::ConvertInPlace(IDataVideo& picture, PixFmt target) {
+    unsigned int const bytes = picture.GetDescription().planes[0].bytes;
     auto const order = FindByteOrder(picture.GetDescription(), Describe(target));
-    if (!order) return false;
+    if (!order || Describe(target).planes[0].bytes != bytes) return false;
     MutablePlane const plane = picture.GetMutablePlane(0);
-    Kernels::ReorderBytes(plane, plane, picture.GetDescription().planes[0].bytes, *order);
+    Kernels::ReorderBytes(plane, bytes, plane, bytes, *order);
     picture.Relabel(target);
     return true;
 }
 
 VideoHandle FormatConverter::MoveSamples(IDataVideo const& source, PixFmt target) {
     VideoHandle const result = Make(source, target);
-    if (auto const order = FindByteOrder(source.GetDescription(), Describe(target)))
-        Kernels::ReorderBytes(source.GetPlane(0), result->GetMutablePlane(0), source.GetDescription().planes[0].bytes,
-                              *order);
-    else if (HasFastMove(source.GetDescription(), Describe(target))) {
-        scaler.Scale(SourceSide(source, source.GetPixFmt()), TargetSide(*result, target), SettingsResizer::POINT);
+    if (auto const order = FindByteOrder(source.GetDescription(), Describe(target))) {
+        Kernels::ReorderBytes(source.GetPlane(0), source.GetDescription().planes[0].bytes, result->GetMutablePlane(0),
+                              Describe(target).planes[0].bytes, *order);
     } else {
         MoveColour(source, *result);
         MoveAlpha(source, *result);

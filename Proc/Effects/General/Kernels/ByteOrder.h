@@ -7,13 +7,14 @@
 
 namespace Velnor::Proc::Kernels {
 
-/// For each byte of a target pixel, which byte of the source pixel it takes.
+/// For each byte of a target pixel, which byte of the source pixel it takes, or OPAQUE_BYTE.
 using ByteOrder = std::array<std::uint8_t, 4>;
+constexpr std::uint8_t OPAQUE_BYTE = 0x80; ///< The target's byte becomes 255: an alpha that the source lacks.
 
-/// Changes the order of the bytes within each pixel of 3 or 4 bytes. Source and target are planes of the same size,
-/// width x height pixels, and may be the same plane. Of `order` the first `pixelBytes` entries count, each below
-/// `pixelBytes`.
-void ReorderBytes(ConstPlane const& source, MutablePlane const& target, unsigned int pixelBytes,
-                  ByteOrder const& order);
+/// Moves the bytes of each pixel to their places in another packed format. Source and target are planes of width x
+/// height pixels, `sourceBytes` and `targetBytes` a pixel, each 3 or 4; where these are equal both may be one plane. Of
+/// `order` the first `targetBytes` entries count, each below `sourceBytes` or OPAQUE_BYTE.
+void ReorderBytes(ConstPlane const& source, unsigned int sourceBytes, MutablePlane const& target,
+                  unsigned int targetBytes, ByteOrder const& order);
 
 } // namespace Velnor::Proc::Kernels
