@@ -6,94 +6,111 @@
 namespace Velnor::Proc::Kernels {
 namespace {
 
-// Photographs are smooth: neighbours hit the same counter, and each increment would wait for the store of the one
-// before. Neighbouring pixels therefore count into histograms of their own, added up at the end.
-constexpr std::size_t LANES = 4;
-
-/// Four channels of 256 counters would put the lanes 4096 bytes apart: the processor then takes the counter of one lane
-/// for the one just stored in another, and waits.
-constexpr std::size_t COUNTERS = 256 + 16;
-
-template <std::size_t Channels>
-struct Counters {
-    std::array<std::array<std::array<std::uint32_t, COUNTERS>, Channels>, LANES> lanes{};
-    std::array<Histogram, Channels> total{};
-
-    void Flush() {
-        for (auto& lane : lanes)
-            for (std::size_t channel = 0; channel < Channels; ++channel)
-                for (std::size_t level = 0; level < 256; ++level) {
-                    total[channel][level] += lane[channel][level];
-                    lane[channel][level] = 0;
-                }
+/// How often each pair of neighbouring bytes occurs; the histograms of the bytes are sums over it. A processor stores one
+/// counter a cycle, so pairs halve the time, and photographs are smooth: neighbours hit the same counter, and each
+/// increment would wait for the one before, where pairs give it twice as long. Few pairs occur in numbers, so 16-bit
+/// counters stay near the processor; what does not fit is counted apart.
+class PairCounts {
+public:
+    void Add(unsigned char const* bytes) {
+        std::size_t const pair = static_cast<std::size_t>(bytes[0]) | static_cast<std::size_t>(bytes[1]) << 8;
+        if (++counts[pair] == 0) [[unlikely]]
+            ++wraps[pair];
     }
+
+    void AddTo(Histogram& firstBytes, Histogram& secondBytes) const {
+        for (std::size_t pair = 0; pair < counts.size(); ++pair) {
+            std::uint64_t const count = counts[pair] + wraps[pair] * (std::uint64_t{UINT16_MAX} + 1);
+            firstBytes[pair & 255U] += count;
+            secondBytes[pair >> 8] += count;
+        }
+    }
+
+private:
+    std::array<std::uint16_t, 65536> counts{};
+    std::array<std::uint64_t, 65536> wraps{};
+    /// Keeps equal pairs of two such objects from sharing the lower bits of their addresses: the processor would take one
+    /// counter for the other, just stored, and wait.
+    std::array<unsigned char, 64> apart{};
 };
 
-/// Calls count(lane, pixel, x) for each whole pixel of the plane, after begin(row, pixels) for each row; 32-bit lanes are
-/// emptied before they could overflow.
-template <std::size_t Channels, class Begin, class Count>
-std::array<Histogram, Channels> CountPixels(ConstPlane const& plane, unsigned int pixelBytes, Begin const& begin,
-                                            Count const& count) {
-    auto counters = std::make_unique<Counters<Channels>>();
-    std::uint64_t const pixels = plane.GetWidth() / pixelBytes;
-    std::uint64_t counted = 0;
+void CountPixel(std::array<Histogram, 3>& components, unsigned char const* pixel) {
+    for (std::size_t k = 0; k < 3; ++k) ++components[k][pixel[k]];
+}
+
+/// Calls onRow(row, pixels) before it counts a row.
+template <std::size_t PixelBytes, class OnRow>
+std::array<Histogram, 3> CountComponents(ConstPlane const& plane, OnRow const& onRow) {
+    constexpr std::size_t PAIRS = PixelBytes == 3 ? 3 : 2; // Of two pixels of three bytes, or of one of four.
+    constexpr std::size_t STEP = PixelBytes == 3 ? 2 : 1;
+    auto const counters = std::make_unique<std::array<PairCounts, PAIRS>>();
+    std::array<Histogram, 3> components{};
+    std::uint64_t const pixels = plane.GetWidth() / PixelBytes;
     for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
-        if (counted + pixels > UINT32_MAX) {
-            counters->Flush();
-            counted = 0;
-        }
-        counted += pixels;
         unsigned char const* pixel = plane.GetRow(y);
-        begin(pixel, pixels);
-        std::uint64_t x = 0;
-        while (x + LANES <= pixels)
-            for (std::size_t lane = 0; lane < LANES; ++lane, ++x, pixel += pixelBytes)
-                count(counters->lanes[lane], pixel, x);
-        for (; x < pixels; ++x, pixel += pixelBytes) count(counters->lanes[0], pixel, x);
+        onRow(pixel, pixels);
+        for (std::uint64_t x = 0; x + STEP <= pixels; x += STEP, pixel += STEP * PixelBytes)
+            for (std::size_t pair = 0; pair < PAIRS; ++pair) (*counters)[pair].Add(pixel + 2 * pair);
+        if (pixels % STEP != 0) CountPixel(components, pixel);
     }
-    counters->Flush();
-    return counters->total;
+    if constexpr (PixelBytes == 3) {
+        (*counters)[0].AddTo(components[0], components[1]);
+        (*counters)[1].AddTo(components[2], components[0]);
+        (*counters)[2].AddTo(components[1], components[2]);
+    } else {
+        Histogram fourth{};
+        (*counters)[0].AddTo(components[0], components[1]);
+        (*counters)[1].AddTo(components[2], fourth);
+    }
+    return components;
 }
 
-template <class Lane>
-void CountComponents(Lane& lane, unsigned char const* pixel) {
-    ++lane[0][pixel[0]];
-    ++lane[1][pixel[1]];
-    ++lane[2][pixel[2]];
+template <class OnRow>
+std::array<Histogram, 3> CountBySize(ConstPlane const& plane, unsigned int pixelBytes, OnRow const& onRow) {
+    return pixelBytes == 3 ? CountComponents<3>(plane, onRow) : CountComponents<4>(plane, onRow);
 }
 
-/// With the pixel size known to the compiler, the loop has no multiplication.
-template <std::size_t Channels, class Begin, class Count>
-std::array<Histogram, Channels> CountBySize(ConstPlane const& plane, unsigned int pixelBytes, Begin const& begin,
-                                            Count const& count) {
-    if (pixelBytes == 3) return CountPixels<Channels>(plane, 3, begin, count);
-    return CountPixels<Channels>(plane, pixelBytes, begin, count);
-}
+/// One histogram of rows of bytes.
+class GreyCounts {
+public:
+    void AddRow(unsigned char const* bytes, std::uint64_t count) {
+        for (std::uint64_t x = 0; x + 2 <= count; x += 2) pairs->Add(bytes + x);
+        if (count % 2 != 0) ++rest[bytes[count - 1]];
+    }
 
-constexpr auto NOTHING = [](unsigned char const*, std::uint64_t) {};
+    Histogram Get() const {
+        Histogram total = rest;
+        pairs->AddTo(total, total);
+        return total;
+    }
+
+private:
+    std::unique_ptr<PairCounts> const pairs = std::make_unique<PairCounts>();
+    Histogram rest{};
+};
 
 } // namespace
 
 std::array<Histogram, 3> CountBytes(ConstPlane const& plane, unsigned int pixelBytes) {
-    return CountBySize<3>(plane, pixelBytes, NOTHING,
-                          [](auto& lane, unsigned char const* pixel, std::uint64_t) { CountComponents(lane, pixel); });
+    return CountBySize(plane, pixelBytes, [](unsigned char const*, std::uint64_t) {});
 }
 
 std::array<Histogram, 4> CountBytesAndLuma(ConstPlane const& plane, unsigned int pixelBytes,
                                            LumaWeights const& weights) {
-    std::vector<unsigned char> luma(plane.GetWidth() / pixelBytes);
-    auto const begin = [&](unsigned char const* row, std::uint64_t pixels) {
-        WriteLumaRow(row, pixels, pixelBytes, weights, luma.data());
-    };
-    return CountBySize<4>(plane, pixelBytes, begin, [&](auto& lane, unsigned char const* pixel, std::uint64_t x) {
-        CountComponents(lane, pixel);
-        ++lane[3][luma[x]];
-    });
+    std::vector<unsigned char> row(plane.GetWidth() / pixelBytes);
+    GreyCounts luma;
+    auto const [first, second, third] =
+        CountBySize(plane, pixelBytes, [&](unsigned char const* pixel, std::uint64_t pixels) {
+            WriteLumaRow(pixel, pixels, pixelBytes, weights, row.data());
+            luma.AddRow(row.data(), pixels);
+        });
+    return {first, second, third, luma.Get()};
 }
 
 Histogram CountGrey(ConstPlane const& plane) {
-    return CountPixels<1>(plane, 1, NOTHING,
-                          [](auto& lane, unsigned char const* pixel, std::uint64_t) { ++lane[0][*pixel]; })[0];
+    GreyCounts counts;
+    for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) counts.AddRow(plane.GetRow(y), plane.GetWidth());
+    return counts.Get();
 }
 
 } // namespace Velnor::Proc::Kernels

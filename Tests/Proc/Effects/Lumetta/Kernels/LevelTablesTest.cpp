@@ -82,6 +82,17 @@ TEST(Histogram, CountsLikeAPlainLoopWhateverTheRows) {
         }
 }
 
+TEST(Histogram, CountsMoreOfOneLevelThanACounterHolds) {
+    constexpr std::uint32_t SIDE = 401; // An odd row: pairs and a rest, 80,200 pairs in all.
+    VideoHandle const picture = MakeFlat(*CreateContext(), PixFmt::RGB24, SIDE, SIDE, {7, 8, 9});
+    auto const counted = CountBytesAndLuma(std::as_const(*picture).GetPlane(0), 3, WeightsByByte(false));
+    for (auto const& [channel, level] : {std::pair{0U, 7U}, {1U, 8U}, {2U, 9U}, {3U, 7U}}) {
+        Histogram expected{};
+        expected[level] = std::uint64_t{SIDE} * SIDE;
+        EXPECT_EQ(counted[channel], expected) << channel;
+    }
+}
+
 TEST(Histogram, LumaFollowsTheColourAndNotTheByteOrder) {
     auto const context = CreateContext();
     auto const lumaOf = [&](PixFmt format, std::initializer_list<int> pixel, unsigned int bytes, bool blueFirst) {
