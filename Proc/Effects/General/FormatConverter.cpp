@@ -1,11 +1,14 @@
 #include "Proc/Effects/General/FormatConverter.h"
 
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
+#include "Proc/Effects/General/Kernels/PaletteRows.h"
 #include "Proc/Effects/General/SampleMove.h"
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Velnor::Proc {
 namespace {
@@ -13,6 +16,11 @@ namespace {
 PixFmtDescription const& Describe(PixFmt format) { return *PixFmtDescription::Find(format); }
 
 bool IsPackedRgb(PixFmtDescription const& format) { return format.model == ColorModel::Rgb && format.planesCount == 1; }
+
+/// Whether every plane has a sample for each pixel.
+bool HasSamplesOfPixels(PixFmtDescription const& format) {
+    return format.model != ColorModel::Palette && format.chromaShiftX == 0 && format.chromaShiftY == 0;
+}
 
 /// Alpha-less formats with the same bytes, for sources: the alpha is moved apart from the colour.
 PixFmt WithoutAlpha(PixFmt format) {
@@ -90,8 +98,8 @@ VideoHandle FormatConverter::Convert(IDataVideo const& source, PixFmt target) {
         return same;
     }
     if (to->model == ColorModel::Palette) return MakePalettePicture(*pictures, *Convert(source, PixFmt::RGBA));
+    if (from.model == ColorModel::Palette) return ChangePalette(source, target);
     if (IsSampleMove(from, *to)) return MoveSamples(source, target);
-    if (from.model == ColorModel::Palette) return Convert(*MoveSamples(source, PixFmt::RGBA), target);
     return ChangeColour(source, target);
 }
 
@@ -121,6 +129,28 @@ VideoHandle FormatConverter::MoveSamples(IDataVideo const& source, PixFmt target
     return result;
 }
 
+/// Where each pixel has samples of its own, the palette is converted and not the pixels: as a picture of one row, a pixel
+/// an entry.
+VideoHandle FormatConverter::ChangePalette(IDataVideo const& source, PixFmt target) {
+    PixFmtDescription const& to = Describe(target);
+    FrameFormat const frame = source.GetFrameFormat();
+    FrameFormat const entries = FrameFormat::Square(256, 1);
+    bool const isWorthIt = std::uint64_t{frame.width} * frame.height > entries.width;
+    if (!isWorthIt || !HasSamplesOfPixels(to)) {
+        VideoHandle const rgba = MoveSamples(source, PixFmt::RGBA);
+        return target == PixFmt::RGBA ? rgba : Convert(*rgba, target);
+    }
+    VideoHandle const colours = pictures->CreateImage(PixFmt::PAL8, entries);
+    CopyPlane(source.GetPlane(1), colours->GetMutablePlane(1));
+    std::iota(colours->GetMutablePlane(0).GetRow(0), colours->GetMutablePlane(0).GetRow(0) + entries.width, 0);
+    VideoHandle const converted = Convert(*colours, target);
+    VideoHandle const result = Make(source, target);
+    for (unsigned char plane = 0; plane < to.planesCount; ++plane)
+        Kernels::LookUpSamples(source.GetPlane(0), std::as_const(*converted).GetPlane(plane).GetRow(0),
+                               to.planes[plane].bytes, result->GetMutablePlane(plane));
+    return result;
+}
+
 /// The formats differ in matrix or in chroma resolution. What is neither planar nor packed red, green and blue goes
 /// through its planar twin.
 VideoHandle FormatConverter::ChangeColour(IDataVideo const& source, PixFmt target) {
@@ -144,7 +174,7 @@ VideoHandle FormatConverter::ChangeColour(IDataVideo const& source, PixFmt targe
 void FormatConverter::ChangeChroma(IDataVideo const& source, IDataVideo& target) {
     CopyPlane(source.GetPlane(0), target.GetMutablePlane(0));
     for (unsigned char i = 1; i < 3; ++i)
-        scaler.Scale(AsGrey(source.GetPlane(i)), AsGrey(target.GetMutablePlane(i)), SettingsResizer::AREA);
+        GetScaler().Scale(AsGrey(source.GetPlane(i)), AsGrey(target.GetMutablePlane(i)), SettingsResizer::AREA);
 }
 
 void FormatConverter::ChangeMatrix(IDataVideo const& source, IDataVideo& target) {
@@ -155,8 +185,8 @@ void FormatConverter::ChangeMatrix(IDataVideo const& source, IDataVideo& target)
     };
     if (isOneSample(frame.width, to.chromaShiftX) || isOneSample(frame.height, to.chromaShiftY))
         return ChangeChroma(*Convert(source, PixFmt::YUV444P), target);
-    scaler.Scale(SourceSide(source, WithoutAlpha(source.GetPixFmt())),
-                 TargetSide(target, WithoutAlpha(target.GetPixFmt())), SettingsResizer::AREA);
+    scaler.Convert(SourceSide(source, WithoutAlpha(source.GetPixFmt())),
+                   TargetSide(target, WithoutAlpha(target.GetPixFmt())));
 }
 
 } // namespace Velnor::Proc

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Effects/General/Scaler.h"
+#include "Proc/Effects/General/BandScaler.h"
 #include "Proc/Interfaces/IEffectContext.h"
 
 namespace Velnor::Proc {
@@ -23,17 +23,18 @@ public:
     /// picture is as it was.
     static bool ConvertInPlace(IDataVideo& picture, PixFmt target);
 
-    Scaler& GetScaler() { return scaler; }
+    Scaler& GetScaler() { return scaler.GetScaler(); }
 
 private:
     VideoHandle Make(IDataVideo const& source, PixFmt format) const;
     VideoHandle MoveSamples(IDataVideo const& source, PixFmt target);
+    VideoHandle ChangePalette(IDataVideo const& source, PixFmt target);
     VideoHandle ChangeColour(IDataVideo const& source, PixFmt target);
     void ChangeChroma(IDataVideo const& source, IDataVideo& target);
     void ChangeMatrix(IDataVideo const& source, IDataVideo& target);
 
     ContextHandle pictures;
-    Scaler scaler;
+    BandScaler scaler;
 };
 
 /// The planar format that holds the samples of a format, byte for byte, with alpha where that has it; the format itself

@@ -2,9 +2,9 @@
 //
 //     class = (luma - lowest) * N / (highest - lowest + 1)       classes of equal width over the picture's own range
 //
-// The palette holds the mean red, green, blue and opacity of each class; an entry without pixels is opaque black, and no
-// pixel names it. The result is the palette picture of class numbers, or, unless that is asked for, the same colours in
-// the format of the input.
+// The palette holds the mean colour and opacity of each class, of the samples that the picture has: luma and chroma, or
+// red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette picture
+// of class numbers, or, unless that is asked for, the same colours in the format of the input.
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
+#include <vector>
 
 namespace Velnor::Proc {
 namespace {
@@ -35,73 +37,80 @@ Kernels::Table ClassTable(ConstPlane const& luma, int classes) {
     return table;
 }
 
+/// The samples of a row of pixels: three components and opacity.
+using SampleRow = std::array<unsigned char const*, 4>;
+
 struct ClassSum {
-    std::array<std::uint64_t, 4> sums{}; ///< Red, green, blue, opacity.
+    std::array<std::uint64_t, 4> sums{}; ///< As in SampleRow.
     std::uint64_t pixels = 0;
 };
+using ClassSums = std::array<ClassSum, 256>;
 
 /// Sums of few enough pixels for 32 bits, two of them in a word.
 struct PairedSum {
-    std::uint64_t redBlue = 0;
-    std::uint64_t greenOpacity = 0;
+    std::uint64_t even = 0; ///< Components 0 and 2.
+    std::uint64_t odd = 0;  ///< Components 1 and 3.
     std::uint64_t pixels = 0;
 };
 using PairedSums = std::array<PairedSum, 256>;
-constexpr std::uint64_t PAIRED_PIXELS = 0xffffffffU / 255;
 
-void Add(unsigned char const* rgba, PairedSum& sum) {
-    sum.redBlue += rgba[0] | std::uint64_t{rgba[2]} << 32;
-    sum.greenOpacity += rgba[1] | std::uint64_t{rgba[3]} << 32;
+template <std::size_t Step>
+void Add(SampleRow const& row, std::uint64_t x, PairedSum& sum) {
+    sum.even += row[0][x * Step] | std::uint64_t{row[2][x * Step]} << 32;
+    sum.odd += row[1][x * Step] | std::uint64_t{row[3][x * Step]} << 32;
     ++sum.pixels;
 }
 
-void Flush(PairedSums& from, std::array<ClassSum, 256>& to) {
+void Flush(PairedSums& from, ClassSums& to) {
     for (std::size_t i = 0; i < to.size(); ++i) {
         PairedSum const& sum = from[i];
-        std::uint64_t const parts[] = {sum.redBlue & 0xffffffffU, sum.greenOpacity & 0xffffffffU, sum.redBlue >> 32,
-                                       sum.greenOpacity >> 32};
+        std::uint64_t const parts[] = {sum.even & 0xffffffffU, sum.odd & 0xffffffffU, sum.even >> 32, sum.odd >> 32};
         for (std::size_t k = 0; k < 4; ++k) to[i].sums[k] += parts[k];
         to[i].pixels += sum.pixels;
     }
     from.fill({});
 }
 
-std::array<ClassSum, 256> SumClasses(ConstPlane const& rgba, ConstPlane const& classes) {
+/// @tparam Step  bytes from a pixel's sample to the next one's
+/// @param getRow  gives the SampleRow of row y
+template <std::size_t Step, class GetRow>
+ClassSums SumClasses(ConstPlane const& classes, GetRow const& getRow) {
     constexpr std::uint64_t BLOCK = 1 << 20;
-    static_assert(BLOCK <= PAIRED_PIXELS);
-    std::array<ClassSum, 256> all{};
+    constexpr std::uint64_t MOST = 0xffffffffU / 255; // Pixels that a 32-bit sum takes.
+    static_assert(BLOCK <= MOST);
+    ClassSums all{};
     // Neighbours are of one class mostly: two sums in turn do not wait for each other.
     std::array<PairedSums, 2> sums{};
     std::uint64_t summed = 0;
     for (std::uint64_t y = 0; y < classes.GetHeight(); ++y) {
-        unsigned char const* const colours = rgba.GetRow(y);
+        SampleRow const row = getRow(y);
         unsigned char const* const numbers = classes.GetRow(y);
         for (std::uint64_t from = 0; from < classes.GetWidth(); from += BLOCK) {
             std::uint64_t const to = std::min(from + BLOCK, classes.GetWidth());
             summed += to - from;
-            if (summed > PAIRED_PIXELS) {
+            if (summed > MOST) {
                 for (PairedSums& each : sums) Flush(each, all);
                 summed = to - from;
             }
             std::uint64_t x = from;
             for (; x + 2 <= to; x += 2) {
-                Add(colours + x * 4, sums[0][numbers[x]]);
-                Add(colours + x * 4 + 4, sums[1][numbers[x + 1]]);
+                Add<Step>(row, x, sums[0][numbers[x]]);
+                Add<Step>(row, x + 1, sums[1][numbers[x + 1]]);
             }
-            if (x < to) Add(colours + x * 4, sums[0][numbers[x]]);
+            if (x < to) Add<Step>(row, x, sums[0][numbers[x]]);
         }
     }
     for (PairedSums& each : sums) Flush(each, all);
     return all;
 }
 
-void WriteMeans(std::array<ClassSum, 256> const& all, MutablePlane const& palette) {
-    for (std::size_t i = 0; i < all.size(); ++i)
-        for (std::size_t k = 0; k < 4; ++k) {
-            std::uint64_t const pixels = all[i].pixels;
-            std::uint64_t const mean = pixels > 0 ? (all[i].sums[k] + pixels / 2) / pixels : (k == 3 ? 255 : 0);
-            palette.GetRow(0)[i * 4 + k] = static_cast<unsigned char>(mean);
-        }
+unsigned char GetMean(ClassSum const& sum, std::size_t component) {
+    return static_cast<unsigned char>((sum.sums[component] + sum.pixels / 2) / sum.pixels);
+}
+
+bool IsPlanarLuma(PixFmtDescription const& format) {
+    return format.model == ColorModel::Luma && format.planesCount >= 3 && format.chromaShiftX == 0 &&
+           format.chromaShiftY == 0;
 }
 
 } // namespace
@@ -116,21 +125,54 @@ public:
         if (classes < 1 || classes > 256)
             VELNOR_THROW(EffectException, "The number of colours of the posterize effect is " +
                                               std::to_string(classes) + "; 1 to 256 are possible.");
-        IDataVideo const& picture = AsVideo(data);
-        DataHandle const rgba = Convert(data, PixFmt::RGBA);
+        PixFmt const format = data->GetPixFmt();
+        bool const isPlanarLuma = IsPlanarLuma(AsVideo(data).GetDescription());
+        DataHandle const colours = isPlanarLuma ? data : Convert(data, PixFmt::RGBA);
         // The luma of a palette picture is that of its colours.
-        DataHandle const grey = Convert(data, PixFmt::GRAY8);
+        DataHandle const grey = isPlanarLuma ? data : Convert(data, PixFmt::GRAY8);
         ConstPlane const luma = AsVideo(ConstDataHandle(grey)).GetPlane(0);
 
-        VideoHandle const result = context->CreateImage(PixFmt::PAL8, picture.GetFrameFormat());
+        VideoHandle const result = context->CreateImage(PixFmt::PAL8, data->GetFrameFormat());
         Kernels::Table const table = ClassTable(luma, classes);
         MutablePlane const numbers = result->GetMutablePlane(0);
         Kernels::MapBytes(luma, numbers, {&table, 1}, 1);
-        WriteMeans(SumClasses(AsVideo(ConstDataHandle(rgba)).GetPlane(0), numbers), result->GetMutablePlane(1));
-        data = settings.IsPal() ? DataHandle(result) : Convert(result, picture.GetPixFmt());
+        WritePalette(AsVideo(ConstDataHandle(colours)), *result);
+        data = settings.IsPal() ? DataHandle(result) : Convert(result, format);
     }
 
 private:
+    /// Gives the palette picture, which holds the class numbers, its palette.
+    void WritePalette(IDataVideo const& colours, IDataVideo& result) {
+        ConstPlane const numbers = std::as_const(result).GetPlane(0);
+        MutablePlane const palette = result.GetMutablePlane(1);
+        std::fill_n(palette.GetRow(0), palette.GetWidth(), static_cast<unsigned char>(0));
+        for (std::size_t i = 0; i < 256; ++i) palette.GetRow(0)[i * 4 + 3] = 255;
+        if (colours.GetPixFmt() == PixFmt::RGBA) {
+            ConstPlane const plane = colours.GetPlane(0);
+            ClassSums const sums = SumClasses<4>(numbers, [&](std::uint64_t y) {
+                unsigned char const* const row = plane.GetRow(y);
+                return SampleRow{row, row + 1, row + 2, row + 3};
+            });
+            for (std::size_t i = 0; i < sums.size(); ++i)
+                for (std::size_t k = 0; k < 4 && sums[i].pixels > 0; ++k)
+                    palette.GetRow(0)[i * 4 + k] = GetMean(sums[i], k);
+            return;
+        }
+        std::vector<unsigned char> const opaque(numbers.GetWidth(), 255);
+        bool const hasAlpha = colours.GetDescription().hasAlpha;
+        ClassSums const sums = SumClasses<1>(numbers, [&](std::uint64_t y) {
+            return SampleRow{colours.GetPlane(0).GetRow(y), colours.GetPlane(1).GetRow(y),
+                             colours.GetPlane(2).GetRow(y), hasAlpha ? colours.GetPlane(3).GetRow(y) : opaque.data()};
+        });
+        VideoHandle const entries = context->CreateImage(PixFmt::YUVA444P, FrameFormat::Square(256, 1));
+        entries->Fill(Color(0, 0, 0, 255));
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            for (unsigned char k = 0; k < 4 && sums[i].pixels > 0; ++k)
+                entries->GetMutablePlane(k).GetRow(0)[i] = GetMean(sums[i], k);
+        DataHandle const converted = Convert(DataHandle(entries), PixFmt::RGBA);
+        CopyPlane(AsVideo(ConstDataHandle(converted)).GetPlane(0), palette);
+    }
+
     DataHandle Convert(DataHandle const& data, PixFmt format) {
         if (!converter) converter = MakeOneInput<SettingsColorspaceConverter>();
         converter->SetSettings(SettingsColorspaceConverter(format, true));

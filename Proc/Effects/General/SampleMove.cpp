@@ -116,7 +116,10 @@ void Move(Samples<unsigned char const> const& source, Samples<unsigned char> con
 void Fill(Samples<unsigned char> const& target, unsigned char value) {
     for (std::size_t y = 0; y < target.rows; ++y) {
         unsigned char* const row = target.Row(y);
-        for (std::size_t x = 0; x < target.count; ++x) row[x * target.step] = value;
+        if (target.step == 1)
+            std::memset(row, value, target.count);
+        else
+            for (std::size_t x = 0; x < target.count; ++x) row[x * target.step] = value;
     }
 }
 

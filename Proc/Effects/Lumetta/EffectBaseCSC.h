@@ -84,7 +84,7 @@ public:
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
         intrusive_ptr<IData> unprocessed = AsVideo(data).MakeCopy(CopyMode::Independent);
-        lumaConverter->ProcessData(unprocessed);
+        if (!HasLumaPlane(AsVideo(data).GetDescription())) lumaConverter->ProcessData(unprocessed);
         ProcessInternalColor(data);
         lumaConverter->ProcessData(data);
         CopyPlane(std::as_const(AsVideo(unprocessed)).GetPlane(0), AsVideo(data).GetMutablePlane(0));
@@ -94,6 +94,12 @@ public:
     virtual void ProcessInternalColor(intrusive_ptr<IData>& data) = 0;
 
 private:
+    /// Whether plane 0 is what a conversion to luma and chroma would make of it.
+    static bool HasLumaPlane(PixFmtDescription const& format) {
+        bool const isLuma = format.model == ColorModel::Grey || format.model == ColorModel::Luma;
+        return isLuma && format.planes[0].bytes == 1;
+    }
+
     intrusive_ptr<IOneInputEffectVideo> lumaConverter;
 };
 

@@ -2,26 +2,37 @@
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
 
+#include <array>
 #include <string>
 
 namespace Velnor::Proc::Kernels {
 
 void AddChroma(ChromaClasses const& picture, std::span<ChromaSum> sums) {
+    // Neighbours are of one class mostly: sums in turn do not wait for each other.
+    constexpr std::size_t LANES = 4;
+    std::array<std::array<ChromaSum, 256>, LANES> lanes{};
     for (std::uint64_t y = 0; y < picture.blue.GetHeight(); ++y) {
         unsigned char const* const classes = picture.classes.GetRow(y << picture.shiftY);
         unsigned char const* const blue = picture.blue.GetRow(y);
         unsigned char const* const red = picture.red.GetRow(y);
         for (std::uint64_t x = 0; x < picture.blue.GetWidth(); ++x) {
-            std::size_t const number = classes[x << picture.shiftX];
-            if (number >= sums.size())
-                VELNOR_THROW(EffectException, "A pixel is of class " + std::to_string(number) + "; there are only " +
-                                                  std::to_string(sums.size()) + " classes, counted from 0.");
-            ChromaSum& sum = sums[number];
+            ChromaSum& sum = lanes[x % LANES][classes[x << picture.shiftX]];
             sum.blue += blue[x];
             sum.red += red[x];
             ++sum.count;
         }
     }
+    for (auto const& lane : lanes)
+        for (std::size_t number = 0; number < lane.size(); ++number) {
+            ChromaSum const& part = lane[number];
+            if (part.count == 0) continue;
+            if (number >= sums.size())
+                VELNOR_THROW(EffectException, "A pixel is of class " + std::to_string(number) + "; there are only " +
+                                                  std::to_string(sums.size()) + " classes, counted from 0.");
+            sums[number].blue += part.blue;
+            sums[number].red += part.red;
+            sums[number].count += part.count;
+        }
 }
 
 void DivideChroma(std::span<ChromaSum> sums) {

@@ -147,6 +147,31 @@ TEST_F(ColorspaceConverterTest, APaletteHoldsUpTo256ColoursExactlyAndMoreNearly)
     EXPECT_GT(used.size(), 200U);
 }
 
+TEST_F(ColorspaceConverterTest, PixelsOfAPaletteAreConvertedAsTheirColours) {
+    VideoHandle const picture = Convert(MakeNoise(*context, PixFmt::RGBA, 29, 17), {PixFmt::PAL8});
+    VideoHandle const colours = Convert(picture, {PixFmt::RGBA});
+    for (PixFmtDescription const& to : PixFmtDescription::GetAll()) {
+        if (to.format == PixFmt::PAL8) continue;
+        EXPECT_EQ(Samples(*Convert(picture, {to.format})), Samples(*Convert(colours, {to.format}))) << to.name;
+    }
+}
+
+TEST_F(ColorspaceConverterTest, ALargePictureComesOutAsItsPartsDo) {
+    constexpr std::uint32_t WIDTH = 1601; // Large enough for several threads; rows end off every vector.
+    constexpr std::uint32_t HEIGHT = 1350;
+    constexpr std::uint32_t STRIP = 270;
+    for (auto const& [from, to] : {std::pair{PixFmt::RGB24, PixFmt::YUV444P}, {PixFmt::YUVA444P, PixFmt::RGB24}}) {
+        VideoHandle const source = MakeNoise(*context, from, WIDTH, HEIGHT);
+        VideoHandle const whole = Convert(source, {to});
+        for (std::uint32_t y = 0; y < HEIGHT; y += STRIP) {
+            Rectangle const strip{0, y, WIDTH, STRIP};
+            VideoHandle const expected = Convert(source->MakePart(strip), {to});
+            VideoHandle const got = whole->MakePart(strip);
+            EXPECT_EQ(Samples(*got), Samples(*expected)) << PairName(*source, *whole) << " from row " << y;
+        }
+    }
+}
+
 TEST_F(ColorspaceConverterTest, ReadsAndWritesNothingOutsideThePicture) {
     // Each plane of the source ends where the process's memory ends; rows are upside down every other time.
     for (PixFmtDescription const& from : PixFmtDescription::GetAll())

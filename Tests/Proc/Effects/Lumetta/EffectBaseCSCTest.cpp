@@ -133,7 +133,7 @@ TEST_F(EffectBaseCSCTest, LumaOfTheUnprocessedPictureComesBackAndTheInputIsSafe)
     std::vector<unsigned char> const before = Samples(*input);
     DataHandle data = input->MakeCopy(CopyMode::Value);
     effect->ProcessData(data);
-    EXPECT_EQ(recorder.Take(), (Calls{"run 2", "run 2"}));
+    EXPECT_EQ(recorder.Take(), Calls{"run 2"}); // of the result: the picture had its luma at hand
     EXPECT_EQ(Samples(*input), before);
     std::vector<unsigned char> const after = Samples(AsVideo(data));
     EXPECT_TRUE(std::equal(after.begin(), after.begin() + 35, before.begin()));

@@ -1,0 +1,34 @@
+#include "Proc/Effects/General/Kernels/PaletteRows.h"
+
+#include <cstring>
+
+namespace Velnor::Proc::Kernels {
+namespace {
+
+template <unsigned int Bytes>
+void LookUpRows(ConstPlane const& indices, unsigned char const* samples, MutablePlane const& target) {
+    for (std::uint64_t y = 0; y < indices.GetHeight(); ++y) {
+        unsigned char const* const from = indices.GetRow(y);
+        unsigned char* to = target.GetRow(y);
+        for (std::uint64_t x = 0; x < indices.GetWidth(); ++x, to += Bytes)
+            std::memcpy(to, samples + std::size_t{from[x]} * Bytes, Bytes);
+    }
+}
+
+} // namespace
+
+void LookUpSamples(ConstPlane const& indices, unsigned char const* samples, unsigned int bytes,
+                   MutablePlane const& target) {
+    switch (bytes) {
+    case 1:
+        return LookUpRows<1>(indices, samples, target);
+    case 2:
+        return LookUpRows<2>(indices, samples, target);
+    case 3:
+        return LookUpRows<3>(indices, samples, target);
+    default:
+        return LookUpRows<4>(indices, samples, target);
+    }
+}
+
+} // namespace Velnor::Proc::Kernels
