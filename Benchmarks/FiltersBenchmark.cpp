@@ -1,5 +1,6 @@
-// The bokeh's convolution against its plain loops and cv::filter2D, on 512 x 384 pixels; and a vignette on a second
-// picture of 12 megapixels against its conversion and one blend.
+// The bokeh's convolution against its plain loops and cv::filter2D, on 512 x 384 pixels; and on 12
+// megapixels a vignette of a second picture against its conversion and one blend, and oil paint against ImageMagick's on
+// the halved picture and the two resizes.
 #include "Benchmarks/Ratios.h"
 #include "Proc/Effects/Lumetta/Kernels/BokehCore.h"
 #include "Proc/Host/Host.h"
@@ -7,14 +8,18 @@
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
+#include "Proc/Settings/SettingsResizer.h"
 
+#include <Magick++.h>
 #include <benchmark/benchmark.h>
 #include <glog/logging.h>
 #include <opencv2/imgproc.hpp>
 
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 namespace Velnor::Benchmarks {
 namespace {
@@ -132,6 +137,46 @@ void VignetteParts(benchmark::State& state) {
     }
 }
 
+void OilPaintCall(benchmark::State& state) {
+    auto const effect =
+        TheHost().GetFactory()->CreateOneInputEffect(SettingsEffectOilPaint::CLASS_ID, ImplNames::VELNOR);
+    VideoHandle const photo = MakePhoto(PixFmt::RGB24);
+    for (auto _ : state) {
+        DataHandle data = photo;
+        effect->ProcessData(data);
+    }
+}
+
+/// The painting by the library itself on half of each side, and the two resizes around it.
+void OilPaintParts(benchmark::State& state) {
+    auto const makeResizer = [](FrameFormat const& target, SettingsResizer::ResizeMethods method) {
+        SettingsResizer resize;
+        resize.SetMode(SettingsResizer::TO_FRAME);
+        resize.SetFitting(SettingsResizer::STRETCH);
+        resize.SetMethod(method);
+        resize.SetTarget(target);
+        auto const resizer =
+            TheHost().GetFactory()->CreateOneInputEffect(SettingsResizer::CLASS_ID, ImplNames::DEFAULT);
+        resizer->SetSettings(resize);
+        return resizer;
+    };
+    auto const down = makeResizer(FrameFormat::Square(2000, 1500), SettingsResizer::FAST_BILINEAR);
+    auto const up = makeResizer(FrameFormat::Square(4000, 3000), SettingsResizer::BICUBIC);
+    VideoHandle const photo = MakePhoto(PixFmt::RGB24);
+    for (auto _ : state) {
+        DataHandle data = photo;
+        down->ProcessData(data);
+        ConstPlane const half = AsVideo(ConstDataHandle(data)).GetPlane(0);
+        std::vector<unsigned char> pixels;
+        for (std::uint64_t y = 0; y < half.GetHeight(); ++y)
+            pixels.insert(pixels.end(), half.GetRow(y), half.GetRow(y) + half.GetWidth());
+        Magick::Image image(2000, 1500, "RGB", Magick::CharPixel, pixels.data());
+        image.oilPaint(SettingsEffectOilPaint().GetRadius());
+        image.write(0, 0, 2000, 1500, "RGB", Magick::CharPixel, pixels.data());
+        up->ProcessData(data);
+    }
+}
+
 bool Register() {
     auto const add = [](std::string const& name, auto function) {
         benchmark::RegisterBenchmark(name.c_str(), function)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -142,11 +187,13 @@ bool Register() {
         add("bokeh-plain" + suffix, [=](benchmark::State& state) { BokehPlain(state, size); });
         add("bokeh-OpenCV" + suffix, [=](benchmark::State& state) { BokehOpenCv(state, size); });
     }
+    add("oil-paint/call", OilPaintCall);
+    add("oil-paint/parts", OilPaintParts);
     add("vignette/call", VignetteCall);
     add("vignette/parts", VignetteParts);
     return Compare({"bokeh/41", "bokeh-plain/41", 1 / 4.5}) && Compare({"bokeh/41", "bokeh-OpenCV/41", 1.1}) &&
            Compare({"bokeh/25", "bokeh-plain/25", 0}) && Compare({"bokeh/25", "bokeh-OpenCV/25", 0.5}) &&
-           Compare({"vignette/call", "vignette/parts", 1.3});
+           Compare({"oil-paint/call", "oil-paint/parts", 1.1}) && Compare({"vignette/call", "vignette/parts", 1.3});
 }
 
 bool const REGISTERED = Register();
