@@ -1,11 +1,15 @@
 // Panorama: joins overlapping photographs, by OpenCV's pipeline: ORB features matched between all pairs, cameras that fit
-// the matches best, exposure compensation, seams through what differs least, and blending in frequency bands.
+// the matches best, exposure compensation, seams through what differs least, and blending in frequency bands. Exposure
+// and blending are OpenCV's too, but done in rows and strips, in a fraction of the memory.
 //
 // M. Brown, D. Lowe, "Automatic Panoramic Image Stitching using Invariant Features", International Journal of Computer
 // Vision 74(1), 2007.
 #include "Proc/Effects/Photo/Guarded.h"
 #include "Proc/Effects/Photo/LargestRectangle.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
+#include "Proc/Effects/Photo/OpenCV/RowCompensator.h"
+#include "Proc/Effects/Photo/OpenCV/StripBlender.h"
+#include "Proc/Effects/Photo/PanoramaSize.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
@@ -50,6 +54,34 @@ void RequireJoined(cv::Stitcher::Status status, std::vector<int> const& joined, 
     bool const isOne = joined.size() + 1 == count;
     VELNOR_THROW(EffectException, (isOne ? "Picture " : "Pictures ") + ListMissing(joined, count) +
                                       (isOne ? " does" : " do") + " not match the others" + ADVICE);
+}
+
+/// The focal length that the stitcher makes the panorama for, in pixels of the pictures.
+double FindScale(cv::Stitcher const& stitcher) {
+    std::vector<double> lengths;
+    for (cv::detail::CameraParams const& camera : stitcher.cameras()) lengths.push_back(camera.focal);
+    std::ranges::sort(lengths);
+    std::size_t const half = lengths.size() / 2;
+    double const median = lengths.size() % 2 == 1 ? lengths[half] : (lengths[half - 1] + lengths[half]) / 2;
+    return median / stitcher.workScale();
+}
+
+/// Where the stitcher would place the pictures.
+std::vector<PanoramaPlace> FindPlaces(cv::Stitcher const& stitcher, std::vector<cv::Mat> const& views) {
+    auto const warper = stitcher.warper()->create(static_cast<float>(FindScale(stitcher)));
+    std::vector<cv::detail::CameraParams> const cameras = stitcher.cameras();
+    std::vector<PanoramaPlace> places;
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        cv::detail::CameraParams camera = cameras[i];
+        camera.focal /= stitcher.workScale();
+        camera.ppx /= stitcher.workScale();
+        camera.ppy /= stitcher.workScale();
+        cv::Mat intrinsic;
+        camera.K().convertTo(intrinsic, CV_32F);
+        cv::Rect const place = warper->warpRoi(views[i].size(), intrinsic, camera.R);
+        places.push_back({place.x, place.y, place.width, place.height});
+    }
+    return places;
 }
 
 } // namespace
@@ -100,14 +132,17 @@ private:
         cv::theRNG().state = SEED;
         bool const isFlat = settings.GetMode() == SettingsEffectPanorama::SCANS;
         auto const stitcher = cv::Stitcher::create(isFlat ? cv::Stitcher::SCANS : cv::Stitcher::PANORAMA);
-        stitcher->setExposureCompensator(
-            cv::detail::ExposureCompensator::createDefault(cv::detail::ExposureCompensator::GAIN_BLOCKS));
+        stitcher->setExposureCompensator(cv::makePtr<RowCompensator>());
         stitcher->setPanoConfidenceThresh(settings.GetConfidence());
         cv::Stitcher::Status const status = stitcher->estimateTransform(views);
         RequireJoined(status, stitcher->component(), views.size());
-        cv::Mat joined;
-        RequireJoined(stitcher->composePanorama(joined), stitcher->component(), views.size());
-        cv::Mat const mask = stitcher->resultMask().getMat(cv::ACCESS_READ);
+        RequirePossibleSize(FindPlaces(*stitcher, views));
+        auto const blender = cv::makePtr<StripBlender>();
+        stitcher->setBlender(blender);
+        cv::Mat unused;
+        RequireJoined(stitcher->composePanorama(unused), stitcher->component(), views.size());
+        cv::Mat const joined = blender->GetResult();
+        cv::Mat const mask = blender->GetCoverage();
         return settings.GetBorder() == SettingsEffectPanorama::CLEAR ? MakeClear(joined, mask) : Crop(joined, mask);
     }
 
