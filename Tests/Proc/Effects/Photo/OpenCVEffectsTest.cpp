@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <tuple>
 
 namespace Velnor::Proc {
 namespace {
@@ -251,6 +252,96 @@ TEST_F(OpenCVEffectsTest, SmartBlurKeepsEdgesAtFiftyAndNoneAtAHundred) {
     EXPECT_LT(At(*sharp, 149, 100), 40);
     EXPECT_GT(At(*sharp, 150, 100), 210);
     EXPECT_EQ(At(*sharp, 20, 100), 60);
+}
+
+/// A place outside of the picture shows its mirror image.
+int Mirror(int at, int length) {
+    while (at < 0 || at >= length) at = at < 0 ? -at - 1 : 2 * length - at - 1;
+    return at;
+}
+
+/// Means over the window of half-width `reach`, by the direct sum; `weight` is that of a distance.
+template <class Weight>
+std::vector<double> DirectMeans(std::vector<double> const& values, int width, int reach, Weight const& weight) {
+    int const height = int(values.size()) / width;
+    std::vector<double> means;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            double sum = 0;
+            double weights = 0;
+            for (int v = -reach; v <= reach; ++v)
+                for (int u = -reach; u <= reach; ++u) {
+                    double const each = weight(u) * weight(v);
+                    sum += each * values[std::size_t(Mirror(y + v, height) * width + Mirror(x + u, width))];
+                    weights += each;
+                }
+            means.push_back(sum / weights);
+        }
+    return means;
+}
+
+TEST_F(OpenCVEffectsTest, SmartBlurIsTheGuidedFilterByDirectSums) {
+    SettingsEffectSmartBlur settings;
+    settings.SetLumaBlur(40);
+    settings.SetLumaSharpen(60);
+    double const tolerance = 400.0 * 0.8 * 40 / 60;
+    auto const alike = [](int) { return 1.0; };
+    auto const bell = [](int x) { return std::exp(-x * x / (2 * 1.5 * 1.5)); };
+    for (auto const& [w, h, reach] : {std::tuple{1, 1, 1}, {40, 2, 1}, {3, 35, 1}, {210, 150, 5}}) {
+        VideoHandle const picture = MakeGrey(std::uint32_t(w), std::uint32_t(h), [](int x, int y) {
+            return (x + y < 130 ? 60 : 170) + (x * x * 7 + y * 13 + x * y) % 41;
+        });
+        std::vector<double> values, squares;
+        for (int i = 0; i < w * h; ++i) values.push_back(At(*picture, i % w, i / w));
+        for (double const value : values) squares.push_back(value * value);
+        std::vector<double> const mean = DirectMeans(values, w, reach, alike);
+        std::vector<double> const square = DirectMeans(squares, w, reach, alike);
+        std::vector<double> const smooth = DirectMeans(values, w, 6, bell);
+        std::vector<double> keep, rest;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            double const variance = square[i] - mean[i] * mean[i];
+            keep.push_back(variance / (variance + tolerance));
+            rest.push_back((1 - keep[i]) * mean[i]);
+        }
+        keep = DirectMeans(keep, w, reach, alike);
+        rest = DirectMeans(rest, w, reach, alike);
+        VideoHandle const result = Apply(settings, picture);
+        double worst = 0;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            double const wanted = rest[i] + keep[i] * values[i] + 0.6 * keep[i] * (values[i] - smooth[i]);
+            double const got = At(*result, int(i) % w, int(i) / w);
+            worst = std::max(worst, std::abs(got - std::clamp(wanted, 0.0, 255.0)));
+        }
+        EXPECT_LE(worst, 0.51) << w << " x " << h;
+    }
+}
+
+TEST_F(OpenCVEffectsTest, SmartBlurTreatsInterleavedChromaAsPlanes) {
+    VideoHandle const planar = MakeNoise(context, PixFmt::YUV420P, 61, 33);
+    VideoHandle const interleaved = context.CreateImage(PixFmt::NV12, planar->GetFrameFormat());
+    CopyPlane(std::as_const(*planar).GetPlane(0), interleaved->GetMutablePlane(0));
+    auto const chroma = [](IDataVideo const& of, std::uint64_t x, std::uint64_t y, unsigned char k) {
+        if (of.GetPixFmt() == PixFmt::NV12) return of.GetPlane(1).GetRow(y)[2 * x + k];
+        return of.GetPlane(static_cast<unsigned char>(1 + k)).GetRow(y)[x];
+    };
+    for (std::uint64_t y = 0; y < 17; ++y)
+        for (std::uint64_t i = 0; i < 62; ++i)
+            interleaved->GetMutablePlane(1).GetRow(y)[i] = chroma(*planar, i / 2, y, static_cast<unsigned char>(i % 2));
+    VideoHandle const alpha = MakeGrey(61, 33, [](int x, int y) { return x < 20 ? 0 : std::min(255, 3 * x + 2 * y); });
+    SettingsEffectSmartBlur settings;
+    settings.SetChromaSharpen(30);
+    for (bool const hasAlpha : {false, true}) {
+        if (hasAlpha)
+            for (VideoHandle const& each : {planar, interleaved}) each->SetPlane(0, std::as_const(*alpha).GetPlane(0));
+        VideoHandle const wanted = Apply(settings, planar);
+        VideoHandle const got = Apply(settings, interleaved);
+        ASSERT_EQ(got->GetPixFmt(), PixFmt::NV12);
+        std::size_t differences = 0;
+        for (std::uint64_t y = 0; y < 17; ++y)
+            for (std::uint64_t x = 0; x < 31; ++x)
+                for (unsigned char k = 0; k < 2; ++k) differences += chroma(*got, x, y, k) != chroma(*wanted, x, y, k);
+        EXPECT_EQ(differences, 0U) << hasAlpha;
+    }
 }
 
 TEST_F(OpenCVEffectsTest, CLAHESpreadsFlatContrastOfTheLumaAlone) {

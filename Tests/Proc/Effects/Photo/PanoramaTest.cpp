@@ -1,13 +1,16 @@
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Effects/Photo/PanoramaSize.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Tests/Proc/Effects/Photo/PhotoEffectTest.h"
 #include "Tests/Support/HostRun.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <random>
 
 namespace Velnor::Proc {
 namespace {
@@ -94,6 +97,67 @@ TEST_F(PanoramaTest, MarksWhatNoViewShowsAndGivesTheSameAgain) {
         EXPECT_GT(counts[255], 9 * samples.size() / 40);
         EXPECT_EQ(Samples(*Join(In(mode, S::CLEAR), {right, left})), samples);
     }
+}
+
+TEST_F(PanoramaTest, IsWholeOverManyStrips) {
+    constexpr std::uint32_t WIDTH = 700, HEIGHT = 7000;
+    VideoHandle const tall = MakeFlat(context, PixFmt::RGB24, WIDTH, HEIGHT, {120});
+    MutablePlane const plane = tall->GetMutablePlane(0);
+    std::mt19937 random(7);
+    auto const pick = [&](std::uint32_t count) { return static_cast<std::uint32_t>(random() % count); };
+    for (int i = 0; i < 4000; ++i) {
+        Rectangle const patch{pick(WIDTH - 60), pick(HEIGHT - 60), 8 + pick(50), 8 + pick(50)};
+        std::array<unsigned char, 3> const colour{static_cast<unsigned char>(pick(256)),
+                                                  static_cast<unsigned char>(pick(256)),
+                                                  static_cast<unsigned char>(pick(256))};
+        for (std::uint64_t y = patch.y; y < patch.y + patch.height; ++y)
+            for (std::uint64_t x = 3 * patch.x; x < 3 * (patch.x + patch.width); ++x)
+                plane.GetRow(y)[x] = colour.at(x % 3);
+    }
+    VideoHandle const joined =
+        Join(In(S::SCANS, S::CLEAR), {tall->MakePart({0, 0, 480, HEIGHT}), tall->MakePart({220, 0, 480, HEIGHT})});
+    ASSERT_NEAR(joined->GetFrameFormat().width, WIDTH, 3);
+    ASSERT_NEAR(joined->GetFrameFormat().height, HEIGHT, 3);
+    ConstPlane const got = std::as_const(*joined).GetPlane(0);
+    double worst = 0; // Of the rows, each at the best of some places, as the views may have moved by a pixel.
+    for (std::uint64_t y = 10; y < HEIGHT - 10; y += 5) {
+        double least = 255;
+        for (std::uint64_t down = 0; down < 5; ++down)
+            for (std::uint64_t across = 0; across < 5; ++across) {
+                double sum = 0;
+                for (std::uint64_t x = 10; x < WIDTH - 10; x += 5)
+                    for (std::uint64_t k = 0; k < 3; ++k)
+                        sum +=
+                            std::abs(plane.GetRow(y + down - 2)[3 * (x + across - 2) + k] - got.GetRow(y)[4 * x + k]);
+                least = std::min(least, sum / (3 * (WIDTH - 20) / 5));
+            }
+        worst = std::max(worst, least);
+    }
+    EXPECT_LT(worst, 15);
+}
+
+TEST(PanoramaSizeTest, RefusesWhatIsTooLargeOrTooFarAway) {
+    auto const refusal = [](std::vector<PanoramaPlace> const& places) {
+        return RefusalOf([&] { RequirePossibleSize(places); });
+    };
+    EXPECT_EQ(refusal({{-70000, 5, 3000, 2000}, {58072, 0, 3000, 2005}}), "");
+    EXPECT_EQ(
+        refusal({{-16384, 0, 16384, 16384}, {0, -5, 10, 16389}}),
+        "The panorama would be 16394 x 16389 pixels; at most 268435456 in all and 131072 on a side are possible.");
+    EXPECT_EQ(refusal({{-70000, 0, 300, 200}, {61000, 0, 300, 200}}),
+              "The panorama would be 131300 x 200 pixels; at most 268435456 in all and 131072 on a side are possible.");
+    EXPECT_EQ(refusal({{0, 0, 300, 200}, {0, 0, 40000, 20}}),
+              "Picture 2 would take 40000 x 20 pixels of the panorama; 1 to 32766 on a side are possible: it hardly "
+              "matches the others.");
+    EXPECT_EQ(
+        refusal({{0, 0, 300, 0}, {0, 0, 4, 2}}),
+        "Picture 1 would take 300 x 0 pixels of the panorama; 1 to 32766 on a side are possible: it hardly matches "
+        "the others.");
+    // What a conversion of a number without end makes of it.
+    EXPECT_EQ(
+        refusal({{0, 0, 300, 200}, {-2147483648, 0, 1, 1}}),
+        "Picture 2 would lie at -2147483648, 0 in the panorama; at most 1073741824 from its origin is possible: it "
+        "hardly matches the others.");
 }
 
 TEST_F(PanoramaTest, IsWhatTheStitcherDoesWithPhotographs) {
