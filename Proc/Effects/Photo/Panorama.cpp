@@ -56,6 +56,17 @@ void RequireJoined(cv::Stitcher::Status status, std::vector<int> const& joined, 
                                       (isOne ? " does" : " do") + " not match the others" + ADVICE);
 }
 
+/// Pictures that are joined without a match that speaks for it leave nothing to refine their arrangement by, which OpenCV
+/// takes for a fault of its caller.
+cv::Stitcher::Status Arrange(cv::Stitcher& stitcher, std::vector<cv::Mat> const& views) {
+    try {
+        return stitcher.estimateTransform(views);
+    } catch (cv::Exception const& error) {
+        if (error.code != cv::Error::StsAssert) throw;
+        return cv::Stitcher::ERR_CAMERA_PARAMS_ADJUST_FAIL;
+    }
+}
+
 /// The focal length that the stitcher makes the panorama for, in pixels of the pictures.
 double FindScale(cv::Stitcher const& stitcher) {
     std::vector<double> lengths;
@@ -134,7 +145,7 @@ private:
         auto const stitcher = cv::Stitcher::create(isFlat ? cv::Stitcher::SCANS : cv::Stitcher::PANORAMA);
         stitcher->setExposureCompensator(cv::makePtr<RowCompensator>());
         stitcher->setPanoConfidenceThresh(settings.GetConfidence());
-        cv::Stitcher::Status const status = stitcher->estimateTransform(views);
+        cv::Stitcher::Status const status = Arrange(*stitcher, views);
         RequireJoined(status, stitcher->component(), views.size());
         RequirePossibleSize(FindPlaces(*stitcher, views));
         auto const blender = cv::makePtr<StripBlender>();

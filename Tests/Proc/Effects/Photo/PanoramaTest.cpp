@@ -173,6 +173,11 @@ TEST_F(PanoramaTest, SaysWhichPicturesDoNotMatch) {
     EXPECT_EQ(Refusal(S(), {left}), "A panorama is made of two pictures or more, 1 is given.");
     EXPECT_EQ(Refusal(S(), {left, MakeFlat(context, PixFmt::RGB24, 500, 31, {0})}),
               "Picture 2 of the panorama is 500 x 31 pixels; both sides must be 32 or more.");
+    S loose;
+    loose.SetConfidence(0);
+    VideoHandle const plain = MakeFlat(context, PixFmt::RGB24, 300, 200, {90});
+    EXPECT_EQ(Refusal(loose, {plain, plain}),
+              "The pictures match, but not as views from one camera: no refinement of their arrangement was found.");
     S strict;
     strict.SetConfidence(11);
     EXPECT_EQ(Refusal(strict, {left, right}), "The confidence of the panorama is 11.000000; 0 to 10 are possible.");
