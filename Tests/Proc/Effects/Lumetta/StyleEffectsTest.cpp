@@ -5,6 +5,7 @@
 #include "Proc/Effects/Lumetta/Kernels/HatchStrokes.h"
 #include "Proc/Effects/Lumetta/Kernels/PullPush.h"
 #include "Proc/Effects/Lumetta/Kernels/Scratches.h"
+#include "Proc/Effects/Lumetta/Kernels/TurnedMean.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
@@ -88,6 +89,49 @@ TEST_F(StyleEffectsTest, ATurnKeepsRingsAndAZoomKeepsRays) {
             }
         EXPECT_LT(contrast, 85);
     }
+}
+
+TEST(TurnedMeanTest, IsTheMeanOfTwoPlacesInTheMiddleAndAtEachBorder) {
+    constexpr std::int64_t WIDTH = 43, HEIGHT = 19;
+    Kernels::Similarity const turned{std::cos(0.4), std::sin(0.4), 11, 14};
+    Kernels::Similarity const grown{0.7, 0, 60, -3};
+    Kernels::Similarity const mirrored{-1, 0, 21.25, 9.5};
+    for (std::int64_t const bytes : {1, 2, 3, 4})
+        for (auto const& [first, second] : {std::pair{turned, grown}, {grown, mirrored}, {mirrored, turned}}) {
+            auto const rowBytes = static_cast<std::uint64_t>(WIDTH * bytes);
+            std::vector<unsigned char> from(rowBytes * HEIGHT);
+            for (std::size_t i = 0; i < from.size(); ++i) from[i] = static_cast<unsigned char>(i * i * 37 >> 3);
+            std::vector<unsigned char> to(from.size());
+            auto const stride = static_cast<std::int64_t>(rowBytes);
+            Kernels::MeanOfTwo(ConstPlane(from.data(), stride, rowBytes, HEIGHT),
+                               MutablePlane(to.data(), stride, rowBytes, HEIGHT), static_cast<unsigned int>(bytes),
+                               first, second);
+            auto const sample = [&](Kernels::Similarity const& map, std::int64_t column, std::int64_t row,
+                                    std::int64_t k) {
+                double const dx = static_cast<double>(column) - map.centerX;
+                double const dy = static_cast<double>(row) - map.centerY;
+                double const x = std::clamp(map.centerX + map.a * dx - map.b * dy, 0.0, WIDTH - 1.0);
+                double const y = std::clamp(map.centerY + map.b * dx + map.a * dy, 0.0, HEIGHT - 1.0);
+                auto const at = [&](double u, double v) {
+                    auto const place = static_cast<std::int64_t>(std::min(v, HEIGHT - 1.0)) * WIDTH +
+                                       static_cast<std::int64_t>(std::min(u, WIDTH - 1.0));
+                    return static_cast<double>(from[static_cast<std::size_t>(place * bytes + k)]);
+                };
+                double const u = x - std::floor(x);
+                double const v = y - std::floor(y);
+                return (1 - v) * ((1 - u) * at(x, y) + u * at(x + 1, y)) +
+                       v * ((1 - u) * at(x, y + 1) + u * at(x + 1, y + 1));
+            };
+            double worst = 0;
+            for (std::int64_t y = 0; y < HEIGHT; ++y)
+                for (std::int64_t i = 0; i < WIDTH * bytes; ++i) {
+                    double const wanted =
+                        (sample(first, i / bytes, y, i % bytes) + sample(second, i / bytes, y, i % bytes)) / 2;
+                    worst = std::max(worst, std::abs(to[static_cast<std::size_t>(y * WIDTH * bytes + i)] - wanted));
+                }
+            // Places are rounded down to a 256th of a pixel, each way, where levels differ by up to 255.
+            EXPECT_LE(worst, 2.5) << bytes << " bytes, " << first.a << " and " << second.a;
+        }
 }
 
 TEST_F(StyleEffectsTest, DetailGrowsAndEdgesGetNoHalo) {
