@@ -69,11 +69,12 @@ void WriteMean(ConstPlane const& source, Walk const& one, Walk const& other, uns
     }
 }
 
-/// Where a walk of pixels 0 to count is inside: from `begin` to before `end`.
+/// Pixels of a row.
 struct Span {
     std::int64_t begin, end;
 };
 
+#ifdef __SSE2__
 /// Steps at which `at` is from 0 to below `limit`.
 Span StepsInside(std::int64_t at, std::int64_t step, std::int64_t limit, std::int64_t count) {
     if (step < 0) return StepsInside(limit - 1 - at, -step, limit, count);
@@ -87,7 +88,6 @@ Span Common(Span const& a, Span const& b) {
     return {begin, std::max(begin, std::min(a.end, b.end))};
 }
 
-#ifdef __SSE2__
 /// The same along a walk whose four neighbours, and what is read together with them, lie in the plane: all bytes of a
 /// pixel at a time.
 template <std::size_t Bytes>
