@@ -6,19 +6,20 @@
 // ActivateRect establishes this, and each step of GridTrees keeps it:
 //   - a node that joins a tree is active; one leaves the list only after all its edges were looked at;
 //   - pushing flow opens only edges up a source path, down a sink path, or from T to S: none of the three kinds;
-//   - a freed node wakes each neighbour in S that has an edge to it, and each in T that it has an edge to. The second
-//     kind matters: a -> b from S to T may have been left to a alone, and a is the one that is freed.
+//   - a freed node wakes each neighbour in T that it has an edge to, or in S that has an edge to it, if that is of the
+//     other tree: a -> b from S to T may have been left to a alone, and a is the one that is freed. In its own tree
+//     nothing is left that has an edge of its kind to it (see Parents).
 // Flow always runs along a path from source to sink, bounded by every residual on it. So with no active node left and
 // all flags restored, no edge leads out of S or into T: the flow is maximal by the cut {T, rest}. A node in T has a
-// path of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow
-// found.
+// path of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow.
 //
-// Parents. Distance grows from parent to child: a node joins behind its parent, moves only closer, or, when adopted
-// farther away, sheds the children that are no longer behind it. Hence no cycles, and walks end. Orphans are adopted in
-// the order of their level. An orphan made meanwhile is a child of the current one, so never of a lower level, and any
-// node of a lower level has a root. A node found to have one, and stamped, keeps it: only orphans and what hangs on
-// them lose theirs. Stamps are raised before each augmentation and a merged set starts from the larger one, so that a
-// stamp of an earlier augmentation, or of the other half, is never taken for a fresh one.
+// Parents. All nodes that can lose their root by an augmentation hang on an orphan. The search from an orphan goes to
+// what could be its parent, and that node's, and so on, and meets only nodes without a root until it ends: at a node
+// that has one, whose path therefore holds none of those met, so that turning the parents between makes no cycle; or
+// when all that could feed one of those met was met itself. All of them are then freed at once, and their children are
+// the next orphans. Whoever has a root keeps it until the last orphan is done, so a stamp that says so stays true.
+// Stamps are raised before each search and a merged set starts from the larger one, so that what an earlier search, or
+// the other half, left on a node is never taken for news.
 //
 // Thin edges. Regions and merges are solved with only the wider edges open, flags standing for "at least the threshold";
 // the argument holds for that graph. The merge that takes the last boundary holds all regions: none is left between two
@@ -84,7 +85,7 @@ GridGraphSolver::Memory::Memory(Kernels::GridLayout const& layout, unsigned work
     for (auto& residual : nodes.residual) residual = block.Take<std::uint16_t>(count);
     nodes.terminal = block.Take<std::int16_t>(count);
     nodes.nextActive = block.Take<std::uint32_t>(count);
-    nodes.nextOrphan = block.Take<std::uint32_t>(count);
+    nodes.cameFrom = block.Take<std::uint32_t>(count);
     nodes.distance = block.Take<std::uint32_t>(count);
     nodes.stamp = block.Take<std::uint32_t>(count);
     boundaryNodes = block.Take<std::uint32_t>(layout.GetBoundariesCount() * Kernels::GridLayout::MAX_REGION_SIDE);

@@ -32,7 +32,7 @@ class GridLayout {
 public:
     static constexpr std::uint32_t TILE = 8;
     static constexpr std::uint32_t MAX_REGION_SIDE = 640;
-    /// A path through all nodes, 16 units of distance a node, still fits 32 bits.
+    /// Stamps, a few for every orphan of a solve, still fit 32 bits.
     static constexpr std::uint64_t MAX_NODES = (std::uint64_t{1} << 28) - 1;
 
     /// @param gridWidth, gridHeight  pixels, from 1; the padded grid has up to MAX_NODES

@@ -8,9 +8,6 @@
 namespace Velnor::Proc::Kernels {
 namespace {
 
-constexpr std::uint32_t SPACING = 16;
-constexpr std::uint32_t NOWHERE = std::numeric_limits<std::uint32_t>::max();
-
 /// Whether an unsaturated edge lets the parent feed the child (source tree), or drain it (sink tree).
 /// @param direction  from the child to the parent
 template <std::uint8_t Tree>
@@ -121,7 +118,6 @@ GridTrees::Around GridTrees::LookAround(std::uint32_t node) const {
         unsigned const tree = other & TREE_MASK;
         auto const isLinked = unsigned{IsLinked<Tree>(other, label, Opposite(direction))};
         around.free |= (isLinked & unsigned{tree == FREE}) << direction;
-        around.same |= (isLinked & unsigned{tree == Tree}) << direction;
         around.opposed |= (isLinked & unsigned{tree == (SOURCE ^ SINK ^ Tree)}) << direction;
     }
     return around;
@@ -132,7 +128,7 @@ void GridTrees::Grow(std::uint32_t node) {
     auto const& steps = layout.GetSteps(node);
     while ((nodes.GetLabel(node) & TREE_MASK) == Tree) {
         Around around = LookAround<Tree>(node);
-        std::uint32_t const childDistance = nodes.distance[node] + SPACING;
+        std::uint32_t const childDistance = nodes.distance[node] + 1;
         while (around.free != 0) {
             unsigned const direction = Pop(around.free);
             std::uint32_t const other = node + steps[direction];
@@ -140,13 +136,6 @@ void GridTrees::Grow(std::uint32_t node) {
             nodes.parent[other] = static_cast<std::uint8_t>(Opposite(direction));
             nodes.distance[other] = childDistance;
             Activate(other);
-        }
-        while (around.same != 0) {
-            unsigned const direction = Pop(around.same);
-            std::uint32_t const other = node + steps[direction];
-            if (nodes.distance[other] <= childDistance) continue;
-            nodes.parent[other] = static_cast<std::uint8_t>(Opposite(direction)); // a shorter way to the root
-            nodes.distance[other] = childDistance;
         }
         if (around.opposed == 0) return;
         unsigned const direction = Pop(around.opposed);
@@ -192,7 +181,6 @@ int GridTrees::FindBottleneck(std::uint32_t node, int flow) const {
 
 template <std::uint8_t Tree>
 void GridTrees::Push(std::uint32_t node, int flow) {
-    block.level = NOWHERE;
     for (;;) {
         unsigned const up = nodes.parent[node];
         if (up == TERMINAL_PARENT) break;
@@ -217,88 +205,123 @@ void GridTrees::Push(std::uint32_t node, int flow) {
     if (nodes.terminal[node] == 0) AddOrphan(node);
 }
 
-void GridTrees::AddOrphan(std::uint32_t node) {
-    std::uint32_t const level = nodes.distance[node] / SPACING;
-    if (level >= buckets.size()) buckets.resize(level + level / 2 + 64);
-    nodes.parent[node] = NO_PARENT;
-    nodes.nextOrphan[node] = buckets[level];
-    buckets[level] = node;
-    block.level = std::min(block.level, level);
-    ++block.orphans;
-}
-
 template <std::uint8_t Tree>
 void GridTrees::AdoptOrphans() {
-    while (block.orphans != 0) {
-        while (buckets[block.level] == 0) ++block.level;
-        std::uint32_t const orphan = buckets[block.level];
-        buckets[block.level] = nodes.nextOrphan[orphan];
-        --block.orphans;
-        Adopt<Tree>(orphan);
+    rooted = ++now;
+    while (!orphans.empty()) {
+        std::uint32_t const orphan = orphans.back();
+        orphans.pop_back();
+        // An earlier one may have found its way through this, or freed it.
+        if ((nodes.GetLabel(orphan) & TREE_MASK) == Tree && nodes.parent[orphan] == NO_PARENT) Adopt<Tree>(orphan);
     }
 }
 
-/// Gives an orphan the nearest parent, or frees it. What could grow into it then wakes up, in the other tree too: an active
-/// node of this tree may have been meant to find that, and it may be this one.
+/// Searches for the nearest node that has a root and from which the orphan can be fed, or drained. What it meets on the
+/// way has lost its root too; if there is nothing else, all of that is free.
 template <std::uint8_t Tree>
 void GridTrees::Adopt(std::uint32_t orphan) {
-    unsigned const label = nodes.GetLabel(orphan);
-    auto const& steps = layout.GetSteps(orphan);
-    std::uint32_t nearest = NOWHERE;
+    visited = ++now;
+    rootless = ++now;
+    met.assign(1, orphan);
+    nodes.stamp[orphan] = visited;
+    for (std::size_t at = 0; at < met.size(); ++at) {
+        unsigned const direction = FindRoot<Tree>(met[at]);
+        if (direction != NO_PARENT) return TurnParents(orphan, met[at], direction);
+    }
+    for (std::uint32_t const node : met) {
+        nodes.SetLabel(node, nodes.GetLabel(node) & ~unsigned{TREE_MASK});
+        nodes.parent[node] = NO_PARENT;
+    }
+    for (std::uint32_t const node : met) LeaveTree<Tree>(node);
+}
+
+/// The direction of the neighbour that has a root and could be the node's parent, the nearest to its root of several;
+/// NO_PARENT if there is none. The others that could be its parent, but for want of a root, are put among those to ask.
+template <std::uint8_t Tree>
+unsigned GridTrees::FindRoot(std::uint32_t node) {
+    unsigned const label = nodes.GetLabel(node);
+    auto const& steps = layout.GetSteps(node);
+    std::uint32_t nearest = std::numeric_limits<std::uint32_t>::max();
     unsigned best = NO_PARENT;
-    unsigned children = 0;
-    unsigned wake = 0; // can feed the orphan, or from the other tree reach it
     for (unsigned direction = 0; direction < 4; ++direction) {
-        std::uint32_t const other = orphan + steps[direction];
+        std::uint32_t const other = node + steps[direction];
         unsigned const otherLabel = nodes.GetLabel(other);
-        unsigned const tree = otherLabel & TREE_MASK;
-        bool const isFed = IsLinked<Tree>(otherLabel, label, Opposite(direction));
-        bool const canFeed = IsLinked<Tree>(label, otherLabel, direction);
-        if (tree != Tree) {
-            wake |= unsigned{isFed && tree != FREE} << direction;
-            continue;
+        // What no edge leads to may be another worker's.
+        if ((otherLabel & TREE_MASK) != Tree || !IsLinked<Tree>(label, otherLabel, direction)) continue;
+        if (nodes.stamp[other] == visited) continue;
+        if (!HasRoot(other)) {
+            nodes.stamp[other] = visited;
+            nodes.cameFrom[other] = node;
+            met.push_back(other);
+        } else if (nodes.distance[other] < nearest) {
+            nearest = nodes.distance[other];
+            best = direction;
         }
-        if (!isFed && !canFeed) continue; // it may be another worker's
-        unsigned const up = nodes.parent[other];
-        bool const isChild = up == Opposite(direction);
-        children |= unsigned{isChild} << direction;
-        wake |= unsigned{canFeed} << direction;
-        if (!canFeed || isChild || up == NO_PARENT) continue;
-        std::uint32_t const distance = nodes.distance[other];
-        if (distance >= nearest || !HasRoot(other)) continue;
-        nearest = distance;
-        best = direction;
     }
-    if (best == NO_PARENT) {
-        while (children != 0) AddOrphan(orphan + steps[Pop(children)]);
-        nodes.SetLabel(orphan, label & ~unsigned{TREE_MASK});
-        while (wake != 0) Activate(orphan + steps[Pop(wake)]);
-        return;
-    }
-    nodes.parent[orphan] = static_cast<std::uint8_t>(best);
-    if (nearest < nodes.distance[orphan]) {
-        nodes.distance[orphan] = std::min(nodes.distance[orphan], nearest + SPACING);
-        return;
-    }
-    nodes.distance[orphan] = nearest + 1;
-    nodes.stamp[orphan] = now;
-    while (children != 0) {
-        std::uint32_t const child = orphan + steps[Pop(children)];
-        if (nodes.distance[child] <= nearest + 1) AddOrphan(child);
+    return best;
+}
+
+/// Makes the neighbour in that direction the parent of a node that was met, the node that of the one before it, and so
+/// on to the orphan. What hangs on any of them stays where it is.
+void GridTrees::TurnParents(std::uint32_t orphan, std::uint32_t node, unsigned direction) {
+    std::uint32_t parent = layout.GetNeighbour(node, direction);
+    for (;;) {
+        nodes.parent[node] = static_cast<std::uint8_t>(direction);
+        nodes.distance[node] = nodes.distance[parent] + 1;
+        nodes.stamp[node] = rooted;
+        if (node == orphan) return;
+        parent = node;
+        node = nodes.cameFrom[parent];
+        auto const& steps = layout.GetSteps(node);
+        for (direction = 0; node + steps[direction] != parent; ++direction) {
+        }
     }
 }
 
-/// Whether the node's tree path ends at a terminal. No orphan is nearer than the current level, and paths only come
-/// nearer; a node that is seen to have a root keeps it until the last orphan is adopted.
-bool GridTrees::HasRoot(std::uint32_t node) const {
+/// Makes orphans of the children of a freed node, and wakes what could grow into it: of the other tree alone, since all
+/// of this tree that could was freed with it. An active node may have been meant to find that, and it may be this one.
+template <std::uint8_t Tree>
+void GridTrees::LeaveTree(std::uint32_t node) {
+    unsigned const label = nodes.GetLabel(node);
+    auto const& steps = layout.GetSteps(node);
+    for (unsigned direction = 0; direction < 4; ++direction) {
+        std::uint32_t const other = node + steps[direction];
+        unsigned const otherLabel = nodes.GetLabel(other);
+        unsigned const tree = otherLabel & TREE_MASK;
+        if (tree == FREE || !IsLinked<Tree>(otherLabel, label, Opposite(direction))) continue;
+        if (tree != Tree) {
+            Activate(other);
+        } else if (nodes.parent[other] == Opposite(direction)) {
+            AddOrphan(other);
+        }
+    }
+}
+
+void GridTrees::AddOrphan(std::uint32_t node) {
+    nodes.parent[node] = NO_PARENT;
+    orphans.push_back(node);
+}
+
+/// Whether the node's tree path ends at a terminal. The nodes on it remember, and if it does their distance too: until
+/// the last orphan is adopted nothing loses its root any more.
+bool GridTrees::HasRoot(std::uint32_t node) {
     std::uint32_t at = node;
-    for (;;) {
+    std::uint32_t steps = 0;
+    for (;; ++steps) {
         unsigned const up = nodes.parent[at];
-        if (nodes.distance[at] / SPACING < block.level || up == TERMINAL_PARENT || nodes.stamp[at] == now) break;
-        if (up == NO_PARENT) return false;
+        std::uint32_t const stamp = nodes.stamp[at];
+        if (up == TERMINAL_PARENT || stamp == rooted) break;
+        if (up == NO_PARENT || stamp == visited || stamp == rootless) {
+            for (; node != at; node = layout.GetNeighbour(node, nodes.parent[node])) nodes.stamp[node] = rootless;
+            return false;
+        }
         at = layout.GetNeighbour(at, up);
     }
-    for (; node != at; node = layout.GetNeighbour(node, nodes.parent[node])) nodes.stamp[node] = now;
+    for (std::uint32_t distance = nodes.distance[at] + steps; node != at; --distance) {
+        nodes.distance[node] = distance;
+        nodes.stamp[node] = rooted;
+        node = layout.GetNeighbour(node, nodes.parent[node]);
+    }
     return true;
 }
 
