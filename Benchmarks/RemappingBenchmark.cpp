@@ -32,13 +32,16 @@ Map Swirl() {
     };
 }
 
+/// Opaque, as photographs are: colours weighted by an alpha that varies take twice the time, and OpenCV has no such thing.
 VideoHandle MakePicture(Host& host, PixFmt format) {
     VideoHandle const picture = host.GetContext()->CreateImage(format, FrameFormat::Square(WIDTH, HEIGHT));
     for (unsigned char i = 0; i < GetPlanesCount(*picture); ++i) {
         MutablePlane const plane = picture->GetMutablePlane(i);
         for (std::uint64_t y = 0; y < plane.GetHeight(); ++y)
             for (std::uint64_t x = 0; x < plane.GetWidth(); ++x)
-                plane.GetRow(y)[x] = static_cast<unsigned char>(x / 3 + y / 2 + (x * y) % 7);
+                plane.GetRow(y)[x] = format == PixFmt::RGBA && x % 4 == 3
+                                         ? 255
+                                         : static_cast<unsigned char>(x / 3 + y / 2 + (x * y) % 7);
     }
     return picture;
 }
