@@ -19,8 +19,7 @@ public:
     VideoHandle Convert(IDataVideo const& source, PixFmt target);
 
     /// Changes the format of the picture itself, its only owner asking: possible when both formats pack red, green and
-    /// blue into pixels of the same bytes, and target alpha comes from the source's. Returns whether it was; else the
-    /// picture is as it was.
+    /// blue into pixels of as many bytes. Returns whether it was; else the picture is as it was.
     static bool ConvertInPlace(IDataVideo& picture, PixFmt target);
 
     Scaler& GetScaler() { return scaler.GetScaler(); }
