@@ -26,8 +26,8 @@ cv::Mat MakeSlopes(int type, int seed) {
 }
 
 ConstPlane ToPlane(cv::Mat const& picture) {
-    return {picture.data, static_cast<std::int64_t>(picture.step[0]), picture.cols * picture.elemSize(), HEIGHT,
-            picture.elemSize()};
+    return {picture.data, static_cast<std::int64_t>(picture.step[0]),
+            static_cast<std::size_t>(picture.cols) * picture.elemSize(), HEIGHT, picture.elemSize()};
 }
 
 VideoHandle ToPicture(IEffectContext& context, cv::Mat const& picture) {

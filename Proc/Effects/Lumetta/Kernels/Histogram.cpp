@@ -31,7 +31,7 @@ private:
     std::array<std::uint64_t, 65536> wraps{};
     /// Keeps equal pairs of two such objects from sharing the lower bits of their addresses: the processor would take one
     /// counter for the other, just stored, and wait.
-    std::array<unsigned char, 64> apart{};
+    [[maybe_unused]] std::array<unsigned char, 64> apart{};
 };
 
 void CountPixel(std::array<Histogram, 3>& components, unsigned char const* pixel) {

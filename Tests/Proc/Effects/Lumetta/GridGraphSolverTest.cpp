@@ -278,7 +278,7 @@ TEST(GridGraphSolver, CancelsTerminalsAndCountsModulo65536) {
         }
         std::uint16_t flow = 0;
         GridCut const cut = CutByGrid(problem, 12, 640, &flow);
-        EXPECT_EQ(cut.value, std::uint64_t{width} * std::min<std::uint64_t>(source, sink));
+        EXPECT_EQ(cut.value, std::uint64_t{width} * static_cast<std::uint64_t>(std::min(source, sink)));
         return flow;
     };
     EXPECT_EQ(flowOf(64, 1024, 1024, 0), 0);         // 65536, straight through equal links

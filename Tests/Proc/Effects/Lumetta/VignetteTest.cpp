@@ -93,7 +93,7 @@ TEST_F(VignetteTest, TheConvertedPicturesFormatCounts) {
 }
 
 TEST_F(VignetteTest, TheLayerHasTheColourAndTheMasksOpacity) {
-    recorder.twoInput[5] = [this](DataHandle& first, ConstDataHandle const&) {
+    recorder.twoInput[5] = [](DataHandle& first, ConstDataHandle const&) {
         first = AsVideo(first).MakeCopy(CopyMode::Value); // the planes go to what came back
     };
     effect->SetSettings(Make(Color(10, 20, 30, 255)));
