@@ -54,9 +54,8 @@ static_assert(sizeof(GridWorkerBlock) <= 32);
 ///
 /// Where that paper takes a branch that lost its root apart, node by node, and grows most of it again from another side,
 /// the branch is turned here: a search from the orphan, within the branch, finds the nearest place where it touches the
-/// rest of the tree, and only the parents on the way there change direction. On a photograph that is a hundredth of the
-/// nodes, and the time no longer grows faster than the paths do. Distances are guesses that keep paths short; nothing
-/// else depends on them.
+/// rest of the tree, and only the parents on the way there change direction: on photographs a twentieth of the nodes.
+/// Distances are guesses that keep paths short; nothing else depends on them.
 class GridTrees {
 public:
     /// @param residual  capacity that the edges whose flags are set have at least; SolveRect changes it

@@ -28,7 +28,7 @@ public:
 
 private:
     std::array<std::uint16_t, 65536> counts{};
-    std::array<std::uint64_t, 65536> wraps{};
+    std::array<std::uint32_t, 65536> wraps{};
     /// Keeps equal pairs of two such objects from sharing the lower bits of their addresses: the processor would take one
     /// counter for the other, just stored, and wait.
     [[maybe_unused]] std::array<unsigned char, 64> apart{};
