@@ -7,7 +7,10 @@ install(TARGETS VelnorCore VelnorProc VelnorHost EXPORT VelnorTargets
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor)
 install(TARGETS velnor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 get_property(velnor_modules GLOBAL PROPERTY VELNOR_MODULES)
-install(TARGETS VelnorFiles ${velnor_modules} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+install(TARGETS ${velnor_modules} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+foreach(module IN LISTS velnor_modules)
+  install(FILES $<TARGET_FILE:${module}>.needed DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
+endforeach()
 install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 

@@ -1,6 +1,7 @@
 #include "Proc/Host/PictureFile.h"
 
 #include "Proc/Host/Files/FilesModule.h"
+#include "Proc/Host/ModuleLoader.h"
 #include "Proc/Host/PluginLoader.h"
 
 #include <dlfcn.h>
@@ -68,8 +69,7 @@ void RequireFormat(fs::path const& path, KindRecord const& record, PixFmtDescrip
 
 Files::FilesModule const& LoadModule() {
     fs::path const file = GetInstalledFolder() / Files::FILES_MODULE_FILE;
-    // Lazily: to bind every function of the file library and its hundred dependencies takes longer than a small picture.
-    void* const library = dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    void* const library = OpenModule(file);
     if (library == nullptr) {
         char const* const error = dlerror();
         VELNOR_THROW(FileException, std::string("The module that picture files need cannot be loaded: ") +

@@ -20,7 +20,7 @@ private:
     void ConvertRow(ScalerSource const& source, ScalerTarget const& target, std::uint32_t y);
 
     Scaler scaler;
-    std::vector<Scaler> bandScalers;
+    std::vector<Scaler> workerScalers;
     std::vector<unsigned char> row;
 };
 

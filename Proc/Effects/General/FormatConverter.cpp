@@ -1,5 +1,6 @@
 #include "Proc/Effects/General/FormatConverter.h"
 
+#include "Proc/Effects/General/Bands.h"
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
 #include "Proc/Effects/General/Kernels/PaletteRows.h"
 #include "Proc/Effects/General/SampleMove.h"
@@ -73,6 +74,16 @@ ScalerTarget TargetSide(IDataVideo& picture, PixFmt format) {
     return MakeSide<ScalerTarget>(picture, format, [&](unsigned char i) { return picture.GetMutablePlane(i); });
 }
 
+/// Reorders the bytes of pixels; the planes have as many rows as the picture.
+void Reorder(FrameFormat const& frame, ConstPlane const& source, MutablePlane const& target,
+             Kernels::ByteOrder const& order) {
+    auto const sourceBytes = static_cast<unsigned int>(source.GetSampleBytes());
+    auto const targetBytes = static_cast<unsigned int>(target.GetSampleBytes());
+    RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
+        Kernels::ReorderBytes(TakeRows(source, band), sourceBytes, TakeRows(target, band), targetBytes, order);
+    });
+}
+
 } // namespace
 
 PixFmt GetPlanarTwin(PixFmtDescription const& format) {
@@ -112,7 +123,7 @@ bool FormatConverter::ConvertInPlace(IDataVideo& picture, PixFmt target) {
     auto const order = FindByteOrder(picture.GetDescription(), Describe(target));
     if (!order || Describe(target).planes[0].bytes != bytes) return false;
     MutablePlane const plane = picture.GetMutablePlane(0);
-    Kernels::ReorderBytes(plane, bytes, plane, bytes, *order);
+    Reorder(picture.GetFrameFormat(), plane, plane, *order);
     picture.Relabel(target);
     return true;
 }
@@ -120,8 +131,7 @@ bool FormatConverter::ConvertInPlace(IDataVideo& picture, PixFmt target) {
 VideoHandle FormatConverter::MoveSamples(IDataVideo const& source, PixFmt target) {
     VideoHandle const result = Make(source, target);
     if (auto const order = FindByteOrder(source.GetDescription(), Describe(target))) {
-        Kernels::ReorderBytes(source.GetPlane(0), source.GetDescription().planes[0].bytes, result->GetMutablePlane(0),
-                              Describe(target).planes[0].bytes, *order);
+        Reorder(source.GetFrameFormat(), source.GetPlane(0), result->GetMutablePlane(0), *order);
     } else {
         MoveColour(source, *result);
         MoveAlpha(source, *result);
@@ -145,9 +155,14 @@ VideoHandle FormatConverter::ChangePalette(IDataVideo const& source, PixFmt targ
     std::iota(colours->GetMutablePlane(0).GetRow(0), colours->GetMutablePlane(0).GetRow(0) + entries.width, 0);
     VideoHandle const converted = Convert(*colours, target);
     VideoHandle const result = Make(source, target);
-    for (unsigned char plane = 0; plane < to.planesCount; ++plane)
-        Kernels::LookUpSamples(source.GetPlane(0), std::as_const(*converted).GetPlane(plane).GetRow(0),
-                               to.planes[plane].bytes, result->GetMutablePlane(plane));
+    ConstPlane const indices = source.GetPlane(0);
+    for (unsigned char plane = 0; plane < to.planesCount; ++plane) {
+        unsigned char const* const samples = std::as_const(*converted).GetPlane(plane).GetRow(0);
+        MutablePlane const looked = result->GetMutablePlane(plane);
+        RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
+            Kernels::LookUpSamples(TakeRows(indices, band), samples, to.planes[plane].bytes, TakeRows(looked, band));
+        });
+    }
     return result;
 }
 

@@ -79,12 +79,13 @@ class EffectBaseCSCLuma : public EffectBaseCSC<Interface, SettingsClass> {
 public:
     EffectBaseCSCLuma(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC<Interface, SettingsClass>(effectFactory, effectContext),
+          greyConverter(this->MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, true))),
           lumaConverter(this->MakeOneInput(
               SettingsColorspaceConverter(std::vector<PixFmt>{PixFmt::YUV444P, PixFmt::YUVA444P}, true))) {}
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
         intrusive_ptr<IData> unprocessed = AsVideo(data).MakeCopy(CopyMode::Independent);
-        if (!HasLumaPlane(AsVideo(data).GetDescription())) lumaConverter->ProcessData(unprocessed);
+        if (!HasLumaPlane(AsVideo(data).GetDescription())) greyConverter->ProcessData(unprocessed);
         ProcessInternalColor(data);
         lumaConverter->ProcessData(data);
         CopyPlane(std::as_const(AsVideo(unprocessed)).GetPlane(0), AsVideo(data).GetMutablePlane(0));
@@ -100,6 +101,8 @@ private:
         return isLuma && format.planes[0].bytes == 1;
     }
 
+    /// Grey is the luma of any conversion, without the cost of its chroma.
+    intrusive_ptr<IOneInputEffectVideo> greyConverter;
     intrusive_ptr<IOneInputEffectVideo> lumaConverter;
 };
 

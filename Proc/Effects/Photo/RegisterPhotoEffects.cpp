@@ -1,6 +1,7 @@
 #include "Proc/Effects/Photo/RegisterPhotoEffects.h"
 
 #include "Proc/Effects/Photo/PhotoModule.h"
+#include "Proc/Host/ModuleLoader.h"
 #include "Proc/Host/PluginLoader.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
@@ -28,7 +29,7 @@ constexpr char PANORAMA_MODULE[] = "libVelnorPanorama.so";
 
 EffectFactoryFunction FindInModule(char const* name, std::string const& classId) {
     std::filesystem::path const file = GetInstalledFolder() / name;
-    void* const library = dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    void* const library = OpenModule(file);
     if (library == nullptr) {
         char const* const error = dlerror();
         VELNOR_THROW(ProcException, "The module that " + classId + " needs cannot be loaded: " +

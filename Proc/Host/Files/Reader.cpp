@@ -94,7 +94,8 @@ VideoHandle CreatePicture(VipsImage* image, int orientation, IEffectContext& con
 }
 
 /// Has the system provide the memory of a large plane on another thread while the decoder, which needs it row by row,
-/// works: to clear 36 megabytes of new pages takes a tenth of the time of decoding into them. The plane outlives it.
+/// works: to clear 36 megabytes of new pages takes a tenth of the time of decoding into them. To be called when the
+/// decoder has started: the kernel lets no other thread map memory meanwhile. The plane outlives the thread.
 std::jthread ProvidePages(MutablePlane const& plane) {
     constexpr std::uint64_t WORTH_A_THREAD = 4U << 20;
     constexpr std::uintptr_t PAGE = 4096;
@@ -103,7 +104,7 @@ std::jthread ProvidePages(MutablePlane const& plane) {
     auto const first = (reinterpret_cast<std::uintptr_t>(plane.GetData()) + PAGE - 1) / PAGE * PAGE;
     auto const whole = bytes / PAGE * PAGE - PAGE;
     return std::jthread([first, whole] {
-        // By pieces: the kernel lets no other thread map memory meanwhile, and the decoder maps as it starts.
+        // By pieces, so that a decoder that has to map after all waits for one of them.
         constexpr std::uintptr_t PIECE = MemoryPool::HUGE_PAGE;
         for (std::uintptr_t at = first; at < first + whole; at = at / PIECE * PIECE + PIECE) {
             std::uintptr_t const end = std::min(at / PIECE * PIECE + PIECE, first + whole);
@@ -115,13 +116,15 @@ std::jthread ProvidePages(MutablePlane const& plane) {
 
 /// Puts all rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
 /// decoders work in sequence, and handing strips from thread to thread costs more than it brings.
-int PutRows(VipsImage* image, RowSink& sink) {
+int PutRows(VipsImage* image, MutablePlane const& plane, RowSink& sink) {
     constexpr int STRIP_ROWS = 16; // Small enough for the cache between the decoder and the picture.
+    std::jthread pages;
     Owned<VipsRegion> const region(vips_region_new(image));
     int const height = vips_image_get_height(image);
     for (int top = 0; top < height; top += STRIP_ROWS) {
         VipsRect const strip{0, top, vips_image_get_width(image), std::min(STRIP_ROWS, height - top)};
         if (vips_region_prepare(region.get(), &strip) != 0) return top;
+        if (top == 0) pages = ProvidePages(plane);
         for (int y = top; y < top + strip.height; ++y)
             sink.Put(static_cast<std::uint64_t>(y), VIPS_REGION_ADDR(region.get(), 0, y));
     }
@@ -132,9 +135,8 @@ void Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo&
     SampleDepth const depth =
         vips_image_get_format(image) == VIPS_FORMAT_USHORT ? SampleDepth::Bits16 : SampleDepth::Bits8;
     MutablePlane const plane = picture.GetMutablePlane(0);
-    std::jthread const pages = ProvidePages(plane);
     RowSink sink(plane, depth, orientation);
-    int const rows = PutRows(image, sink);
+    int const rows = PutRows(image, plane, sink);
     if (rows == vips_image_get_height(image)) return;
     std::string const reason = TakeError();
     if (!acceptDamaged || rows == 0) Fail(path, "it is damaged: " + reason);

@@ -1,9 +1,18 @@
 #include "Proc/Effects/General/Kernels/PaletteRows.h"
 
+#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+
+#include <algorithm>
 #include <cstring>
 
 namespace Velnor::Proc::Kernels {
 namespace {
+
+void LookUpBytes(ConstPlane const& indices, unsigned char const* samples, MutablePlane const& target) {
+    Table table;
+    std::copy_n(samples, table.size(), table.begin());
+    MapBytes(indices, target, {&table, 1}, 1);
+}
 
 template <unsigned int Bytes>
 void LookUpRows(ConstPlane const& indices, unsigned char const* samples, MutablePlane const& target) {
@@ -21,7 +30,7 @@ void LookUpSamples(ConstPlane const& indices, unsigned char const* samples, unsi
                    MutablePlane const& target) {
     switch (bytes) {
     case 1:
-        return LookUpRows<1>(indices, samples, target);
+        return LookUpBytes(indices, samples, target);
     case 2:
         return LookUpRows<2>(indices, samples, target);
     case 3:

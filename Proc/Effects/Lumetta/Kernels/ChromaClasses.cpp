@@ -1,6 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/ChromaClasses.h"
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
 
 #include <array>
 #include <string>
@@ -44,14 +45,28 @@ void DivideChroma(std::span<ChromaSum> sums) {
 }
 
 void WriteChroma(ChromaClasses const& picture, std::span<ChromaSum const> means) {
+    Table blueTable{};
+    Table redTable{};
+    for (std::size_t i = 0; i < means.size() && i < blueTable.size(); ++i) {
+        blueTable[i] = static_cast<unsigned char>(means[i].blue);
+        redTable[i] = static_cast<unsigned char>(means[i].red);
+    }
+    std::uint64_t const width = picture.blue.GetWidth();
+    if (picture.shiftX == 0 && picture.shiftY == 0) {
+        ConstPlane const classes(picture.classes.GetData(), picture.classes.GetStride(), width,
+                                 picture.blue.GetHeight());
+        MapBytes(classes, picture.blue, {&blueTable, 1}, 1);
+        MapBytes(classes, picture.red, {&redTable, 1}, 1);
+        return;
+    }
     for (std::uint64_t y = 0; y < picture.blue.GetHeight(); ++y) {
         unsigned char const* const classes = picture.classes.GetRow(y << picture.shiftY);
         unsigned char* const blue = picture.blue.GetRow(y);
         unsigned char* const red = picture.red.GetRow(y);
-        for (std::uint64_t x = 0; x < picture.blue.GetWidth(); ++x) {
-            ChromaSum const& mean = means[classes[x << picture.shiftX]];
-            blue[x] = static_cast<unsigned char>(mean.blue);
-            red[x] = static_cast<unsigned char>(mean.red);
+        for (std::uint64_t x = 0; x < width; ++x) {
+            unsigned char const number = classes[x << picture.shiftX];
+            blue[x] = blueTable[number];
+            red[x] = redTable[number];
         }
     }
 }

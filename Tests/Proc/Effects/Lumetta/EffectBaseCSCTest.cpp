@@ -128,17 +128,34 @@ TEST_F(EffectBaseCSCTest, LumaOfTheUnprocessedPictureComesBackAndTheInputIsSafe)
     auto const effect = MakeShared<LumaProbe>(factory, context, std::vector<PixFmt>{}, true);
     EXPECT_EQ(recorder.Take(),
               (Calls{"create 1 SettingsColorspaceConverter/Default", "create 2 SettingsColorspaceConverter/Default",
-                     "set 2 formats=yuv444p,yuva444p"}));
+                     "set 2 formats=gray8", "create 3 SettingsColorspaceConverter/Default",
+                     "set 3 formats=yuv444p,yuva444p"}));
     VideoHandle const input = MakeNoise(*context, PixFmt::YUV444P, 7, 5);
     std::vector<unsigned char> const before = Samples(*input);
     DataHandle data = input->MakeCopy(CopyMode::Value);
     effect->ProcessData(data);
-    EXPECT_EQ(recorder.Take(), Calls{"run 2"}); // of the result: the picture had its luma at hand
+    EXPECT_EQ(recorder.Take(), Calls{"run 3"}); // of the result: the picture had its luma at hand
     EXPECT_EQ(Samples(*input), before);
     std::vector<unsigned char> const after = Samples(AsVideo(data));
     EXPECT_TRUE(std::equal(after.begin(), after.begin() + 35, before.begin()));
     EXPECT_EQ(after[35], Color(200, 10, 30, 77).u());
     EXPECT_EQ(after[70], Color(200, 10, 30, 77).v());
+}
+
+TEST_F(EffectBaseCSCTest, LumaIsThatOfTheGreyPicture) {
+    auto const effect = MakeShared<LumaProbe>(factory, context, std::vector<PixFmt>{}, true);
+    recorder.Take();
+    VideoHandle const grey = MakeNoise(*context, PixFmt::GRAY8, 4, 4);
+    recorder.oneInput[2] = [&](DataHandle& data) { data = grey; };
+    ConvertsTo(3, PixFmt::YUVA444P);
+    recorder.oneInput[1] = [&](DataHandle& data) {
+        EXPECT_EQ(data->GetPixFmt(), PixFmt::YUVA444P);
+        std::vector<unsigned char> const samples = Samples(AsVideo(data));
+        EXPECT_TRUE(std::ranges::equal(std::span(samples).first(16), Samples(*grey)));
+    };
+    DataHandle data = Picture(PixFmt::RGBA);
+    effect->ProcessData(data);
+    EXPECT_EQ(recorder.Take(), (Calls{"run 2", "run 3", "set 1 formats=rgba", "run 1"}));
 }
 
 } // namespace

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <filesystem>
+
+namespace Velnor::Proc {
+
+/// Opens a module of the host: a library that came with it (see GetInstalledFolder) and stays open. Functions are
+/// bound when they are first called. Null when it cannot be opened: dlerror() says why.
+void* OpenModule(std::filesystem::path const& file);
+
+} // namespace Velnor::Proc
