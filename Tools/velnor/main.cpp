@@ -1,15 +1,13 @@
 #include "Tools/velnor/CommandLine.h"
 
-#ifdef __GLIBC__
 #include <malloc.h>
-#endif
 
 namespace {
 
 /// Lets the heap grow in large steps and keep what it has, and serve the buffers of decoders and encoders. To grow it is to
 /// change the process's memory map, and that waits while another thread has the pages of a picture provided.
 void GrowHeapInLargeSteps() {
-#ifdef __GLIBC__
+#ifdef M_TOP_PAD
     mallopt(M_TOP_PAD, 16 << 20);
     mallopt(M_MMAP_THRESHOLD, 4 << 20);
     mallopt(M_TRIM_THRESHOLD, 64 << 20);
