@@ -1,6 +1,6 @@
 #include "Proc/Effects/General/BandScaler.h"
 
-#include "Proc/Effects/General/Bands.h"
+#include "Proc/Effects/Bands.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "Proc/Effects/General/FormatConverter.h"
 
-#include "Proc/Effects/General/Bands.h"
+#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
 #include "Proc/Effects/General/Kernels/PaletteRows.h"
 #include "Proc/Effects/General/SampleMove.h"

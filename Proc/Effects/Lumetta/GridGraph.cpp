@@ -4,6 +4,7 @@
 //     pixel           - its neighbours    1 to 1025, by likeness of colour
 //     result          = background value where the cut leaves the sink's side, foreground value elsewhere
 //
+#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/GridGraphSolver.h"
@@ -84,13 +85,19 @@ private:
         auto const rows = GetProgress().controller->CreateChild(CAPACITY_UNITS);
         rows->SetRange(frame.height);
         Kernels::GridCapacities capacities(frame.width, frame.height);
-        for (std::uint32_t y = 0; y < frame.height; ++y) {
-            if (rows->IsStopRequested()) return; // a row takes microseconds: no need to ask at each pixel
+        auto const setRow = [&](std::uint32_t y) {
             capacities.MarkRow(y, marks.GetRow(y), foreground, background);
             capacities.LinkRow(y, pixels.GetRow(y), y + 1 < frame.height ? pixels.GetRow(y + 1) : nullptr, bytes,
                                table);
             rows->Advance(1);
-        }
+        };
+        RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
+            for (std::uint32_t y = band.first; y < band.first + band.count; ++y) {
+                if (rows->IsStopRequested()) return; // a row takes microseconds: no need to ask at each pixel
+                setRow(y);
+            }
+        });
+        if (rows->IsStopRequested()) return;
         solver.SetCapacities({capacities.GetSource(), capacities.GetSink(), capacities.GetLeft(), capacities.GetRight(),
                               capacities.GetUp(), capacities.GetDown()});
     }
@@ -113,7 +120,10 @@ private:
         auto const background = static_cast<std::uint8_t>(settings.GetBackground());
         intrusive_ptr<IDataVideo> const result = context->CreateImage(PixFmt::GRAY8, frame);
         MutablePlane const plane = result->GetMutablePlane(0);
-        for (std::uint32_t y = 0; y < frame.height; ++y) solver.WriteRow(y, background, foreground, plane.GetRow(y));
+        RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
+            for (std::uint32_t y = band.first; y < band.first + band.count; ++y)
+                solver.WriteRow(y, background, foreground, plane.GetRow(y));
+        });
         return result;
     }
 

@@ -3,43 +3,43 @@
 // Write a -> b for an edge with residual capacity whose flag is set, S and T for the trees. Between two steps of the
 // search, every edge out of S or into T is still on the list of things to do. Exactly, for each a -> b of that kind
 //     a is active if b is free;   b is active if a is free;   one of them is if a is in S and b in T.
-// ActivateRect establishes this, and each step of GridTrees keeps it:
-//   - a node that joins a tree is active; one leaves the list only after all its edges were looked at;
-//   - pushing flow opens only edges up a source path, down a sink path, or from T to S: none of the three kinds;
-//   - a freed node wakes each neighbour in T that it has an edge to, or in S that has an edge to it, if that is of the
-//     other tree: a -> b from S to T may have been left to a alone, and a is the one that is freed. In its own tree
-//     nothing is left that has an edge of its kind to it (see Parents).
-// Flow always runs along a path from source to sink, bounded by every residual on it. So with no active node left and
-// all flags restored, no edge leads out of S or into T: the flow is maximal by the cut {T, rest}. A node in T has a
-// path of residual edges to the sink; none outside T has one. That set depends on the graph alone, not on the flow.
+// ActivateRect establishes this, and each step of GridTrees keeps it: a node that joins a tree is active, and leaves
+// the list only after all its edges were looked at; pushing flow opens only edges up a source path, down a sink path,
+// or from T to S, none of the three kinds; a freed node wakes each neighbour in T that it has an edge to, or in S that
+// has an edge to it, if that is of the other tree. (In its own, nothing is left with such an edge: see Parents.) Flow
+// runs along a path from source to sink, bounded by every residual on it. So with no active node left and all flags
+// restored the flow is maximal by the cut {T, rest}. A node of T has a path of residual edges to the sink; none outside
+// T has. That set depends on the graph alone, not on the flow.
 //
 // Parents. All nodes that can lose their root by an augmentation hang on an orphan. The search from an orphan goes to
 // what could be its parent, and that node's, and so on, and meets only nodes without a root until it ends: at a node
 // that has one, whose path therefore holds none of those met, so that turning the parents between makes no cycle; or
-// when all that could feed one of those met was met itself. All of them are then freed at once, and their children are
-// the next orphans. Whoever has a root keeps it until the last orphan is done, so a stamp that says so stays true.
-// Stamps are raised before each search and a merged set starts from the larger one, so that what an earlier search, or
-// the other half, left on a node is never taken for news.
+// when all that could feed one of those met was met itself. Then all of them are freed, and their children are the next
+// orphans. Whoever has a root keeps it until the last orphan is done, so a stamp that says so stays true. Nodes of the
+// path above its last orphan have kept theirs; when an orphan and all orphans that came of it are done, what is left in
+// the tree of the segment below it has one. Stamps are raised before each search, and a merged set starts from the
+// larger one: what an earlier search, or the other half, left on a node is never taken for news.
 //
-// Thin edges. Regions and merges are solved with only the wider edges open, flags standing for "at least the threshold";
-// the argument holds for that graph. The merge that takes the last boundary holds all regions: none is left between two
-// sets, and the grid is connected. It opens all edges at the end and seeds the active list as at the start.
+// Thin edges. Regions and merges are solved with only the wider edges open; the argument holds for that graph. The
+// merge of the last boundary holds the whole grid: it opens all edges at the end, and seeds the active list as at the
+// start.
 //
-// Regions. Before the workers start, the flags of all edges between regions are cleared in both directions while the
-// residuals stay. Every step tests a flag before it touches more of a neighbour than its label, so a worker stays
-// inside the regions joined so far. A merge sets both flags of each pair from the residuals again and then wakes nodes
-// so that the condition above holds for the restored edges too; edges to third regions stay closed. A record whose two
-// ends have become one set by other records is merged with itself in the same way. The end restores every flag.
+// Regions. Before the workers start, the flags of all edges between regions are cleared both ways; residuals stay.
+// Every step tests a flag before it touches more of a neighbour than its label, so a worker stays inside the regions
+// joined so far. A merge sets the flags of each pair from the residuals and wakes nodes so that the condition above
+// holds for these edges too. A record whose two ends have become one set by other records is merged with itself in the
+// same way.
 //
 // Threads. A worker touches nodes of sets that it holds busy; others only load labels beside them, relaxed, and find no
 // flag set (regions are whole tiles: nothing else shares their cache lines). Busy goes from 0 to 1 under the lock. It
-// is cleared outside, by a release store after the nodes and the stamp were written; the walk's acquire load in Take
-// pairs with it. The lock word (acquire to take it, release to give it back) orders the records, the union-find and the
-// reads of stamps. A worker first clears busy and then walks: of two workers that finish neighbouring sets the one that
-// walks later finds both idle. So a worker that finds nothing can end, as each record left waits for one that still
-// works, and the last to walk finds every set idle and takes what is left. Joining the threads orders all else.
+// is cleared outside, by a release store after the nodes and the stamp were written; the acquire load in Take pairs
+// with it. The lock word (acquire to take, release to give back) orders records, union-find and reads of stamps. A
+// worker first clears busy and then walks: of two that finish neighbouring sets the later one finds both idle. So a
+// worker that finds nothing can end, as each record left waits for one that still works. Joining the threads orders all
+// else.
 #include "Proc/Effects/Lumetta/GridGraphSolver.h"
 
+#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
 
 #include <algorithm>
@@ -120,7 +120,9 @@ void GridGraphSolver::SetCapacities(Capacities const& capacities) {
     CheckSize(capacities.right, pixels, "right");
     CheckSize(capacities.up, pixels, "up");
     CheckSize(capacities.down, pixels, "down");
-    for (std::uint32_t y = 0; y < layout.GetHeight(); ++y) SetRow(capacities, y);
+    RunBands(CutIntoBands(layout.GetWidth(), layout.GetHeight()), [&](Band const& band, std::size_t) {
+        for (std::uint32_t y = band.first; y < band.first + band.count; ++y) SetRow(capacities, y);
+    });
 }
 
 void GridGraphSolver::SetRow(Capacities const& capacities, std::uint32_t y) {
@@ -152,7 +154,7 @@ void GridGraphSolver::SetRow(Capacities const& capacities, std::uint32_t y) {
 void GridGraphSolver::SetTerminals(Capacities const& capacities, std::size_t pixel, std::uint32_t node) {
     int const source = std::max<int>(capacities.source[pixel], 0);
     int const sink = std::max<int>(capacities.sink[pixel], 0);
-    flow = static_cast<std::uint16_t>(flow + std::min(source, sink)); // goes straight through
+    flow.fetch_add(static_cast<std::uint16_t>(std::min(source, sink)), std::memory_order_relaxed); // straight through
     if (source == sink) return;
     nodes.terminal[node] = static_cast<std::int16_t>(std::abs(source - sink));
     nodes.label[node] =
@@ -207,7 +209,7 @@ void GridGraphSolver::Compute() {
     }
     if (error) std::rethrow_exception(error);
     for (unsigned worker = 0; worker < workersCount; ++worker)
-        flow = static_cast<std::uint16_t>(flow + GetWorkerBlock(worker).flow);
+        flow.fetch_add(GetWorkerBlock(worker).flow, std::memory_order_relaxed);
 }
 
 void GridGraphSolver::Work(unsigned worker) noexcept {

@@ -48,7 +48,7 @@ public:
     void Compute();
 
     /// The flow modulo 2^16: capacities are of that width, and callers know the total in it.
-    std::uint16_t GetFlow() const { return flow; }
+    std::uint16_t GetFlow() const { return flow.load(std::memory_order_relaxed); }
 
     /// Kernels::SINK for a pixel that can still reach the sink, else Kernels::SOURCE or FREE. These sets are the same
     /// for every order of the work: the sink side is the smallest of all minimum cuts.
@@ -96,7 +96,7 @@ private:
     Memory memory;
     Kernels::GridNodes const& nodes = memory.nodes;
     GridRegions regions;
-    std::uint16_t flow = 0;
+    std::atomic<std::uint16_t> flow{0};
 
     std::atomic<std::uint32_t> nextRegion{0};
     WorkPermits processors; ///< To solve: regions beyond the processors would share their caches.

@@ -147,10 +147,9 @@ void GridTrees::Grow(std::uint32_t node) {
 }
 
 void GridTrees::Augment(std::uint32_t source, std::uint32_t sink, unsigned direction) {
-    ++now;
     int flow = nodes.residual[direction][source];
-    flow = FindBottleneck<SOURCE>(source, flow);
-    flow = FindBottleneck<SINK>(sink, flow);
+    flow = std::min(flow, Trace<SOURCE>(source, sourcePath));
+    flow = std::min(flow, Trace<SINK>(sink, sinkPath));
 
     unsigned const back = Opposite(direction);
     auto& forth = nodes.residual[direction][source];
@@ -160,36 +159,43 @@ void GridTrees::Augment(std::uint32_t source, std::uint32_t sink, unsigned direc
     if (reverse >= threshold) nodes.SetLabel(sink, nodes.GetLabel(sink) | EdgeFlag(back));
     if (forth < threshold) nodes.SetLabel(source, nodes.GetLabel(source) & ~unsigned{EdgeFlag(direction)});
 
-    Push<SOURCE>(source, flow);
+    Push<SOURCE>(sourcePath, flow);
     AdoptOrphans<SOURCE>();
-    Push<SINK>(sink, flow);
+    Push<SINK>(sinkPath, flow);
     AdoptOrphans<SINK>();
     block.flow = static_cast<std::uint16_t>(block.flow + flow);
 }
 
+/// Lists the nodes from one to its root, and returns the least residual on the way, that of the terminal included.
 template <std::uint8_t Tree>
-int GridTrees::FindBottleneck(std::uint32_t node, int flow) const {
+int GridTrees::Trace(std::uint32_t node, std::vector<PathNode>& path) const {
+    path.clear();
+    int least = std::numeric_limits<int>::max();
     for (;;) {
         unsigned const up = nodes.parent[node];
-        if (up == TERMINAL_PARENT) return std::min<int>(flow, nodes.terminal[node]);
+        path.push_back({node, up});
+        if (up == TERMINAL_PARENT) return std::min<int>(least, nodes.terminal[node]);
         std::uint32_t const parent = layout.GetNeighbour(node, up);
         int const residual = Tree == SOURCE ? nodes.residual[Opposite(up)][parent] : nodes.residual[up][node];
-        flow = std::min(flow, residual);
+        least = std::min(least, residual);
         node = parent;
     }
 }
 
+/// Pushes flow along a path, and gives its nodes the stamp of their segment: between two orphans, or above the last.
 template <std::uint8_t Tree>
-void GridTrees::Push(std::uint32_t node, int flow) {
-    for (;;) {
-        unsigned const up = nodes.parent[node];
-        if (up == TERMINAL_PARENT) break;
-        unsigned const down = Opposite(up);
-        std::uint32_t const parent = layout.GetNeighbour(node, up);
+void GridTrees::Push(std::vector<PathNode> const& path, int flow) {
+    firstSegment = ++now;
+    auto distance = static_cast<std::uint32_t>(path.size());
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        auto const [node, up] = path[i];
+        std::uint32_t const parent = path[i + 1].node;
+        nodes.distance[node] = --distance;
+        nodes.stamp[node] = now;
         // The flow comes down to the node in the source tree, and goes up from it in the sink tree.
         std::uint32_t const from = Tree == SOURCE ? parent : node;
         std::uint32_t const to = Tree == SOURCE ? node : parent;
-        unsigned const forth = Tree == SOURCE ? down : up;
+        unsigned const forth = Tree == SOURCE ? Opposite(up) : up;
         auto& left = nodes.residual[forth][from];
         auto& gained = nodes.residual[Opposite(forth)][to];
         left = static_cast<std::uint16_t>(left - flow);
@@ -198,21 +204,31 @@ void GridTrees::Push(std::uint32_t node, int flow) {
         if (left < threshold) {
             nodes.SetLabel(from, nodes.GetLabel(from) & ~unsigned{EdgeFlag(forth)});
             AddOrphan(node);
+            ++now;
         }
-        node = parent;
     }
-    nodes.terminal[node] = static_cast<std::int16_t>(nodes.terminal[node] - flow);
-    if (nodes.terminal[node] == 0) AddOrphan(node);
+    std::uint32_t const root = path.back().node;
+    nodes.distance[root] = 0;
+    nodes.stamp[root] = now;
+    nodes.terminal[root] = static_cast<std::int16_t>(nodes.terminal[root] - flow);
+    if (nodes.terminal[root] == 0) {
+        AddOrphan(root);
+        ++now;
+    }
 }
 
+/// The last orphan first, and before the one below it all orphans that come of it: what of the path's segment below the
+/// orphan is then left in the tree has a root.
 template <std::uint8_t Tree>
 void GridTrees::AdoptOrphans() {
-    rooted = ++now;
+    rooted = now; // Above the last orphan the path has kept its root.
+    rootedFrom = now;
     while (!orphans.empty()) {
         std::uint32_t const orphan = orphans.back();
         orphans.pop_back();
         // An earlier one may have found its way through this, or freed it.
         if ((nodes.GetLabel(orphan) & TREE_MASK) == Tree && nodes.parent[orphan] == NO_PARENT) Adopt<Tree>(orphan);
+        rootedFrom = std::min(rootedFrom, firstSegment + static_cast<std::uint32_t>(orphans.size()));
     }
 }
 
@@ -310,7 +326,7 @@ bool GridTrees::HasRoot(std::uint32_t node) {
     for (;; ++steps) {
         unsigned const up = nodes.parent[at];
         std::uint32_t const stamp = nodes.stamp[at];
-        if (up == TERMINAL_PARENT || stamp == rooted) break;
+        if (up == TERMINAL_PARENT || IsRooted(stamp)) break;
         if (up == NO_PARENT || stamp == visited || stamp == rootless) {
             for (; node != at; node = layout.GetNeighbour(node, nodes.parent[node])) nodes.stamp[node] = rootless;
             return false;

@@ -77,6 +77,11 @@ public:
     void Solve(std::uint32_t& stamp);
 
 private:
+    struct PathNode {
+        std::uint32_t node;
+        std::uint32_t up; ///< Direction of the parent.
+    };
+
     /// Sets of directions, a bit each, in which a tree could grow from a node.
     struct Around {
         unsigned free = 0;    ///< Towards free nodes.
@@ -91,9 +96,9 @@ private:
     void Grow(std::uint32_t node);
     void Augment(std::uint32_t source, std::uint32_t sink, unsigned direction);
     template <std::uint8_t Tree>
-    int FindBottleneck(std::uint32_t node, int flow) const;
+    int Trace(std::uint32_t node, std::vector<PathNode>& path) const;
     template <std::uint8_t Tree>
-    void Push(std::uint32_t node, int flow);
+    void Push(std::vector<PathNode> const& path, int flow);
     template <std::uint8_t Tree>
     void AdoptOrphans();
     template <std::uint8_t Tree>
@@ -105,15 +110,21 @@ private:
     void LeaveTree(std::uint32_t node);
     void AddOrphan(std::uint32_t node);
     bool HasRoot(std::uint32_t node);
+    /// Whether the stamp is of a node that is known to have a root.
+    bool IsRooted(std::uint32_t stamp) const { return stamp - rootedFrom <= rooted - rootedFrom; }
 
     GridLayout const& layout;
     GridNodes const nodes;
     GridWorkerBlock& block;
     int threshold;
-    std::uint32_t now = 0;              ///< The last stamp given.
-    std::uint32_t rooted = 0;           ///< Stamp of a node that is known to have a root.
-    std::uint32_t visited = 0;          ///< Stamp of a node that was met on the current search.
-    std::uint32_t rootless = 0;         ///< Stamp of a node that is known to hang on an orphan or on one that was met.
+    std::uint32_t now = 0;          ///< The last stamp given.
+    std::uint32_t firstSegment = 0; ///< Stamp of the path's nodes up to the first orphan; beyond it, the next.
+    std::uint32_t rooted = 0;       ///< Stamp of a node that is known to have a root.
+    std::uint32_t rootedFrom = 0;   ///< So are those from this one on: of nodes on the path.
+    std::uint32_t visited = 0;      ///< Stamp of a node that was met on the current search.
+    std::uint32_t rootless = 0;     ///< Stamp of a node that is known to hang on an orphan or on one that was met.
+    std::vector<PathNode> sourcePath;
+    std::vector<PathNode> sinkPath;
     std::vector<std::uint32_t> orphans; ///< Nearest to the root last.
     std::vector<std::uint32_t> met;     ///< On the current search, in the order of their distance from the orphan.
 };

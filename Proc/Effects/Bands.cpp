@@ -1,4 +1,4 @@
-#include "Proc/Effects/General/Bands.h"
+#include "Proc/Effects/Bands.h"
 
 #include <algorithm>
 #include <atomic>
