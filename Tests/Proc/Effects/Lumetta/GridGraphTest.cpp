@@ -231,5 +231,21 @@ TEST_F(GridGraphTest, RefusesStrokesThatDoNotFit) {
     }
 }
 
+TEST_F(GridGraphTest, CutsAPictureThatIsLargeEnoughForThreads) {
+    constexpr std::uint32_t WIDTH = 1600;
+    constexpr std::uint32_t HEIGHT = 1400;
+    constexpr std::uint32_t EDGE = 700;
+    Bytes pixels(WIDTH * HEIGHT);
+    Bytes strokes(WIDTH * HEIGHT);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        bool const isObject = i % WIDTH < EDGE + i / WIDTH % 8;
+        pixels[i] = isObject ? 40 : 200;
+        strokes[i] = isObject ? F : B;
+    }
+    DataHandle const mask =
+        Run(Picture(PixFmt::GRAY8, WIDTH, HEIGHT, pixels), Picture(PixFmt::GRAY8, WIDTH, HEIGHT, strokes));
+    EXPECT_TRUE(Samples(AsVideo(mask)) == strokes);
+}
+
 } // namespace
 } // namespace Velnor::Proc

@@ -1,0 +1,45 @@
+#include "Proc/Effects/Bands.h"
+
+#include "Proc/Interfaces/ProcException.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <mutex>
+#include <utility>
+
+namespace Velnor::Proc {
+namespace {
+
+TEST(Bands, CoverEachRowOnceOnWhateverThreads) {
+    for (auto const& [width, height] : {std::pair{1U, 1U}, {4000U, 3001U}, {3'000'000U, 5U}, {3U, 1'500'000U}}) {
+        std::vector<Band> const bands = CutIntoBands(width, height);
+        std::vector<int> done(height);
+        std::mutex mutex;
+        std::size_t largestWorker = 0;
+        RunBands(bands, [&](Band const& band, std::size_t worker) {
+            for (std::uint32_t y = band.first; y < band.first + band.count; ++y) ++done[y];
+            std::scoped_lock const lock(mutex);
+            largestWorker = std::max(largestWorker, worker);
+        });
+        EXPECT_EQ(done, std::vector<int>(height, 1)) << width << " x " << height;
+        EXPECT_LT(largestWorker, CountWorkers(bands));
+    }
+    EXPECT_EQ(CutIntoBands(100, 100).size(), 1U) << "too small for threads";
+}
+
+TEST(Bands, AnErrorEndsItsThreadAndIsThrownWhenAllHaveEnded) {
+    std::vector<Band> const bands = CutIntoBands(2000, 2000);
+    std::atomic<std::size_t> running = 0;
+    auto const work = [&](Band const& band, std::size_t) {
+        ++running;
+        bool const fails = band.first == 0;
+        --running;
+        if (fails) VELNOR_THROW(ProcException, "first band");
+    };
+    EXPECT_THROW(RunBands(bands, work), ProcException);
+    EXPECT_EQ(running, 0U);
+}
+
+} // namespace
+} // namespace Velnor::Proc
