@@ -30,11 +30,11 @@ public:
     void ProcessInternalColor(intrusive_ptr<IData>& data) override {
         Kernels::PackedRgb const format(data->GetPixFmt());
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        data = result; // Before it is written: nobody else may hold the samples, and then they need no copying.
         MutablePlane const plane = result->GetMutablePlane(0);
         std::array<Kernels::Table, 3> const tables{format.isBlueFirst ? cool : warm, tint,
                                                    format.isBlueFirst ? warm : cool};
         Kernels::MapBytes(plane, plane, tables, format.pixelBytes);
-        data = result;
     }
 
 private:
