@@ -5,6 +5,7 @@
 // The palette holds the mean colour and opacity of each class, of the samples that the picture has: luma and chroma, or
 // red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette picture
 // of class numbers, or, unless that is asked for, the same colours in the format of the input.
+#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
@@ -74,15 +75,14 @@ void Flush(PairedSums& from, ClassSums& to) {
 /// @tparam Step  bytes from a pixel's sample to the next one's
 /// @param getRow  gives the SampleRow of row y
 template <std::size_t Step, class GetRow>
-ClassSums SumClasses(ConstPlane const& classes, GetRow const& getRow) {
+void SumRows(ConstPlane const& classes, Band const& rows, GetRow const& getRow, ClassSums& all) {
     constexpr std::uint64_t BLOCK = 1 << 20;
     constexpr std::uint64_t MOST = 0xffffffffU / 255; // Pixels that a 32-bit sum takes.
     static_assert(BLOCK <= MOST);
-    ClassSums all{};
     // Neighbours are of one class mostly: two sums in turn do not wait for each other.
     std::array<PairedSums, 2> sums{};
     std::uint64_t summed = 0;
-    for (std::uint64_t y = 0; y < classes.GetHeight(); ++y) {
+    for (std::uint32_t y = rows.first; y < rows.first + rows.count; ++y) {
         SampleRow const row = getRow(y);
         unsigned char const* const numbers = classes.GetRow(y);
         for (std::uint64_t from = 0; from < classes.GetWidth(); from += BLOCK) {
@@ -101,7 +101,21 @@ ClassSums SumClasses(ConstPlane const& classes, GetRow const& getRow) {
         }
     }
     for (PairedSums& each : sums) Flush(each, all);
-    return all;
+}
+
+/// As SumRows of the whole picture, on all processors.
+template <std::size_t Step, class GetRow>
+ClassSums SumClasses(ConstPlane const& classes, GetRow const& getRow) {
+    std::vector<Band> const bands =
+        CutIntoBands(static_cast<std::uint32_t>(classes.GetWidth()), static_cast<std::uint32_t>(classes.GetHeight()));
+    std::vector<ClassSums> parts(CountWorkers(bands));
+    RunBands(bands, [&](Band const& band, std::size_t worker) { SumRows<Step>(classes, band, getRow, parts[worker]); });
+    for (std::size_t worker = 1; worker < parts.size(); ++worker)
+        for (std::size_t i = 0; i < parts[0].size(); ++i) {
+            for (std::size_t k = 0; k < 4; ++k) parts[0][i].sums[k] += parts[worker][i].sums[k];
+            parts[0][i].pixels += parts[worker][i].pixels;
+        }
+    return parts[0];
 }
 
 unsigned char GetMean(ClassSum const& sum, std::size_t component) {

@@ -30,9 +30,7 @@ void AddChroma(ChromaClasses const& picture, std::span<ChromaSum> sums) {
             if (number >= sums.size())
                 VELNOR_THROW(EffectException, "A pixel is of class " + std::to_string(number) + "; there are only " +
                                                   std::to_string(sums.size()) + " classes, counted from 0.");
-            sums[number].blue += part.blue;
-            sums[number].red += part.red;
-            sums[number].count += part.count;
+            sums[number] += part;
         }
 }
 

@@ -13,6 +13,13 @@ struct ChromaSum {
     std::uint32_t blue = 0;
     std::uint32_t red = 0;
     std::uint32_t count = 0;
+
+    ChromaSum& operator+=(ChromaSum const& part) {
+        blue += part.blue;
+        red += part.red;
+        count += part.count;
+        return *this;
+    }
 };
 
 /// The planes of a picture's chroma, and of the class numbers of its pixels: that of a chroma sample (x, y) is the one
