@@ -76,8 +76,9 @@ private:
         std::vector<std::vector<Kernels::ChromaSum>> parts(CountWorkers(bands), none);
         RunBands(bands, [&](Band const& band, std::size_t worker) {
             ConstPlane const& classes = planes.classes;
-            ConstPlane const below(classes.GetRow(std::uint64_t{band.first} << planes.shiftY), classes.GetStride(),
-                                   classes.GetWidth(), classes.GetHeight());
+            std::uint64_t const top = std::uint64_t{band.first} << planes.shiftY;
+            ConstPlane const below(classes.GetRow(top), classes.GetStride(), classes.GetWidth(),
+                                   classes.GetHeight() - top);
             Kernels::AddChroma(
                 {below, TakeRows(planes.blue, band), TakeRows(planes.red, band), planes.shiftX, planes.shiftY},
                 parts[worker]);
