@@ -152,12 +152,9 @@ Kernels::GridCapacities BuildCapacities(Scene const& scene) {
     Kernels::SimilarityTable const table(3);
     ConstPlane const pixels = std::as_const(*scene.picture).GetPlane(0);
     ConstPlane const strokes = std::as_const(*scene.strokes).GetPlane(0);
-    RunBands(CutIntoBands(scene.width, scene.height), [&](Band const& band, std::size_t) {
-        for (std::uint32_t y = band.first; y < band.first + band.count; ++y) {
-            capacities.MarkRow(y, strokes.GetRow(y), FOREGROUND, BACKGROUND);
-            capacities.LinkRow(y, pixels.GetRow(y), y + 1 < scene.height ? pixels.GetRow(y + 1) : nullptr, bytes,
-                               table);
-        }
+    RunRows(scene.width, scene.height, [&](std::uint32_t y) {
+        capacities.MarkRow(y, strokes.GetRow(y), FOREGROUND, BACKGROUND);
+        capacities.LinkRow(y, pixels.GetRow(y), y + 1 < scene.height ? pixels.GetRow(y + 1) : nullptr, bytes, table);
     });
     return capacities;
 }

@@ -40,4 +40,10 @@ void RunBands(std::vector<Band> const& bands, std::function<void(Band const& ban
     for (std::future<void>& other : others) other.get(); // One that throws waits for the rest as it is destroyed.
 }
 
+void RunRows(std::uint32_t width, std::uint32_t height, std::function<void(std::uint32_t y)> const& work) {
+    RunBands(CutIntoBands(width, height), [&](Band const& band, std::size_t) {
+        for (std::uint32_t y = band.first; y < band.first + band.count; ++y) work(y);
+    });
+}
+
 } // namespace Velnor::Proc

@@ -25,6 +25,9 @@ std::size_t CountWorkers(std::vector<Band> const& bands);
 /// them threw, when all have ended.
 void RunBands(std::vector<Band> const& bands, std::function<void(Band const& band, std::size_t worker)> const& work);
 
+/// Does the work for every row of a picture, in its bands.
+void RunRows(std::uint32_t width, std::uint32_t height, std::function<void(std::uint32_t y)> const& work);
+
 /// The rows of a plane that has as many as the picture.
 template <int ReadOnly>
 Details::PlaneTemplate<ReadOnly> TakeRows(Details::PlaneTemplate<ReadOnly> const& plane, Band const& rows) {

@@ -4,8 +4,8 @@
 
 namespace {
 
-/// Lets the heap grow in large steps and keep what it has, and serve the buffers of decoders and encoders. To grow it is to
-/// change the process's memory map, and that waits while another thread has the pages of a picture provided.
+/// Lets the heap grow in large steps, keep what it has, and serve the buffers of decoders and encoders. To grow it
+/// changes the process's memory map, which waits while another thread has the pages of a picture provided.
 void GrowHeapInLargeSteps() {
 #ifdef M_TOP_PAD
     mallopt(M_TOP_PAD, 16 << 20);

@@ -85,17 +85,12 @@ private:
         auto const rows = GetProgress().controller->CreateChild(CAPACITY_UNITS);
         rows->SetRange(frame.height);
         Kernels::GridCapacities capacities(frame.width, frame.height);
-        auto const setRow = [&](std::uint32_t y) {
+        RunRows(frame.width, frame.height, [&](std::uint32_t y) {
+            if (rows->IsStopRequested()) return; // a row takes microseconds: no need to ask at each pixel
             capacities.MarkRow(y, marks.GetRow(y), foreground, background);
             capacities.LinkRow(y, pixels.GetRow(y), y + 1 < frame.height ? pixels.GetRow(y + 1) : nullptr, bytes,
                                table);
             rows->Advance(1);
-        };
-        RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
-            for (std::uint32_t y = band.first; y < band.first + band.count; ++y) {
-                if (rows->IsStopRequested()) return; // a row takes microseconds: no need to ask at each pixel
-                setRow(y);
-            }
         });
         if (rows->IsStopRequested()) return;
         solver.SetCapacities({capacities.GetSource(), capacities.GetSink(), capacities.GetLeft(), capacities.GetRight(),
@@ -120,10 +115,8 @@ private:
         auto const background = static_cast<std::uint8_t>(settings.GetBackground());
         intrusive_ptr<IDataVideo> const result = context->CreateImage(PixFmt::GRAY8, frame);
         MutablePlane const plane = result->GetMutablePlane(0);
-        RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
-            for (std::uint32_t y = band.first; y < band.first + band.count; ++y)
-                solver.WriteRow(y, background, foreground, plane.GetRow(y));
-        });
+        RunRows(frame.width, frame.height,
+                [&](std::uint32_t y) { solver.WriteRow(y, background, foreground, plane.GetRow(y)); });
         return result;
     }
 

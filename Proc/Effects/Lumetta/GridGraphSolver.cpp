@@ -120,9 +120,7 @@ void GridGraphSolver::SetCapacities(Capacities const& capacities) {
     CheckSize(capacities.right, pixels, "right");
     CheckSize(capacities.up, pixels, "up");
     CheckSize(capacities.down, pixels, "down");
-    RunBands(CutIntoBands(layout.GetWidth(), layout.GetHeight()), [&](Band const& band, std::size_t) {
-        for (std::uint32_t y = band.first; y < band.first + band.count; ++y) SetRow(capacities, y);
-    });
+    RunRows(layout.GetWidth(), layout.GetHeight(), [&](std::uint32_t y) { SetRow(capacities, y); });
 }
 
 void GridGraphSolver::SetRow(Capacities const& capacities, std::uint32_t y) {

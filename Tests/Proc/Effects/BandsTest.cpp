@@ -4,9 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <mutex>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace Velnor::Proc {
 namespace {
@@ -30,15 +34,17 @@ TEST(Bands, CoverEachRowOnceOnWhateverThreads) {
 
 TEST(Bands, AnErrorEndsItsThreadAndIsThrownWhenAllHaveEnded) {
     std::vector<Band> const bands = CutIntoBands(2000, 2000);
-    std::atomic<std::size_t> running = 0;
-    auto const work = [&](Band const& band, std::size_t) {
-        ++running;
-        bool const fails = band.first == 0;
-        --running;
-        if (fails) VELNOR_THROW(ProcException, "first band");
-    };
-    EXPECT_THROW(RunBands(bands, work), ProcException);
-    EXPECT_EQ(running, 0U);
+    std::atomic<std::size_t> started = 0;
+    std::atomic<std::size_t> ended = 0;
+    EXPECT_THROW(RunBands(bands,
+                          [&](Band const& band, std::size_t) {
+                              if (band.first == 0) VELNOR_THROW(ProcException, "first band");
+                              ++started;
+                              std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                              ++ended;
+                          }),
+                 ProcException);
+    EXPECT_EQ(started, ended);
 }
 
 } // namespace
