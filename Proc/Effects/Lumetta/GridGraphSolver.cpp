@@ -20,9 +20,10 @@
 // the tree of the segment below it has one. Stamps are raised before each search, and a merged set starts from the
 // larger one: what an earlier search, or the other half, left on a node is never taken for news.
 //
-// Thin edges. Regions and merges are solved with only the wider edges open; the argument holds for that graph. The
-// merge of the last boundary holds the whole grid: it opens all edges at the end, and seeds the active list as at the
-// start.
+// Thin edges. Regions and merges are solved with only the wider edges open; the argument holds for that graph. Whoever
+// merges the last boundary has the whole grid: it seeds the active list as at the start, and does so again with all
+// edges open. Two threads solve halves of it, kept apart as regions are, after orphans were made of nodes with a parent
+// in the other half. The line between is opened as in a merge; the last solve is of the whole.
 //
 // Regions. Before the workers start, the flags of all edges between regions are cleared both ways; residuals stay.
 // Every step tests a flag before it touches more of a neighbour than its label, so a worker stays inside the regions
@@ -41,6 +42,7 @@
 
 #include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Effects/Lumetta/GridHalves.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -63,9 +65,6 @@ constexpr std::size_t WORKER_BYTES = 96;
 /// break the flow into several times as many paths, each a thousand nodes long and with trees to mend; once the wide
 /// ones are exhausted little is left to do. Of 16 to 128 this does best at 2 and 12 megapixels taken together.
 constexpr int WIDE = 32;
-
-/// Of the edges that are used after that, one solve of the whole grid after another.
-constexpr int THIN[] = {4, 1};
 
 void CheckSize(std::span<std::int16_t const> array, std::size_t pixels, char const* name) {
     if (array.size() != pixels)
@@ -131,7 +130,7 @@ void GridGraphSolver::SetRow(Capacities const& capacities, std::uint32_t y) {
     auto const setEdge = [this](unsigned direction, std::uint32_t node, int capacity) {
         int const usable = std::max(capacity, 0);
         nodes.residual[direction][node] = static_cast<std::uint16_t>(usable);
-        return usable != 0 ? unsigned{EdgeFlag(direction)} : 0U;
+        return usable >= WIDE ? unsigned{EdgeFlag(direction)} : 0U;
     };
     // Pixel x is node x + 1, so that the first group of a row has seven pixels, and each further one eight.
     for (std::uint32_t x = 0; x < width;) {
@@ -172,27 +171,6 @@ void GridGraphSolver::SeparateRegions() {
     }
 }
 
-/// Opens the wide edges across a boundary again, and activates what they join to a node of another state.
-void GridGraphSolver::JoinRegions(BoundaryRecord const& record, Kernels::GridTrees& trees) const {
-    unsigned const direction = record.GetDirection();
-    auto const open = [&](std::uint32_t from, unsigned way) {
-        if (nodes.residual[way][from] < WIDE) return false;
-        nodes.SetLabel(from, nodes.GetLabel(from) | EdgeFlag(way));
-        return true;
-    };
-    auto const wake = [&](std::uint32_t from, std::uint32_t to) {
-        unsigned const fromTree = nodes.GetLabel(from) & Kernels::TREE_MASK;
-        unsigned const toTree = nodes.GetLabel(to) & Kernels::TREE_MASK;
-        if (fromTree == Kernels::SOURCE && toTree != Kernels::SOURCE) trees.Activate(from);
-        if (toTree == Kernels::SINK && fromTree != Kernels::SINK) trees.Activate(to);
-    };
-    for (std::uint32_t const near : record.GetNodes()) {
-        std::uint32_t const far = layout.GetNeighbour(near, direction);
-        if (open(near, direction)) wake(near, far);
-        if (open(far, Opposite(direction))) wake(far, near);
-    }
-}
-
 void GridGraphSolver::Compute() {
     SeparateRegions();
     {
@@ -213,8 +191,8 @@ void GridGraphSolver::Compute() {
 void GridGraphSolver::Work(unsigned worker) noexcept {
     try {
         Kernels::GridTrees trees(layout, nodes, GetWorkerBlock(worker), WIDE);
-        SolveRegions(trees);
-        MergeRegions(trees);
+        SolveRegions(worker, trees);
+        MergeRegions(worker, trees);
     } catch (...) {
         Fail(std::current_exception());
     }
@@ -227,38 +205,43 @@ void GridGraphSolver::Fail(std::exception_ptr const& cause) noexcept {
     failed.store(true, std::memory_order_relaxed);
 }
 
-void GridGraphSolver::SolveRegions(Kernels::GridTrees& trees) {
+void GridGraphSolver::SolveRegions(unsigned worker, Kernels::GridTrees& trees) {
     for (;;) {
         WorkPermits::Holder const permit(processors);
         if (IsStopped()) return;
         std::uint32_t const region = nextRegion.fetch_add(1, std::memory_order_relaxed);
         if (region >= layout.GetRegionsCount()) return;
-        Kernels::NodeRect const rect = layout.GetRegion(region);
         std::uint32_t stamp = 0;
-        trees.SolveRect(rect, WIDE, stamp);
-        if (layout.GetRegionsCount() == 1) SolveWhole(trees, stamp);
+        if (layout.GetRegionsCount() > 1) {
+            trees.ActivateRect(layout.GetRegion(region));
+            trees.Solve(stamp);
+        } else {
+            SolveWhole(worker, stamp);
+        }
         regions.SetIdle(region, stamp);
         progress->Advance(1);
     }
 }
 
-void GridGraphSolver::MergeRegions(Kernels::GridTrees& trees) {
+void GridGraphSolver::MergeRegions(unsigned worker, Kernels::GridTrees& trees) {
     for (;;) {
         WorkPermits::Holder const permit(processors);
         GridRegions::Merge merge = regions.Take([this] { return IsStopped(); });
         if (merge.records.empty()) return;
         progress->Advance(merge.records.size());
-        for (BoundaryRecord const& record : merge.records) JoinRegions(record, trees);
-        trees.Solve(merge.stamp);
-        if (merge.isLast) SolveWhole(trees, merge.stamp);
+        for (BoundaryRecord const& record : merge.records) trees.Join(record.GetNodes(), record.GetDirection());
+        if (merge.isLast)
+            SolveWhole(worker, merge.stamp);
+        else
+            trees.Solve(merge.stamp);
         regions.SetIdle(merge.root, merge.stamp);
     }
 }
 
-/// Ends the work, once all regions are one: with the thin edges.
-void GridGraphSolver::SolveWhole(Kernels::GridTrees& trees, std::uint32_t& stamp) const {
-    Kernels::NodeRect const all{0, 0, layout.GetPaddedWidth(), layout.GetPaddedHeight()};
-    for (int const residual : THIN) trees.SolveRect(all, residual, stamp);
+/// Ends the work, once all regions are one: no other worker has any. What the last merge woke may still be active.
+void GridGraphSolver::SolveWhole(unsigned worker, std::uint32_t& stamp) const {
+    GridHalves halves(layout, nodes, GetWorkerBlock(worker), GetWorkerBlock((worker + 1) % workersCount));
+    for (int const residual : {WIDE, 4, 1}) halves.Solve(residual, stamp);
 }
 
 void GridGraphSolver::WriteRow(std::uint32_t y, std::uint8_t sinkValue, std::uint8_t otherValue,

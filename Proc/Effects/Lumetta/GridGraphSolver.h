@@ -80,12 +80,11 @@ private:
     void SetRow(Capacities const& capacities, std::uint32_t y);
     void SetTerminals(Capacities const& capacities, std::size_t pixel, std::uint32_t node);
     void SeparateRegions();
-    void JoinRegions(BoundaryRecord const& record, Kernels::GridTrees& trees) const;
 
     void Work(unsigned worker) noexcept;
-    void SolveRegions(Kernels::GridTrees& trees);
-    void MergeRegions(Kernels::GridTrees& trees);
-    void SolveWhole(Kernels::GridTrees& trees, std::uint32_t& stamp) const;
+    void SolveRegions(unsigned worker, Kernels::GridTrees& trees);
+    void MergeRegions(unsigned worker, Kernels::GridTrees& trees);
+    void SolveWhole(unsigned worker, std::uint32_t& stamp) const;
     bool IsStopped() const { return failed.load(std::memory_order_relaxed) || progress->IsStopRequested(); }
     void Fail(std::exception_ptr const& cause) noexcept;
     Kernels::GridWorkerBlock& GetWorkerBlock(unsigned worker) const;

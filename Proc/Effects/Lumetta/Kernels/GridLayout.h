@@ -13,7 +13,7 @@ inline constexpr unsigned LEFT = 3;
 
 constexpr unsigned Opposite(unsigned direction) { return 3 - direction; }
 
-/// The bit of a label that says: the edge in this direction has residual capacity.
+/// The bit of a label that says: the edge in this direction is open, having the residual capacity that is asked for.
 constexpr std::uint8_t EdgeFlag(unsigned direction) { return static_cast<std::uint8_t>(4U << direction); }
 
 /// A rectangle of nodes, the upper limits excluded.
@@ -25,9 +25,9 @@ struct NodeRect {
 };
 
 /// Where the nodes of a W x H grid lie. Pixel (x, y) is node (x + 1, y + 1), so that a border of nodes without any
-/// capacity surrounds the picture and no neighbour is ever out of the arrays. Nodes are stored in tiles of 8 x 8, row by
-/// row inside a tile, tiles row by row: one cache line holds the labels of a whole tile, and the four neighbours of most
-/// nodes with them. Square regions, whole tiles each, divide the grid for the workers.
+/// capacity surrounds the picture and no neighbour is ever out of the arrays. Nodes are stored in tiles of 8 x 8, row
+/// by row inside a tile, tiles row by row: one cache line holds the labels of a whole tile, and the four neighbours of
+/// most nodes with them. Square regions, whole tiles each, divide the grid for the workers.
 class GridLayout {
 public:
     static constexpr std::uint32_t TILE = 8;
@@ -45,7 +45,8 @@ public:
     std::uint32_t GetPaddedWidth() const { return paddedWidth; }
     std::uint32_t GetPaddedHeight() const { return paddedHeight; }
     std::uint32_t GetNodesCount() const { return paddedWidth * paddedHeight; }
-    std::uint32_t GetRowStep() const { return rowStep; } ///< From a tile's last row to the row below it.
+    std::uint32_t GetRowStep() const { return rowStep; }       ///< From a tile's last row to the row below it.
+    std::uint32_t GetRegionSide() const { return regionSide; } ///< Nodes.
     std::uint32_t GetRegionsAcross() const { return regionsAcross; }
     std::uint32_t GetRegionsDown() const { return regionsDown; }
     std::uint32_t GetRegionsCount() const { return regionsAcross * regionsDown; }
@@ -56,6 +57,14 @@ public:
     /// Index of node (x, y), which is pixel (x - 1, y - 1).
     std::uint32_t GetNode(std::uint32_t x, std::uint32_t y) const {
         return y / TILE * TILE * paddedWidth + x / TILE * (TILE * TILE) + y % TILE * TILE + x % TILE;
+    }
+
+    /// Where a node is: the inverse of GetNode.
+    std::uint32_t GetX(std::uint32_t node) const {
+        return node % (TILE * paddedWidth) / (TILE * TILE) * TILE + node % TILE;
+    }
+    std::uint32_t GetY(std::uint32_t node) const {
+        return node / (TILE * paddedWidth) * TILE + node % (TILE * TILE) / TILE;
     }
 
     /// Index of the neighbour in that direction, for any node that is not on the border of the padded grid.
@@ -78,8 +87,8 @@ private:
     std::uint32_t rowStep;
     std::uint32_t regionsAcross;
     std::uint32_t regionsDown;
-    /// By place in the tile and direction. A load of the cache's first level, where the comparison that it replaces would
-    /// be mispredicted at each tile's edge.
+    /// By place in the tile and direction. A load of the cache's first level, where the comparison that it replaces
+    /// would be mispredicted at each tile's edge.
     std::array<std::array<std::uint32_t, 4>, TILE * TILE> steps{};
 };
 

@@ -18,6 +18,8 @@ bool IsLinked(unsigned childLabel, unsigned parentLabel, unsigned direction) {
         return (childLabel & EdgeFlag(direction)) != 0;
 }
 
+constexpr std::uint64_t EACH_BYTE = 0x0101010101010101U;
+
 /// Takes the lowest direction out of a set of them.
 unsigned Pop(unsigned& directions) {
     auto const lowest = static_cast<unsigned>(std::countr_zero(directions));
@@ -26,6 +28,17 @@ unsigned Pop(unsigned& directions) {
 }
 
 } // namespace
+
+void OpenEdges(GridNodes const& nodes, std::uint32_t first, std::uint32_t count, int residual) {
+    std::uint8_t* const label = nodes.label + first;
+    auto const least = static_cast<std::uint16_t>(residual);
+    for (std::uint32_t i = 0; i < count; ++i) label[i] &= TREE_MASK;
+    for (unsigned direction = 0; direction < 4; ++direction) {
+        std::uint16_t const* const capacity = nodes.residual[direction] + first;
+        for (std::uint32_t i = 0; i < count; ++i)
+            label[i] = static_cast<std::uint8_t>(label[i] | (capacity[i] >= least ? EdgeFlag(direction) : 0));
+    }
+}
 
 void GridTrees::Activate(std::uint32_t node) {
     if (nodes.nextActive[node] != 0) return;
@@ -37,58 +50,100 @@ void GridTrees::Activate(std::uint32_t node) {
     block.lastActive = node;
 }
 
-/// Appends the nodes of a rectangle that an unsaturated edge joins to a node of another state. A sink node that touches
-/// only source nodes is left to them.
 void GridTrees::ActivateRect(NodeRect const& rect) {
-    auto const mustBeActive = [this](std::uint32_t node) {
-        unsigned const label = nodes.GetLabel(node);
-        unsigned const tree = label & TREE_MASK;
-        for (unsigned direction = 0; tree != FREE && direction < 4; ++direction) {
-            unsigned const other = nodes.GetLabel(layout.GetNeighbour(node, direction));
-            bool const isOpen = tree == SOURCE
-                                    ? (label & EdgeFlag(direction)) != 0 && (other & TREE_MASK) != SOURCE
-                                    : (other & EdgeFlag(Opposite(direction))) != 0 && (other & TREE_MASK) == FREE;
-            if (isOpen) return true;
-        }
-        return false;
-    };
     // The rectangle is whole tiles, so that a row of it is whole groups of eight labels, most of them free.
     for (std::uint32_t y = rect.y0; y < rect.y1; ++y) {
+        bool const isInside = y > rect.y0 && y + 1 < rect.y1;
         for (std::uint32_t x = rect.x0; x < rect.x1; x += GridLayout::TILE) {
             std::uint32_t const first = layout.GetNode(x, y);
-            std::uint64_t labels = 0;
-            std::memcpy(&labels, nodes.label + first, sizeof labels);
-            if ((labels & 0x0303030303030303U) == 0) continue;
+            if (GetTrees(first) == 0 || (isInside && IsDeep(first))) continue;
             for (std::uint32_t node = first; node < first + GridLayout::TILE; ++node)
-                if (mustBeActive(node)) Activate(node);
+                if (MustBeActive(node)) Activate(node);
         }
     }
 }
 
-void GridTrees::SolveRect(NodeRect const& rect, int residual, std::uint32_t& stamp) {
-    SetThreshold(rect, residual);
-    ActivateRect(rect);
-    Solve(stamp);
+/// The trees of a tile's row, a byte each.
+std::uint64_t GridTrees::GetTrees(std::uint32_t first) const {
+    std::uint64_t labels = 0;
+    std::memcpy(&labels, nodes.label + first, sizeof labels);
+    return labels & (EACH_BYTE * TREE_MASK);
 }
 
-void GridTrees::SetThreshold(NodeRect const& rect, int residual) {
-    threshold = residual;
-    for (std::uint32_t y = rect.y0; y < rect.y1; ++y) {
-        for (std::uint32_t x = rect.x0; x < rect.x1; ++x) {
-            std::uint32_t const node = layout.GetNode(x, y);
-            unsigned open = 0;
-            if (x + 1 < rect.x1 && nodes.residual[RIGHT][node] >= residual) open |= EdgeFlag(RIGHT);
-            if (y + 1 < rect.y1 && nodes.residual[DOWN][node] >= residual) open |= EdgeFlag(DOWN);
-            if (y > rect.y0 && nodes.residual[UP][node] >= residual) open |= EdgeFlag(UP);
-            if (x > rect.x0 && nodes.residual[LEFT][node] >= residual) open |= EdgeFlag(LEFT);
-            nodes.SetLabel(node, (nodes.GetLabel(node) & TREE_MASK) | open);
-        }
+/// Whether a tile's row and all that touches it are of one tree.
+bool GridTrees::IsDeep(std::uint32_t first) const {
+    std::uint64_t const tree = nodes.label[first] & TREE_MASK;
+    std::uint64_t const trees = GetTrees(first);
+    if (trees != tree * EACH_BYTE) return false; // As at the border of the grid, where there are no more neighbours.
+    std::uint32_t const last = first + GridLayout::TILE - 1;
+    return GetTrees(layout.GetNeighbour(first, UP)) == trees && GetTrees(layout.GetNeighbour(first, DOWN)) == trees &&
+           (nodes.GetLabel(layout.GetNeighbour(first, LEFT)) & TREE_MASK) == tree &&
+           (nodes.GetLabel(layout.GetNeighbour(last, RIGHT)) & TREE_MASK) == tree;
+}
+
+bool GridTrees::MustBeActive(std::uint32_t node) const {
+    unsigned const label = nodes.GetLabel(node);
+    unsigned const tree = label & TREE_MASK;
+    for (unsigned direction = 0; tree != FREE && direction < 4; ++direction) {
+        unsigned const other = nodes.GetLabel(layout.GetNeighbour(node, direction));
+        bool const isOpen = tree == SOURCE
+                                ? (label & EdgeFlag(direction)) != 0 && (other & TREE_MASK) != SOURCE
+                                : (other & EdgeFlag(Opposite(direction))) != 0 && (other & TREE_MASK) == FREE;
+        if (isOpen) return true;
+    }
+    return false;
+}
+
+std::vector<std::uint32_t> GridTrees::TakeActive() {
+    std::vector<std::uint32_t> active;
+    for (std::uint32_t node = block.firstActive; node != 0;) {
+        active.push_back(node);
+        std::uint32_t const next = nodes.nextActive[node];
+        nodes.nextActive[node] = 0;
+        node = next == node ? 0 : next;
+    }
+    block.firstActive = 0;
+    return active;
+}
+
+void GridTrees::Join(std::span<std::uint32_t const> border, unsigned direction) {
+    auto const open = [this](std::uint32_t from, unsigned way) {
+        if (nodes.residual[way][from] < threshold) return false;
+        nodes.SetLabel(from, nodes.GetLabel(from) | EdgeFlag(way));
+        return true;
+    };
+    auto const wake = [this](std::uint32_t from, std::uint32_t to) {
+        unsigned const fromTree = nodes.GetLabel(from) & TREE_MASK;
+        unsigned const toTree = nodes.GetLabel(to) & TREE_MASK;
+        if (fromTree == SOURCE && toTree != SOURCE) Activate(from);
+        if (toTree == SINK && fromTree != SINK) Activate(to);
+    };
+    for (std::uint32_t const near : border) {
+        std::uint32_t const far = layout.GetNeighbour(near, direction);
+        if (open(near, direction)) wake(near, far);
+        if (open(far, Opposite(direction))) wake(far, near);
     }
 }
 
-void GridTrees::Solve(std::uint32_t& stamp) {
+void GridTrees::CutOff(std::span<std::uint32_t const> border, unsigned direction, std::uint32_t& stamp) {
     now = stamp;
-    while (block.firstActive != 0) {
+    CutOffTree<SOURCE>(border, direction);
+    CutOffTree<SINK>(border, direction);
+    stamp = now;
+}
+
+template <std::uint8_t Tree>
+void GridTrees::CutOffTree(std::span<std::uint32_t const> border, unsigned direction) {
+    for (std::uint32_t const node : border)
+        if (nodes.parent[node] == direction && (nodes.GetLabel(node) & TREE_MASK) == Tree) AddOrphan(node);
+    firstSegment = now + 1; // There is no path: no node has the stamp of one of its segments.
+    now += 1 + static_cast<std::uint32_t>(orphans.size());
+    AdoptOrphans<Tree>();
+}
+
+void GridTrees::Solve(std::uint32_t& stamp, std::atomic<bool> const& stop) {
+    now = stamp;
+    while (block.firstActive != 0 && !stop.load(std::memory_order_relaxed)) {
         std::uint32_t const node = block.firstActive;
         std::uint32_t const next = nodes.nextActive[node];
         block.firstActive = next == node ? 0 : next;
@@ -96,10 +151,10 @@ void GridTrees::Solve(std::uint32_t& stamp) {
         nodes.nextActive[node] = 0;
         switch (nodes.GetLabel(node) & TREE_MASK) {
         case SOURCE:
-            Grow<SOURCE>(node);
+            Grow<SOURCE>(node, stop);
             break;
         case SINK:
-            Grow<SINK>(node);
+            Grow<SINK>(node, stop);
             break;
         default: // freed while it waited
             break;
@@ -124,7 +179,7 @@ GridTrees::Around GridTrees::LookAround(std::uint32_t node) const {
 }
 
 template <std::uint8_t Tree>
-void GridTrees::Grow(std::uint32_t node) {
+void GridTrees::Grow(std::uint32_t node, std::atomic<bool> const& stop) {
     auto const& steps = layout.GetSteps(node);
     while ((nodes.GetLabel(node) & TREE_MASK) == Tree) {
         Around around = LookAround<Tree>(node);
@@ -138,6 +193,7 @@ void GridTrees::Grow(std::uint32_t node) {
             Activate(other);
         }
         if (around.opposed == 0) return;
+        if (stop.load(std::memory_order_relaxed)) return Activate(node);
         unsigned const direction = Pop(around.opposed);
         if constexpr (Tree == SOURCE)
             Augment(node, node + steps[direction], direction);

@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace Velnor::Proc::Kernels {
@@ -21,7 +22,7 @@ inline constexpr std::uint8_t TERMINAL_PARENT = 5;
 
 /// The arrays of the nodes, indexed by GridLayout::GetNode.
 struct GridNodes {
-    std::uint8_t* label = nullptr;            ///< Tree, and an EdgeFlag for each direction with residual capacity.
+    std::uint8_t* label = nullptr;            ///< Tree, and an EdgeFlag for each direction that is open.
     std::uint8_t* parent = nullptr;           ///< Direction of the parent in the tree, or one of the two values above.
     std::array<std::uint16_t*, 4> residual{}; ///< Residual capacity in each direction.
     std::int16_t* terminal = nullptr;         ///< Residual capacity of the link to the terminal of the node's tree.
@@ -30,8 +31,8 @@ struct GridNodes {
     std::uint32_t* distance = nullptr;        ///< Steps to the root, as last counted.
     std::uint32_t* stamp = nullptr;           ///< What was last found out about the node, and when; see GridTrees.
 
-    /// Labels along a region's side are read by the worker of the neighbouring region too, which then finds no edge flag
-    /// between the regions set and looks no further. No order is needed for that, only that the bytes are whole.
+    /// Labels along a region's side are read by the worker of the neighbouring region too, which then finds no edge
+    /// flag between the regions set and looks no further. No order is needed for that, only that the bytes are whole.
     std::uint8_t GetLabel(std::uint32_t node) const {
         return std::atomic_ref(label[node]).load(std::memory_order_relaxed);
     }
@@ -39,6 +40,10 @@ struct GridNodes {
         std::atomic_ref(label[node]).store(static_cast<std::uint8_t>(value), std::memory_order_relaxed);
     }
 };
+
+/// Opens those edges of a run of nodes that have at least this residual capacity, and closes their others. What is
+/// closed is passed over by GridTrees.
+void OpenEdges(GridNodes const& nodes, std::uint32_t first, std::uint32_t count, int residual);
 
 /// What one worker keeps between the regions that it solves; 96 bytes apart, so no two share a cache line.
 struct GridWorkerBlock {
@@ -52,29 +57,42 @@ static_assert(sizeof(GridWorkerBlock) <= 32);
 /// Maximum flow by two search trees that grow towards each other (Boykov, Kolmogorov: An experimental comparison of
 /// min-cut/max-flow algorithms, PAMI 2004), on the part of the grid that the edge flags connect to the active nodes.
 ///
-/// Where that paper takes a branch that lost its root apart, node by node, and grows most of it again from another side,
-/// the branch is turned here: a search from the orphan, within the branch, finds the nearest place where it touches the
-/// rest of the tree, and only the parents on the way there change direction: on photographs a twentieth of the nodes.
-/// Distances are guesses that keep paths short; nothing else depends on them.
+/// Where that paper takes a branch that lost its root apart, node by node, and grows most of it again from another
+/// side, the branch is turned here: a search from the orphan, within the branch, finds the nearest place where it
+/// touches the rest of the tree, and only the parents on the way there change direction: on photographs a twentieth of
+/// the nodes. Distances are guesses that keep paths short; nothing else depends on them.
 class GridTrees {
 public:
-    /// @param residual  capacity that the edges whose flags are set have at least; SolveRect changes it
+    /// @param residual  as of SetThreshold
     GridTrees(GridLayout const& gridLayout, GridNodes const& gridNodes, GridWorkerBlock& workerBlock, int residual)
         : layout(gridLayout), nodes(gridNodes), block(workerBlock), threshold(residual) {}
+
+    /// @param residual  capacity from which edges are open; that of the last OpenEdges
+    void SetThreshold(int residual) { threshold = residual; }
 
     /// Appends a node to the active list, once.
     void Activate(std::uint32_t node);
 
-    /// Solves a rectangle through its edges that have at least this residual capacity; the others in it are closed, and
-    /// passed over by later solves, until a lower threshold opens them.
-    /// @param rect   whole tiles; edges that lead out of it are closed
-    /// @param stamp  as of Solve
-    void SolveRect(NodeRect const& rect, int residual, std::uint32_t& stamp);
+    /// Appends the nodes of a rectangle of whole tiles that an open edge joins to a node of another state. A sink node
+    /// that touches only source nodes is left to them.
+    void ActivateRect(NodeRect const& rect);
 
-    /// Grows and augments until no active node is left: no unsaturated edge then leads from the source tree out of it,
-    /// or into the sink tree from outside.
+    /// Empties the active list.
+    std::vector<std::uint32_t> TakeActive();
+
+    /// Opens the edges, both ways, between these nodes and their neighbours in that direction as far as the threshold
+    /// allows, and activates what they join to a node of another state.
+    void Join(std::span<std::uint32_t const> border, unsigned direction);
+
+    /// Finds parents elsewhere for these nodes if they have them in that direction, where the edges were closed.
+    /// @param stamp  as of Solve
+    void CutOff(std::span<std::uint32_t const> border, unsigned direction, std::uint32_t& stamp);
+
+    /// Grows and augments until no active node is left: no open edge then leads from the source tree out of it, or into
+    /// the sink tree from outside.
     /// @param stamp  of the region; at least the stamp of each of its nodes. Raised with each search.
-    void Solve(std::uint32_t& stamp);
+    /// @param stop   ends it early when it turns true, the rest in the active list
+    void Solve(std::uint32_t& stamp, std::atomic<bool> const& stop = NEVER);
 
 private:
     struct PathNode {
@@ -88,12 +106,17 @@ private:
         unsigned opposed = 0; ///< Towards the other tree.
     };
 
-    void ActivateRect(NodeRect const& rect);
-    void SetThreshold(NodeRect const& rect, int residual);
+    static constexpr std::atomic<bool> NEVER{false};
+
+    std::uint64_t GetTrees(std::uint32_t first) const;
+    bool IsDeep(std::uint32_t first) const;
+    bool MustBeActive(std::uint32_t node) const;
+    template <std::uint8_t Tree>
+    void CutOffTree(std::span<std::uint32_t const> border, unsigned direction);
     template <std::uint8_t Tree>
     Around LookAround(std::uint32_t node) const;
     template <std::uint8_t Tree>
-    void Grow(std::uint32_t node);
+    void Grow(std::uint32_t node, std::atomic<bool> const& stop);
     void Augment(std::uint32_t source, std::uint32_t sink, unsigned direction);
     template <std::uint8_t Tree>
     int Trace(std::uint32_t node, std::vector<PathNode>& path) const;

@@ -115,6 +115,8 @@ TEST(GridLayout, PadsDividesAndNumbers) {
             std::uint32_t const node = layout.GetNode(x, y);
             ASSERT_FALSE(seen.at(node));
             seen[node] = true;
+            EXPECT_EQ(layout.GetX(node), x);
+            EXPECT_EQ(layout.GetY(node), y);
             EXPECT_EQ(layout.GetNeighbour(node, Kernels::RIGHT), layout.GetNode(x + 1, y));
             EXPECT_EQ(layout.GetNeighbour(node, Kernels::LEFT), layout.GetNode(x - 1, y));
             EXPECT_EQ(layout.GetNeighbour(node, Kernels::DOWN), layout.GetNode(x, y + 1));
