@@ -1,6 +1,6 @@
-// The bokeh's convolution against its plain loops and cv::filter2D, on 512 x 384 pixels; and on 12
-// megapixels a vignette of a second picture against its conversion and one blend, and oil paint against ImageMagick's on
-// the halved picture and the two resizes.
+// The bokeh's convolution against its plain loops and cv::filter2D, on 512 x 384 pixels; and on 12 megapixels a
+// vignette of a second picture against its conversion and one blend, and oil paint against ImageMagick's on the halved
+// picture and the two resizes.
 #include "Benchmarks/Ratios.h"
 #include "Proc/Effects/Lumetta/Kernels/BokehCore.h"
 #include "Proc/Host/Host.h"

@@ -4,10 +4,10 @@
 //
 // A photograph called "flat" is one colour with small strokes in two far corners, which such solvers find hardest.
 //
-// Ours is the whole effect: capacities, layout, flow and mask. The peers are their graph and flow alone, from capacities
-// that are already there; --benchmark_filter=Lumetta leaves them out. The first table at the end gives the seconds and
-// how many times slower than us each peer is, by wall time and, for a machine that is not free, by processor time. The
-// second tells of us alone: nanoseconds of wall time, and peak is what memory came on top.
+// Ours is the whole effect: capacities, layout, flow and mask. The peers are their graph and flow alone, from
+// capacities that are already there; --benchmark_filter=Lumetta leaves them out. The first table at the end gives the
+// seconds and how many times slower than us each peer is, by wall time and, for a machine that is not free, by
+// processor time. The second tells of us alone: nanoseconds of wall time, and peak is what memory came on top.
 #include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/GridCapacities.h"

@@ -32,7 +32,8 @@ Map Swirl() {
     };
 }
 
-/// Opaque, as photographs are: colours weighted by an alpha that varies take twice the time, and OpenCV has no such thing.
+/// Opaque, as photographs are: colours weighted by an alpha that varies take twice the time, and OpenCV has no such
+/// thing.
 VideoHandle MakePicture(Host& host, PixFmt format) {
     VideoHandle const picture = host.GetContext()->CreateImage(format, FrameFormat::Square(WIDTH, HEIGHT));
     for (unsigned char i = 0; i < GetPlanesCount(*picture); ++i) {

@@ -75,8 +75,8 @@ private:
         return std::min(1.0, done / static_cast<double>(range));
     }
 
-    /// Takes the child's fraction into account where it is more than was counted before. Units of children that are done
-    /// are whole numbers, and nothing is left of the rounded sum once no child is under way: so the end is exact.
+    /// Takes the child's fraction into account where it is more than was counted before. Units of children that are
+    /// done are whole numbers, and nothing is left of the rounded sum once no child is under way: so the end is exact.
     void Count(Controller& child, double fractionOfChild) {
         double const counted = child.countedByParent;
         if (child.roundOfParent != round || fractionOfChild <= counted) return;

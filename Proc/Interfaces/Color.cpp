@@ -5,8 +5,8 @@
 namespace Velnor::Proc {
 namespace {
 
-/// (blue * color's blue + green * ... + red * ...) / divisor + offset to the nearest level, halves up. In whole numbers,
-/// because halves do occur and a rounded sum may fall on either side of one.
+/// (blue * color's blue + green * ... + red * ...) / divisor + offset to the nearest level, halves up. In whole
+/// numbers, because halves do occur and a rounded sum may fall on either side of one.
 unsigned char Weighted(Color const& color, int blue, int green, int red, int divisor, int offset) {
     int const sum = blue * color.GetBlue() + green * color.GetGreen() + red * color.GetRed();
     return static_cast<unsigned char>(std::min((sum + offset * divisor + divisor / 2) / divisor, 255));

@@ -1,6 +1,6 @@
-// AlphaInserter: makes the second picture, a mask (GRAY8) of the same size, the opacity of the first. The mask is written
-// into the first's own alpha where its format has one, and attached as extra alpha: index 0 as it is, index 1 at the
-// resolution of the chroma. A palette has no place for an alpha of each pixel: such a picture becomes RGBA.
+// AlphaInserter: makes the second picture, a mask (GRAY8) of the same size, the opacity of the first. The mask is
+// written into the first's own alpha where its format has one, and attached as extra alpha: index 0 as it is, index 1
+// at the resolution of the chroma. A palette has no place for an alpha of each pixel: such a picture becomes RGBA.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"

@@ -46,7 +46,8 @@ public:
             if (!settings.IsKeepExtras()) picture.DropExtraAlpha();
             return;
         }
-        // Red-first and blue-first take turns in many chains: where nobody else holds the picture, it needs no second one.
+        // Red-first and blue-first take turns in many chains: where nobody else holds the picture, it needs no second
+        // one.
         bool const isAlone = data->GetRefCount() == 1 && !picture.IsShared();
         if (isAlone && FormatConverter::ConvertInPlace(picture, format)) {
             if (!settings.IsKeepExtras()) picture.DropExtraAlpha();

@@ -1,6 +1,6 @@
 // ExtraAlphaExtractor: brings a mask (GRAY8) to the resolution of the chroma planes of a pixel format, as extra alpha 1
-// of such a picture: the mean over each chroma sample's area. Where the format has no subsampling, or none is named, the
-// result is the mask itself.
+// of such a picture: the mean over each chroma sample's area. Where the format has no subsampling, or none is named,
+// the result is the mask itself.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"

@@ -139,8 +139,8 @@ VideoHandle FormatConverter::MoveSamples(IDataVideo const& source, PixFmt target
     return result;
 }
 
-/// Where each pixel has samples of its own, the palette is converted and not the pixels: as a picture of one row, a pixel
-/// an entry.
+/// Where each pixel has samples of its own, the palette is converted and not the pixels: as a picture of one row, a
+/// pixel an entry.
 VideoHandle FormatConverter::ChangePalette(IDataVideo const& source, PixFmt target) {
     PixFmtDescription const& to = Describe(target);
     FrameFormat const frame = source.GetFrameFormat();

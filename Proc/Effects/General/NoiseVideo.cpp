@@ -2,7 +2,8 @@
 //
 //     level = level + strength * noise(x, y), to the nearest, clamped      noise of deviation 1, see GrainField
 //
-// Grey noise adds the same to red, green and blue, so it changes the brightness alone; colour noise adds its own to each.
+// Grey noise adds the same to red, green and blue, so it changes the brightness alone; colour noise adds its own to
+// each.
 #include "Proc/Effects/General/Kernels/GrainField.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"

@@ -1,9 +1,9 @@
 // Pad: adds margins around the picture: one colour, the edge repeated, or the picture mirrored.
 //
-// A picture can begin only at a whole chroma sample: the left and the upper margin are rounded up to that, the right and
-// the lower one are exact. Mirroring repeats the sample at the edge (… 2 1 0 | 0 1 2 …), in each plane for itself, and
-// goes to and fro in margins larger than the picture. Palette pictures are padded as red, green and blue and get a new
-// palette.
+// A picture can begin only at a whole chroma sample: the left and the upper margin are rounded up to that, the right
+// and the lower one are exact. Mirroring repeats the sample at the edge (… 2 1 0 | 0 1 2 …), in each plane for itself,
+// and goes to and fro in margins larger than the picture. Palette pictures are padded as red, green and blue and get a
+// new palette.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"

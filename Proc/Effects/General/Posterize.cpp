@@ -3,8 +3,8 @@
 //     class = (luma - lowest) * N / (highest - lowest + 1)       classes of equal width over the picture's own range
 //
 // The palette holds the mean colour and opacity of each class, of the samples that the picture has: luma and chroma, or
-// red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette picture
-// of class numbers, or, unless that is asked for, the same colours in the format of the input.
+// red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette
+// picture of class numbers, or, unless that is asked for, the same colours in the format of the input.
 #include "Proc/Effects/Bands.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"

@@ -1,7 +1,7 @@
 // BlurRadial: the mean over a turn or a zoom about a centre, of total length t. It is made by halving: the mean of the
 // picture moved by +t/4 and -t/4, of that the mean moved by +t/8 and -t/8, and so on, is the mean over 2^n places along
-// the movement after n passes. The cost grows with the logarithm of the length. Short steps come first, so that long ones
-// find a picture that is already smooth along the way.
+// the movement after n passes. The cost grows with the logarithm of the length. Short steps come first, so that long
+// ones find a picture that is already smooth along the way.
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/TurnedMean.h"

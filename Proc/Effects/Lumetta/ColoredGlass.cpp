@@ -1,4 +1,5 @@
-// ColoredGlass: panes of one colour each, in lead. The panes follow the edges of the picture as closely as is asked for.
+// ColoredGlass: panes of one colour each, in lead. The panes follow the edges of the picture as closely as is asked
+// for.
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/GlassCells.h"

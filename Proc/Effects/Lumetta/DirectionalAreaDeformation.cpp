@@ -1,5 +1,5 @@
-// DirectionalAreaDeformation: a push brush. Strokes add up in a field of displacements, and what they touch is read anew
-// from the first picture, so that it is sampled once however many strokes there are:
+// DirectionalAreaDeformation: a push brush. Strokes add up in a field of displacements, and what they touch is read
+// anew from the first picture, so that it is sampled once however many strokes there are:
 //
 //     result(x, y) = source((x, y) - displacement(x, y))        within the box of each stroke; the rest stays
 //

@@ -1,5 +1,5 @@
-// Histogram: counts the levels of red, green, blue and luma, writes what it found into its settings and, if asked, draws
-// the curves on the picture.
+// Histogram: counts the levels of red, green, blue and luma, writes what it found into its settings and, if asked,
+// draws the curves on the picture.
 //
 //     picture -> a format that is counted (a copy; the picture itself stays)   counts -> settings
 //     draw:      packed colour, curves in the lower right corner, back to the picture's format

@@ -205,8 +205,8 @@ private:
         return strokes;
     }
 
-    /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large. Faces are a help only: without
-    /// a detector, what stands out is the subject.
+    /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large. Faces are a help only:
+    /// without a detector, what stands out is the subject.
     std::vector<FaceBox> FindFaces(intrusive_ptr<IData> const& small, float scale) {
         std::vector<FaceBox> boxes;
         try {

@@ -1,5 +1,5 @@
-// Sketch: a pencil drawing. The luma divided by its blurred self ("colour dodge") leaves lines where it changes; shadows
-// are hatched, the paper is rough, and as much of the colour stays as is asked for.
+// Sketch: a pencil drawing. The luma divided by its blurred self ("colour dodge") leaves lines where it changes;
+// shadows are hatched, the paper is rough, and as much of the colour stays as is asked for.
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"

@@ -89,8 +89,8 @@ private:
         isBlurConfigured = true;
     }
 
-    /// Whether the blur works on a reduced picture. The resizers are configured for the mask's frame as long as there is
-    /// a mask: it goes before they change.
+    /// Whether the blur works on a reduced picture. The resizers are configured for the mask's frame as long as there
+    /// is a mask: it goes before they change.
     bool ConfigureResizers(FrameFormat const& frame) {
         if (frame.width <= 4) return false;
         if (mask && mask->GetFrameFormat() == frame) return true;

@@ -1,7 +1,7 @@
 // FaceDetector: dlib's frontal face detector and its 68 landmarks.
 //
-// Boxes come from histograms of oriented gradients (Dalal and Triggs 2005) on a grey copy of the picture, scaled so that
-// the smallest face that is looked for has the side that the detector was trained on, but never to more than
+// Boxes come from histograms of oriented gradients (Dalal and Triggs 2005) on a grey copy of the picture, scaled so
+// that the smallest face that is looked for has the side that the detector was trained on, but never to more than
 // LARGEST_AREA. Landmarks come from an ensemble of regression trees (Kazemi and Sullivan 2014), which reads single
 // samples: each face is cut out of the full picture and reduced to a few hundred pixels by the mean over areas, so that
 // noise of a large picture does not move them.

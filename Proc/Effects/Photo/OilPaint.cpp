@@ -20,8 +20,8 @@ public:
 
     void ProcessInternal(DataHandle& data) override {
         RequireRadius();
-        // Before anything is converted. The library makes a second picture of the first, and only then is the first given
-        // back.
+        // Before anything is converted. The library makes a second picture of the first, and only then is the first
+        // given back.
         MagickSupport::RequireRoom(data->GetFrameFormat(), 2, "The oil paint effect");
         EffectBaseCSC::ProcessInternal(data);
     }

@@ -1,6 +1,6 @@
-// Panorama: joins overlapping photographs, by OpenCV's pipeline: ORB features matched between all pairs, cameras that fit
-// the matches best, exposure compensation, seams through what differs least, and blending in frequency bands. Exposure
-// and blending are OpenCV's too, but done in rows and strips, in a fraction of the memory.
+// Panorama: joins overlapping photographs, by OpenCV's pipeline: ORB features matched between all pairs, cameras that
+// fit the matches best, exposure compensation, seams through what differs least, and blending in frequency bands.
+// Exposure and blending are OpenCV's too, but done in rows and strips, in a fraction of the memory.
 //
 // M. Brown, D. Lowe, "Automatic Panoramic Image Stitching using Invariant Features", International Journal of Computer
 // Vision 74(1), 2007.
@@ -56,8 +56,8 @@ void RequireJoined(cv::Stitcher::Status status, std::vector<int> const& joined, 
                                       (isOne ? " does" : " do") + " not match the others" + ADVICE);
 }
 
-/// Pictures that are joined without a match that speaks for it leave nothing to refine their arrangement by, which OpenCV
-/// takes for a fault of its caller.
+/// Pictures that are joined without a match that speaks for it leave nothing to refine their arrangement by, which
+/// OpenCV takes for a fault of its caller.
 cv::Stitcher::Status Arrange(cv::Stitcher& stitcher, std::vector<cv::Mat> const& views) {
     try {
         return stitcher.estimateTransform(views);

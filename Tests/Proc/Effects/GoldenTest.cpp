@@ -1,5 +1,5 @@
-// Effects on a piece of a photograph, against pictures that were looked at once. Scripts/goldens makes them anew; look at
-// each before it is committed.
+// Effects on a piece of a photograph, against pictures that were looked at once. Scripts/goldens makes them anew; look
+// at each before it is committed.
 
 #include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"

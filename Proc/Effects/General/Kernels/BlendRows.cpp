@@ -10,8 +10,8 @@ namespace Velnor::Proc::Kernels {
 namespace {
 
 /// (sum + 127) / 255 for sums of 0 to 255 * 255. No sum lies half-way between two multiples of 255, so this is the
-/// division rounded to the nearest; by s / 255 = s / 256 + s / 65536 + ..., of which two terms suffice in that range. No
-/// intermediate exceeds 16 bits.
+/// division rounded to the nearest; by s / 255 = s / 256 + s / 65536 + ..., of which two terms suffice in that range.
+/// No intermediate exceeds 16 bits.
 VELNOR_INLINE std::uint16_t DivideBy255(std::uint16_t sum) {
     auto const biased = static_cast<std::uint16_t>(sum + 128);
     return static_cast<std::uint16_t>(static_cast<std::uint16_t>(biased + (biased >> 8)) >> 8);

@@ -22,9 +22,9 @@ void ReorderRest(unsigned char const* source, unsigned char* target, std::size_t
 }
 
 #ifdef VELNOR_BYTE_SHUFFLE
-/// Blocks of sixteen bytes, of which the last whole pixel ends before the next block. What follows it is written over by
-/// that, or by the rest; in place, where the next block is still to be read, it stays as it was. Four blocks are read
-/// before one is written: a block that overlaps the one just written would wait for that. Returns the pixels done.
+/// Blocks of sixteen bytes, of which the last whole pixel ends before the next block. What follows it is written over
+/// by that, or by the rest; in place, where the next block is still to be read, it stays as it was. Four blocks are
+/// read before one is written: a block that overlaps the one just written would wait for that. Returns the pixels done.
 template <std::size_t From, std::size_t To>
 __attribute__((target("ssse3"))) std::size_t ReorderBlocks(unsigned char const* source, unsigned char* target,
                                                            std::size_t pixels, ByteOrder const& order) {

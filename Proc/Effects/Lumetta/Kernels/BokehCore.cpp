@@ -46,7 +46,8 @@ void MirrorEnds(PaddedPicture& picture, std::size_t kernelHeight) {
 }
 
 #ifdef VELNOR_BOKEH_X86
-/// The weights of one kernel column for the rows summed side by side, when this row of samples is `row` below the first.
+/// The weights of one kernel column for the rows summed side by side, when this row of samples is `row` below the
+/// first.
 std::array<float, BOKEH_ROWS> FindWeights(BokehKernel const& kernel, std::size_t row, std::size_t column) {
     std::array<float, BOKEH_ROWS> weights{};
     for (std::size_t r = 0; r < BOKEH_ROWS && r <= row; ++r)

@@ -6,8 +6,8 @@
 namespace Velnor::Proc::Kernels {
 namespace {
 
-/// How often each pair of neighbouring bytes occurs; the histograms of the bytes are sums over it. A processor stores one
-/// counter a cycle, so pairs halve the time, and photographs are smooth: neighbours hit the same counter, and each
+/// How often each pair of neighbouring bytes occurs; the histograms of the bytes are sums over it. A processor stores
+/// one counter a cycle, so pairs halve the time, and photographs are smooth: neighbours hit the same counter, and each
 /// increment would wait for the one before, where pairs give it twice as long. Few pairs occur in numbers, so 16-bit
 /// counters stay near the processor; what does not fit is counted apart.
 class PairCounts {
@@ -29,8 +29,8 @@ public:
 private:
     std::array<std::uint16_t, 65536> counts{};
     std::array<std::uint32_t, 65536> wraps{};
-    /// Keeps equal pairs of two such objects from sharing the lower bits of their addresses: the processor would take one
-    /// counter for the other, just stored, and wait.
+    /// Keeps equal pairs of two such objects from sharing the lower bits of their addresses: the processor would take
+    /// one counter for the other, just stored, and wait.
     [[maybe_unused]] std::array<unsigned char, 64> apart{};
 };
 

@@ -1,8 +1,8 @@
 // CLAHE: contrast-limited adaptive histogram equalisation of the luma, by OpenCV.
 //
 // Each of 8 x 8 tiles gets the table that would make its histogram flat, the histogram first cut at the clip limit and
-// what was cut spread over all levels; between the tiles' centres the tables are interpolated. A clip limit of 0 sets no
-// limit. Smaller pictures are mirrored to whole tiles.
+// what was cut spread over all levels; between the tiles' centres the tables are interpolated. A clip limit of 0 sets
+// no limit. Smaller pictures are mirrored to whole tiles.
 //
 // K. Zuiderveld, "Contrast Limited Adaptive Histogram Equalization", Graphics Gems IV, 1994.
 #include "Proc/Effects/Photo/AdaptedEffect.h"

@@ -48,8 +48,8 @@ void PackStrokes(cv::Mat const& picture, cv::Mat const& marks, cv::Mat& strokes,
         }
 }
 
-/// The first cut is by models of the strokes' colours alone: models that begin with all the unknown pixels as background
-/// have learnt the object's own colours as those of the background, and leave holes where no stroke went.
+/// The first cut is by models of the strokes' colours alone: models that begin with all the unknown pixels as
+/// background have learnt the object's own colours as those of the background, and leave holes where no stroke went.
 void Segment(cv::Mat const& picture, cv::Mat& marks) {
     cv::Mat strokes;
     cv::Mat kinds;
