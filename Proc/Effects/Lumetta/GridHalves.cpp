@@ -40,12 +40,14 @@ GridHalves::GridHalves(Kernels::GridLayout const& gridLayout, Kernels::GridNodes
                layout.GetNodesCount() > 2 * layout.GetRegionSide() * layout.GetRegionSide()),
       sides{Side{{layout, nodes, first, 1}, first}, Side{{layout, nodes, second, 1}, second}} {}
 
-/// Opens the edges that have at least this residual capacity, and activates what they join to a node of another state.
+/// Opens the edges that have at least this residual capacity, and activates what open edges join to a node of another
+/// state.
 void GridHalves::Open(int residual) {
     std::uint32_t const width = layout.GetPaddedWidth();
     std::uint32_t const height = layout.GetPaddedHeight();
     std::uint32_t const middle = isShared ? height / 2 / TILE * TILE : height;
     std::array const rects{Kernels::NodeRect{0, 0, width, middle}, Kernels::NodeRect{0, middle, width, height}};
+    sides[0].trees.TakeActive(); // Found again below: until then, no list may hold nodes of the other's half.
     RunSides(isShared, [&](std::size_t number) {
         Kernels::NodeRect const& rect = rects[number];
         Kernels::OpenEdges(nodes, layout.GetNode(0, rect.y0), width * (rect.y1 - rect.y0), residual);
