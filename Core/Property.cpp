@@ -1,8 +1,22 @@
 #include "Core/Property.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace Velnor::Core {
+namespace {
+
+constexpr char const* TOTAL_TIME = "Total time";
+constexpr char const* COUNT = "Count";
+
+/// Of a child; 0 where there is none, or no number.
+std::int64_t GetNumber(Property const& statistics, char const* key) {
+    Property const* const child = statistics.FindChild(key);
+    return child == nullptr ? 0 : std::strtoll(child->GetValue().c_str(), nullptr, 10);
+}
+
+} // namespace
 
 std::string const PerformanceTimer::IMPL_NAME = "Implementation";
 
@@ -32,9 +46,17 @@ std::string Property::ToText(unsigned int indent) const {
 
 Property MakeStatistics(std::string const& name, std::int64_t totalMicroseconds, std::uint64_t count) {
     Property statistics(name);
-    statistics.SetChild("Total time", std::to_string(totalMicroseconds));
-    statistics.SetChild("Count", std::to_string(count));
+    statistics.SetChild(TOTAL_TIME, std::to_string(totalMicroseconds));
+    statistics.SetChild(COUNT, std::to_string(count));
     return statistics;
+}
+
+void AddStatistics(Property& total, Property const& next) {
+    Property sum = next;
+    for (char const* const key : {TOTAL_TIME, COUNT})
+        if (next.FindChild(key) != nullptr)
+            sum.SetChild(key, std::to_string(GetNumber(total, key) + GetNumber(next, key)));
+    total = std::move(sum);
 }
 
 } // namespace Velnor::Core

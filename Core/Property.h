@@ -35,6 +35,10 @@ private:
 /// Statistics of one function: children "Total time" (microseconds) and "Count".
 VELNOR_API Property MakeStatistics(std::string const& name, std::int64_t totalMicroseconds, std::uint64_t count);
 
+/// Makes the statistics of a function those of its `next` run as well: time and count are summed up, all else is the
+/// next one's.
+VELNOR_API void AddStatistics(Property& total, Property const& next);
+
 /// Time since construction.
 class VELNOR_API PerformanceTimer {
 public:

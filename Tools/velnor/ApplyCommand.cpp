@@ -52,9 +52,9 @@ public:
         return photo;
     }
 
-    std::string GetStatistics() {
+    std::string GetStatistics() const {
         std::string text;
-        for (EffectStep& step : steps) text += step.GetStatistic().ToText();
+        for (EffectStep const& step : steps) text += step.GetStatistic().ToText();
         return text;
     }
 
@@ -90,13 +90,13 @@ private:
             Announce(photo, step.GetName());
             Place const at = piece.place;
             place = photo.input.string() + ": " + step.GetName() + ": ";
-            std::ranges::move(step.Run(std::move(piece)), std::back_inserter(made));
-            if (std::string const warning = step.GetWarning(); !warning.empty())
-                photo.warnings.push_back(place + warning);
+            StepOutcome outcome = step.Run(std::move(piece));
+            std::ranges::move(outcome.pieces, std::back_inserter(made));
+            if (!outcome.warning.empty()) photo.warnings.push_back(place + outcome.warning);
             place.clear();
-            if (std::vector<EffectResult> results = step.GetResults(); !results.empty())
+            if (!outcome.results.empty())
                 photo.found.push_back(
-                    {step.GetName(), areSeveral ? std::optional(at) : std::nullopt, std::move(results)});
+                    {step.GetName(), areSeveral ? std::optional(at) : std::nullopt, std::move(outcome.results)});
         }
         return made;
     }

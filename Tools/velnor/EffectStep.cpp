@@ -3,7 +3,6 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Tools/velnor/EffectParameters.h"
-#include "Tools/velnor/Failure.h"
 
 #include <algorithm>
 
@@ -25,63 +24,80 @@ void CutBack(Proc::IDataVideo& picture, Proc::FrameFormat const& before) {
 
 EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue,
                        Proc::ReadOptions const& reading, intrusive_ptr<Core::IProgressController> const& progress)
-    : name(argument.name) {
+    : name(argument.name), factory(catalogue.GetHost().GetFactory()), controller(progress) {
     CatalogueEntry const& entry = catalogue.Get(argument.name);
-    Proc::RegisteredEffect const& chosen = GetImplementation(entry, argument.implementation);
-    kind = chosen.kind;
-    // The host's own tools, such as resizing and padding, give just the size that they are asked for.
-    keepsSize = chosen.implName != Proc::ImplNames::DEFAULT;
+    chosen = GetImplementation(entry, argument.implementation);
     Proc::SettingsType const& type = catalogue.GetSettingsType(entry);
-    fields = DescribeParameters(type, kind);
-    effect = catalogue.GetHost().GetFactory()->CreateEffect(chosen.classId, chosen.implName);
-    effect->SetProgressController(progress);
-    Configure(argument, type, reading, *catalogue.GetHost().GetContext());
+    fields = DescribeParameters(type, chosen.kind);
+    settings = Parse(argument, type);
+    for (std::string const& file : furtherFiles)
+        furtherInputs.push_back(Proc::ReadPicture(file, *catalogue.GetHost().GetContext(), reading).picture);
+    statistic = Make()->GetStatistic(); // Made here too, so that one that cannot be made is told before any work.
 }
 
-void EffectStep::Configure(EffectArgument const& argument, Proc::SettingsType const& type,
-                           Proc::ReadOptions const& reading, Proc::IEffectContext& context) {
-    std::unique_ptr<Proc::Settings> const settings = type.create();
-    std::vector<std::string> files;
+std::unique_ptr<Proc::Settings> EffectStep::Parse(EffectArgument const& argument, Proc::SettingsType const& type) {
+    std::unique_ptr<Proc::Settings> parsed = type.create();
     for (EffectArgument::Parameter const& parameter : argument.parameters) {
-        if (kind != Proc::EffectKind::OneInput && parameter.key == INPUT_PARAMETER)
-            files.push_back(parameter.value);
+        if (chosen.kind != Proc::EffectKind::OneInput && parameter.key == INPUT_PARAMETER)
+            furtherFiles.push_back(parameter.value);
         else
-            SetParameter(*settings, name, fields, parameter);
+            SetParameter(*parsed, name, fields, parameter);
     }
-    if (kind == Proc::EffectKind::TwoInput) {
-        if (files.empty()) throw WrongCall(name + " works on two pictures; " + name + ":input=FILE names the second");
-        if (files.size() > 1) throw WrongCall(name + " works on two pictures; input is given twice");
+    if (chosen.kind == Proc::EffectKind::TwoInput) {
+        if (furtherFiles.empty())
+            throw WrongCall(name + " works on two pictures; " + name + ":input=FILE names the second");
+        if (furtherFiles.size() > 1) throw WrongCall(name + " works on two pictures; input is given twice");
     }
-    for (std::string const& file : files) furtherInputs.push_back(Proc::ReadPicture(file, context, reading).picture);
-    effect->SetSettings(*settings);
+    return parsed;
 }
 
-std::vector<Piece> EffectStep::Run(Piece piece) {
+intrusive_ptr<Proc::IEffect> EffectStep::Make() const {
+    intrusive_ptr<Proc::IEffect> effect = factory->CreateEffect(chosen.classId, chosen.implName);
+    effect->SetProgressController(controller);
+    effect->SetSettings(*settings);
+    return effect;
+}
+
+StepOutcome EffectStep::Run(Piece piece) {
+    intrusive_ptr<Proc::IEffect> const effect = Make();
+    StepOutcome outcome;
     // The typed entries take our only handle, so that an effect that replaces the picture can drop the old one at once.
     if (auto* const one = dynamic_cast<Proc::IOneInputEffect*>(effect.get()))
-        RunOnOne(*one, piece.picture);
+        outcome.pieces = RunOnOne(*one, std::move(piece));
     else if (auto* const two = dynamic_cast<Proc::ITwoInputEffect*>(effect.get()))
-        two->ProcessData(piece.picture, furtherInputs.front());
+        outcome.pieces = RunOnTwo(*two, std::move(piece));
     else
-        return RunOnMany(std::move(piece));
-    if (!piece.picture) throw Failure(ExitCode::OutputFailed, name + " gives no picture for this input");
+        outcome.pieces = RunOnMany(*effect, piece);
+    outcome.results = FindResults(effect->GetSettingsBase());
+    Core::Property const run = effect->GetStatistic();
+    if (Core::Property const* const warning = run.FindChild(Proc::WARNING_NODE)) outcome.warning = warning->GetValue();
+    Core::AddStatistics(statistic, run);
+    return outcome;
+}
+
+std::vector<Piece> EffectStep::RunOnOne(Proc::IOneInputEffect& one, Piece piece) const {
+    Proc::FrameFormat const before = piece.picture->GetFrameFormat();
+    one.ProcessData(piece.picture);
+    if (!piece.picture) throw NoPicture();
+    // The host's own tools, such as resizing and padding, give just the size that they are asked for.
+    if (chosen.implName != Proc::ImplNames::DEFAULT) CutBack(Proc::AsVideo(piece.picture), before);
     return {piece};
 }
 
-void EffectStep::RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture) const {
-    Proc::FrameFormat const before = picture->GetFrameFormat();
-    one.ProcessData(picture);
-    if (keepsSize && picture) CutBack(Proc::AsVideo(picture), before);
+std::vector<Piece> EffectStep::RunOnTwo(Proc::ITwoInputEffect& two, Piece piece) const {
+    two.ProcessData(piece.picture, furtherInputs.front()->MakeCopy(Proc::CopyMode::Value));
+    if (!piece.picture) throw NoPicture();
+    return {piece};
 }
 
 /// An effect on any number of pictures gives one, or puts several into the vector of its inputs.
-std::vector<Piece> EffectStep::RunOnMany(Piece piece) {
-    if (effect->GetSettingsBase().IsEmpty()) return {piece};
+std::vector<Piece> EffectStep::RunOnMany(Proc::IEffect& many, Piece const& piece) const {
+    if (settings->IsEmpty()) return {piece};
     std::vector<Proc::DataHandle> pictures{piece.picture};
     for (Proc::VideoHandle const& input : furtherInputs)
         pictures.push_back(input->MakeCopy(Proc::CopyMode::Value)); // Kept as it is for the next photograph.
-    if (Proc::DataHandle const result = effect->ProcessData(pictures)) return {{result, piece.place}};
-    if (pictures.empty()) throw Failure(ExitCode::OutputFailed, name + " gives no picture for this input");
+    if (Proc::DataHandle const result = many.ProcessData(pictures)) return {{result, piece.place}};
+    if (pictures.empty()) throw NoPicture();
 
     // Places are counted from where the pieces begin together: the photograph may be a part of a larger picture itself.
     Place origin{UINT32_MAX, UINT32_MAX};
@@ -101,19 +117,14 @@ bool EffectStep::HasResults() const {
     return std::ranges::any_of(fields, [](Proc::SettingsField const& field) { return field.isOutput; });
 }
 
-std::vector<EffectResult> EffectStep::GetResults() const {
+std::vector<EffectResult> EffectStep::FindResults(Proc::Settings const& after) const {
     std::vector<EffectResult> results;
-    Proc::Settings const& settings = effect->GetSettingsBase();
-    if (settings.IsEmpty()) return results; // Nothing was looked at.
+    if (after.IsEmpty()) return results; // Nothing was looked at.
     for (Proc::SettingsField const& field : fields)
-        if (field.isOutput) results.push_back({&field, field.print(settings)});
+        if (field.isOutput) results.push_back({&field, field.print(after)});
     return results;
 }
 
-std::string EffectStep::GetWarning() {
-    Core::Property const statistic = effect->GetStatistic();
-    Core::Property const* const warning = statistic.FindChild(Proc::WARNING_NODE);
-    return warning != nullptr ? warning->GetValue() : std::string();
-}
+Failure EffectStep::NoPicture() const { return {ExitCode::OutputFailed, name + " gives no picture for this input"}; }
 
 } // namespace Velnor::Tool

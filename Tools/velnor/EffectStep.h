@@ -5,7 +5,9 @@
 #include "Proc/Interfaces/IEffectFactory.h"
 #include "Tools/velnor/EffectArgument.h"
 #include "Tools/velnor/EffectCatalogue.h"
+#include "Tools/velnor/Failure.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,11 +32,21 @@ struct Piece {
     Place place;
 };
 
-/// One effect of the chain, made and configured once for all photographs.
+/// What a run of an effect gave.
+struct StepOutcome {
+    std::vector<Piece> pieces;
+    std::vector<EffectResult> results; ///< In order of declaration; none of an effect that is switched off.
+    std::string warning;               ///< That the effect has about the result; mostly empty.
+};
+
+/// One effect of the chain: what was typed for it is understood once, with the further pictures that it names. Each run
+/// is one of a fresh effect, since effects keep things from one picture to the next, as for the frames of a film, and
+/// no photograph may show in another one.
 class EffectStep {
 public:
     /// Throws Failure (wrong call) for an unknown effect, implementation or parameter and for a value that does not
-    /// fit; what ReadPicture throws for the further pictures of an effect on several.
+    /// fit; what ReadPicture throws for the further pictures of an effect on several; what the effect throws when it
+    /// cannot be made.
     EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue, Proc::ReadOptions const& reading,
                intrusive_ptr<Core::IProgressController> const& progress);
 
@@ -42,25 +54,29 @@ public:
 
     /// What the effect makes of the piece: another one, or several. Throws what the effect throws, and Failure (output)
     /// when it gives no picture.
-    std::vector<Piece> Run(Piece piece);
+    StepOutcome Run(Piece piece);
 
-    bool HasResults() const;                      ///< Whether the effect is of those that find something out.
-    std::vector<EffectResult> GetResults() const; ///< Of the last run, in order of declaration.
-    std::string GetWarning();                     ///< That the effect has about its last run; mostly empty.
-    Core::Property GetStatistic() { return effect->GetStatistic(); }
+    bool HasResults() const;                                         ///< Whether it is one that finds something out.
+    Core::Property const& GetStatistic() const { return statistic; } ///< Of all runs together.
 
 private:
-    void Configure(EffectArgument const& argument, Proc::SettingsType const& type, Proc::ReadOptions const& reading,
-                   Proc::IEffectContext& context);
-    void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture) const;
-    std::vector<Piece> RunOnMany(Piece piece);
+    std::unique_ptr<Proc::Settings> Parse(EffectArgument const& argument, Proc::SettingsType const& type);
+    intrusive_ptr<Proc::IEffect> Make() const;
+    std::vector<Piece> RunOnOne(Proc::IOneInputEffect& one, Piece piece) const;
+    std::vector<Piece> RunOnTwo(Proc::ITwoInputEffect& two, Piece piece) const;
+    std::vector<Piece> RunOnMany(Proc::IEffect& many, Piece const& piece) const;
+    std::vector<EffectResult> FindResults(Proc::Settings const& after) const;
+    Failure NoPicture() const;
 
-    std::string name;
-    Proc::EffectKind kind = Proc::EffectKind::OneInput;
-    bool keepsSize = true; ///< Whether a picture that came out a column or a row larger is cut back.
+    std::string const name;
+    Proc::FactoryHandle const factory;
+    intrusive_ptr<Core::IProgressController> const controller;
+    Proc::RegisteredEffect chosen;
     std::vector<Proc::SettingsField> fields;
-    intrusive_ptr<Proc::IEffect> effect;
-    std::vector<Proc::VideoHandle> furtherInputs; ///< One for an effect on two pictures.
+    std::vector<std::string> furtherFiles; ///< One for an effect on two pictures.
+    std::unique_ptr<Proc::Settings const> settings;
+    std::vector<Proc::VideoHandle> furtherInputs; ///< Of those files.
+    Core::Property statistic{""};
 };
 
 } // namespace Velnor::Tool
