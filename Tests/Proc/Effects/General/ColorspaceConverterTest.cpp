@@ -275,23 +275,32 @@ TEST(ChooseFormatTest, TakesTheLeastLossThenTheListsOrder) {
     };
     Formats const colour{BGR24, RGB24, BGRA, RGBA, RGBX, BGRX};
     for (Case const& one : {
-             Case{RGB24, colour, BGR24},
+             Case{BGRX, colour, BGRX}, // The list holds it.
+             Case{RGBA, {GRAY8, ARGB, RGBA, ABGR, BGRA}, RGBA},
+             Case{BGR24, {RGB24, BGR24}, BGR24},
+             Case{RGB24, colour, BGR24}, // The list asks for blue first.
+             Case{RGBX, colour, BGR24},
+             Case{YUVJ420P, {YUV420P, YUVJ420P}, YUVJ420P},
+             Case{GRAY8, {YUV420P, GRAY8}, GRAY8},
+             Case{XRGB, colour, BGR24},
              Case{YUV420P, colour, BGR24},
              Case{GRAY8, colour, BGR24},
-             Case{RGBA, colour, BGRA}, // Alpha outweighs everything.
+             Case{ARGB, colour, BGRA}, // Alpha outweighs everything.
              Case{YUVA420P, colour, BGRA},
              Case{RGBA, {YUV444P, GRAY8, YUVA420P}, YUVA420P},
              Case{RGB24, {YUV444P, YUVA444P}, YUV444P},
              Case{RGBA, {YUV444P, YUVA444P}, YUVA444P},
              Case{RGB24, {YUV420P, YUV422P, YUV411P}, YUV422P},
-             Case{YUV420P, {YUV422P, YUV420P}, YUV422P},
+             Case{NV12, {YUVA444P, YUV422P, YUVA420P}, YUVA420P}, // Chroma that is made up is a loss too,
+             Case{YUV420P, {YUV444P, RGB24, YUV422P}, YUV422P},   // the less the better,
+             Case{YUV422P, {YUV420P, YUV444P}, YUV444P},          // but less grave than chroma that is dropped.
              Case{YUV411P, {YUV420P, YUV422P}, YUV422P},          // Half across is more than it has.
-             Case{YUV422P, {YUV440P, YUV411P, YUV420P}, YUV440P}, // Each loses one halving.
+             Case{YUV422P, {YUV440P, YUV411P, YUV420P}, YUV411P}, // One halving each, and nothing made up.
              Case{YUV444P, {RGB24, YUVJ444P}, YUVJ444P},          // The matrix.
              Case{YUV444P, {YUV420P, RGB24}, RGB24},              // Chroma outweighs the matrix.
              Case{RGB24, {GRAY8, PAL8, YUV410P}, YUV410P},
              Case{RGB24, {GRAY8, PAL8}, PAL8},
-             Case{PAL8, {RGBA, PAL8}, RGBA},
+             Case{PAL8, {BGR24, RGBA}, RGBA},
              Case{GRAY8, {YUV420P, RGB24}, YUV420P},
              Case{GRAY8, {static_cast<PixFmt>(999), GRAY8, BGRA}, GRAY8},
              Case{GRAY8, {static_cast<PixFmt>(999)}, NONE},

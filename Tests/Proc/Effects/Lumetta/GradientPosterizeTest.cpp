@@ -1,17 +1,15 @@
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Effects/Lumetta/Kernels/ChromaClasses.h"
-#include "Proc/Host/Host.h"
-#include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Tests/Support/ColourPictures.h"
-#include "Tests/Support/Pictures.h"
+#include "Tests/Support/HostRun.h"
 #include "Tests/Support/RecordingFactory.h"
 #include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <set>
 
 namespace Velnor::Proc {
 namespace {
@@ -140,23 +138,24 @@ TEST(ChromaClasses, SumsAreOf32BitsAndWrap) {
     EXPECT_EQ(sums[0].count, 260U << 16);
 }
 
-TEST(GradientPosterize, WithTheHostsPosterizeEveryFormatKeepsItsLuma) {
-    Host host;
-    Registrator(&host.GetRegistry());
-    auto const effect =
-        host.GetFactory()->CreateOneInputEffect(SettingsEffectGradientPosterize::CLASS_ID, ImplNames::DEFAULT);
-    effect->SetSettings(Colors(1));
-    for (PixFmt const format : {PixFmt::YUV420P, PixFmt::YUV444P, PixFmt::YUYV422, PixFmt::NV12}) {
-        VideoHandle const source = MakeNoise(*host.GetContext(), format, 9, 5);
-        DataHandle data = source;
-        effect->ProcessData(data);
-        ASSERT_EQ(data->GetPixFmt(), format);
-        PixFmtDescription const& d = source->GetDescription();
-        int const blue = Sample(AsVideo(data), d.components[1], false, 0, 0);
-        for (std::uint32_t x = 0; x < 9; ++x) {
-            ASSERT_EQ(Sample(AsVideo(data), d.components[0], true, x, 4), Sample(*source, d.components[0], true, x, 4));
-            ASSERT_EQ(Sample(AsVideo(data), d.components[1], false, x, 4), blue) << "one class, one chroma";
-        }
+TEST(GradientPosterize, WithTheHostsPosterizeEveryLumaFormatKeepsItsLumaAndHasAsManyChromaPairsAsColours) {
+    HostRun run;
+    for (PixFmtDescription const& d : PixFmtDescription::GetAll()) {
+        if (d.model != ColorModel::Luma) continue;
+        SCOPED_TRACE(d.name);
+        VideoHandle const source = MakeNoise(run.context, d.format, 61, 35);
+        VideoHandle const result = run.Apply(Colors(4), source);
+        ASSERT_EQ(result->GetPixFmt(), d.format);
+        std::set<std::pair<int, int>> pairs;
+        for (std::uint32_t y = 0; y < 35; ++y)
+            for (std::uint32_t x = 0; x < 61; ++x) {
+                auto const level = [&](IDataVideo const& picture, std::size_t i) {
+                    return int{Sample(picture, d.components[i], i == 0, x, y)};
+                };
+                ASSERT_EQ(level(*result, 0), level(*source, 0));
+                pairs.insert({level(*result, 1), level(*result, 2)});
+            }
+        EXPECT_EQ(pairs.size(), 4U);
     }
 }
 
