@@ -4,7 +4,6 @@
 //     chroma  = mean chroma of the class of the pixel at the sample's upper left
 //
 // The sums behind the means are of 32 bits (see Kernels::ChromaSum).
-#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/ChromaClasses.h"
@@ -55,7 +54,8 @@ public:
         PixFmtDescription const& format = picture.GetDescription();
         Kernels::ChromaClasses const planes{std::as_const(AsVideo(palette)).GetPlane(0), picture.GetMutablePlane(1),
                                             picture.GetMutablePlane(2), format.chromaShiftX, format.chromaShiftY};
-        std::vector<Kernels::ChromaSum> sums = AddChroma(planes);
+        std::vector<Kernels::ChromaSum> sums(settings.GetColorCount());
+        Kernels::AddChroma(planes, sums);
         Kernels::DivideChroma(sums);
         Kernels::WriteChroma(planes, sums);
     }
@@ -66,26 +66,6 @@ private:
         next.SetColorsNumber(settings.GetColorCount());
         next.SetIsPal(true);
         return next;
-    }
-
-    /// In bands of the chroma planes' rows, on all processors.
-    std::vector<Kernels::ChromaSum> AddChroma(Kernels::ChromaClasses const& planes) const {
-        std::vector<Band> const bands = CutIntoBands(static_cast<std::uint32_t>(planes.blue.GetWidth()),
-                                                     static_cast<std::uint32_t>(planes.blue.GetHeight()));
-        std::vector<Kernels::ChromaSum> const none(settings.GetColorCount());
-        std::vector<std::vector<Kernels::ChromaSum>> parts(CountWorkers(bands), none);
-        RunBands(bands, [&](Band const& band, std::size_t worker) {
-            ConstPlane const& classes = planes.classes;
-            std::uint64_t const top = std::uint64_t{band.first} << planes.shiftY;
-            ConstPlane const below(classes.GetRow(top), classes.GetStride(), classes.GetWidth(),
-                                   classes.GetHeight() - top);
-            Kernels::AddChroma(
-                {below, TakeRows(planes.blue, band), TakeRows(planes.red, band), planes.shiftX, planes.shiftY},
-                parts[worker]);
-        });
-        for (std::size_t worker = 1; worker < parts.size(); ++worker)
-            for (std::size_t i = 0; i < none.size(); ++i) parts[0][i] += parts[worker][i];
-        return parts[0];
     }
 
     DataHandle Classify(DataHandle data) const {

@@ -3,35 +3,69 @@
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 namespace Velnor::Proc::Kernels {
+namespace {
+
+/// Sums of up to 65535 samples, the three numbers of a class in one word: 24 bits of blue, 24 of red, 16 of the count.
+class ShortSums {
+public:
+    bool HasRoom(std::uint64_t samples) const { return added + samples <= MOST; }
+
+    /// A sample of column x. Neighbours are of one class mostly: sums in turn do not wait for each other.
+    void Add(std::uint64_t x, unsigned char number, unsigned char blue, unsigned char red) {
+        lanes[x % LANES][number] += blue | std::uint64_t{red} << RED_AT | std::uint64_t{1} << COUNT_AT;
+        ++added;
+    }
+
+    void MoveTo(std::span<ChromaSum> sums) {
+        constexpr std::uint64_t LEVELS = (1U << RED_AT) - 1;
+        for (auto& lane : lanes)
+            for (std::size_t number = 0; number < lane.size(); ++number) {
+                std::uint64_t const part = std::exchange(lane[number], 0);
+                if (part == 0) continue;
+                if (number >= sums.size())
+                    VELNOR_THROW(EffectException, "A pixel is of class " + std::to_string(number) +
+                                                      "; there are only " + std::to_string(sums.size()) +
+                                                      " classes, counted from 0.");
+                sums[number] +=
+                    {static_cast<std::uint32_t>(part & LEVELS), static_cast<std::uint32_t>(part >> RED_AT & LEVELS),
+                     static_cast<std::uint32_t>(part >> COUNT_AT)};
+            }
+        added = 0;
+    }
+
+private:
+    static constexpr std::size_t LANES = 4;
+    static constexpr unsigned int RED_AT = 24;
+    static constexpr unsigned int COUNT_AT = 48;
+    static constexpr std::uint64_t MOST = 0xffff; // Of which 255 each still fit 24 bits.
+
+    std::array<std::array<std::uint64_t, 256>, LANES> lanes{};
+    std::uint64_t added = 0;
+};
+
+} // namespace
 
 void AddChroma(ChromaClasses const& picture, std::span<ChromaSum> sums) {
-    // Neighbours are of one class mostly: sums in turn do not wait for each other.
-    constexpr std::size_t LANES = 4;
-    std::array<std::array<ChromaSum, 256>, LANES> lanes{};
+    constexpr std::uint64_t STRETCH = 1U << 14;
+    ShortSums part;
+    std::uint64_t const width = picture.blue.GetWidth();
     for (std::uint64_t y = 0; y < picture.blue.GetHeight(); ++y) {
         unsigned char const* const classes = picture.classes.GetRow(y << picture.shiftY);
         unsigned char const* const blue = picture.blue.GetRow(y);
         unsigned char const* const red = picture.red.GetRow(y);
-        for (std::uint64_t x = 0; x < picture.blue.GetWidth(); ++x) {
-            ChromaSum& sum = lanes[x % LANES][classes[x << picture.shiftX]];
-            sum.blue += blue[x];
-            sum.red += red[x];
-            ++sum.count;
+        for (std::uint64_t from = 0; from < width; from += STRETCH) {
+            std::uint64_t const to = std::min(from + STRETCH, width);
+            if (!part.HasRoom(to - from)) part.MoveTo(sums);
+            for (std::uint64_t x = from; x < to; ++x) part.Add(x, classes[x << picture.shiftX], blue[x], red[x]);
         }
     }
-    for (auto const& lane : lanes)
-        for (std::size_t number = 0; number < lane.size(); ++number) {
-            ChromaSum const& part = lane[number];
-            if (part.count == 0) continue;
-            if (number >= sums.size())
-                VELNOR_THROW(EffectException, "A pixel is of class " + std::to_string(number) + "; there are only " +
-                                                  std::to_string(sums.size()) + " classes, counted from 0.");
-            sums[number] += part;
-        }
+    part.MoveTo(sums);
 }
 
 void DivideChroma(std::span<ChromaSum> sums) {
