@@ -5,8 +5,8 @@
 //
 // Chroma planes take extra alpha 1; where it is missing, the mean of the luma's alpha over each chroma sample's area.
 // The second picture's chroma falls on the first's chroma grid, so its position there is rounded down. Formats that
-// interleave luma and subsampled chroma are blended in their planar twins, to which bytes are only moved. Palette
-// pictures have no palette in common: they are blended as RGBA, and so is the result.
+// interleave luma and subsampled chroma are blended in their planar twins, to which bytes are only moved. A palette
+// picture has no palette in common with another: it counts as RGBA, and so is the result.
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/BlendRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
@@ -108,10 +108,10 @@ public:
 
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         IDataVideo const& over = AsVideo(second);
-        PixFmtDescription const& format = over.GetDescription();
+        PixFmtDescription const& format = AsVideo(first).GetDescription();
         RequireSettings(AsVideo(first), over);
         PixFmt const working = FindWorkingFormat(format);
-        if (working == format.format) return Blend(OwnPicture(first), over);
+        if (working == format.format && working == over.GetPixFmt()) return Blend(OwnPicture(first), over);
 
         DataHandle result = Convert(AsVideo(first), working);
         Blend(OwnPicture(result), AsVideo(Convert(over, working)));
@@ -126,15 +126,16 @@ private:
         if (mode < BLEND_PRODUCT || mode > BLEND_CONSTANT)
             VELNOR_THROW(EffectException, "The alpha mode of the blender is " + std::to_string(mode) +
                                               "; there are 0 (product), 1 (larger) and 2 (constant).");
-        if (first.GetPixFmt() != second.GetPixFmt())
+        if (CountsAs(first.GetPixFmt()) != CountsAs(second.GetPixFmt()))
             VELNOR_THROW(EffectException, "A picture of format " + std::string(second.GetDescription().name) +
                                               " cannot be blended over one of format " +
                                               std::string(first.GetDescription().name) + ": formats must agree.");
     }
 
+    static PixFmt CountsAs(PixFmt format) { return format == PixFmt::PAL8 ? PixFmt::RGBA : format; }
+
     static PixFmt FindWorkingFormat(PixFmtDescription const& format) {
-        if (format.model == ColorModel::Palette) return PixFmt::RGBA;
-        return IsPackedLuma(format) ? GetPlanarTwin(format) : format.format;
+        return IsPackedLuma(format) ? GetPlanarTwin(format) : CountsAs(format.format);
     }
 
     DataHandle Convert(IDataVideo const& picture, PixFmt format) {

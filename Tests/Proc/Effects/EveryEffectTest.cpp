@@ -2,11 +2,11 @@
 
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Host/Host.h"
-#include "Proc/Interfaces/SettingsText.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/PluginHost.h"
+#include "Tests/Support/TypicalSettings.h"
 
 #include <gtest/gtest.h>
 
@@ -24,14 +24,6 @@ namespace {
 using namespace Testing;
 
 IEffectContext& Context() { return *PluginHost().GetContext(); }
-
-/// The middle of each field's range, or its example: settings with which most effects have work to do.
-std::unique_ptr<Settings> TypicalSettings(SettingsType const& type) {
-    std::unique_ptr<Settings> settings = type.create();
-    for (SettingsField const& field : type.describe())
-        if (!field.isOutput) field.parse(*settings, field.example);
-    return settings;
-}
 
 class EveryEffect : public ::testing::TestWithParam<RegisteredEffect> {
 protected:

@@ -167,9 +167,13 @@ TEST_F(ImageBlenderTest, PalettePicturesAreBlendedAsTheirColours) {
     VideoHandle const first = MakeBars(context, PixFmt::PAL8, 64, 5);
     VideoHandle const second = MakeBars(context, PixFmt::PAL8, 20, 5);
     Blend const settings(7, 1, 128, BLEND_PRODUCT);
-    VideoHandle const result = Apply(settings, first, second);
-    EXPECT_EQ(result->GetPixFmt(), PixFmt::RGBA);
-    ExpectBlended(*result, *Convert(first, PixFmt::RGBA), *Convert(second, PixFmt::RGBA), settings);
+    VideoHandle const under = Convert(first, PixFmt::RGBA);
+    VideoHandle const over = Convert(second, PixFmt::RGBA);
+    for (auto const& [one, other] : {std::pair{first, second}, {first, over}, {under, second}}) {
+        VideoHandle const result = Apply(settings, one, other);
+        EXPECT_EQ(result->GetPixFmt(), PixFmt::RGBA);
+        ExpectBlended(*result, *under, *over, settings);
+    }
 }
 
 TEST_F(ImageBlenderTest, WritesInPlaceOnlyWhereNobodyElseLooks) {
