@@ -12,6 +12,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <ostream>
 #include <vector>
 
 namespace Velnor::Proc::Testing {
@@ -19,6 +20,9 @@ namespace Velnor::Proc::Testing {
 struct Colour4 {
     double red = 0, green = 0, blue = 0, alpha = 255;
     friend bool operator==(Colour4 const&, Colour4 const&) = default;
+    friend void PrintTo(Colour4 const& c, std::ostream* out) {
+        *out << c.red << " " << c.green << " " << c.blue << " " << c.alpha;
+    }
 };
 
 inline double Luma(Colour4 const& c) { return 0.299 * c.red + 0.587 * c.green + 0.114 * c.blue; }

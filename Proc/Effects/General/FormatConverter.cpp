@@ -1,9 +1,12 @@
 #include "Proc/Effects/General/FormatConverter.h"
 
 #include "Proc/Effects/Bands.h"
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
 #include "Proc/Effects/General/Kernels/PaletteRows.h"
+#include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/SampleMove.h"
+#include "Proc/Effects/General/WeightedScale.h"
 
 #include <algorithm>
 #include <numeric>
@@ -18,9 +21,11 @@ PixFmtDescription const& Describe(PixFmt format) { return *PixFmtDescription::Fi
 
 bool IsPackedRgb(PixFmtDescription const& format) { return format.model == ColorModel::Rgb && format.planesCount == 1; }
 
+bool IsSubsampled(PixFmtDescription const& format) { return format.chromaShiftX != 0 || format.chromaShiftY != 0; }
+
 /// Whether every plane has a sample for each pixel.
 bool HasSamplesOfPixels(PixFmtDescription const& format) {
-    return format.model != ColorModel::Palette && format.chromaShiftX == 0 && format.chromaShiftY == 0;
+    return format.model != ColorModel::Palette && !IsSubsampled(format);
 }
 
 /// Alpha-less formats with the same bytes, for sources: the alpha is moved apart from the colour.
@@ -188,8 +193,15 @@ VideoHandle FormatConverter::ChangeColour(IDataVideo const& source, PixFmt targe
 
 void FormatConverter::ChangeChroma(IDataVideo const& source, IDataVideo& target) {
     CopyPlane(source.GetPlane(0), target.GetMutablePlane(0));
-    for (unsigned char i = 1; i < 3; ++i)
-        GetScaler().Scale(AsGrey(source.GetPlane(i)), AsGrey(target.GetMutablePlane(i)), SettingsResizer::AREA);
+    ConstPlane const alpha = FindClearAlpha(source);
+    VideoHandle const weights = alpha.IsEmpty() ? nullptr : MakeChromaMask(*pictures, alpha, source.GetDescription());
+    for (unsigned char i = 1; i < 3; ++i) {
+        MutablePlane const chroma = target.GetMutablePlane(i);
+        GetScaler().Scale(AsGrey(source.GetPlane(i)), AsGrey(chroma), SettingsResizer::AREA);
+        if (weights)
+            ScaleByAlpha(*pictures, GetScaler(), {source.GetPlane(i), 1, -1, std::as_const(*weights).GetPlane(0)},
+                         chroma, SettingsResizer::AREA);
+    }
 }
 
 void FormatConverter::ChangeMatrix(IDataVideo const& source, IDataVideo& target) {
@@ -198,8 +210,13 @@ void FormatConverter::ChangeMatrix(IDataVideo const& source, IDataVideo& target)
     auto const isOneSample = [](std::uint32_t pixels, std::uint8_t shift) {
         return pixels > 1 && pixels <= 1U << shift;
     };
-    if (isOneSample(frame.width, to.chromaShiftX) || isOneSample(frame.height, to.chromaShiftY))
-        return ChangeChroma(*Convert(source, PixFmt::YUV444P), target);
+    // Chroma that is made or taken at another resolution counts by its alpha, which libswscale does not know of.
+    bool const isWeighed = !FindClearAlpha(source).IsEmpty();
+    if (isWeighed && IsSubsampled(source.GetDescription()))
+        return ChangeMatrix(*Convert(source, PixFmt::YUVA444P), target);
+    if (isOneSample(frame.width, to.chromaShiftX) || isOneSample(frame.height, to.chromaShiftY) ||
+        (isWeighed && IsSubsampled(to)))
+        return ChangeChroma(*Convert(source, isWeighed ? PixFmt::YUVA444P : PixFmt::YUV444P), target);
     scaler.Convert(SourceSide(source, WithoutAlpha(source.GetPixFmt())),
                    TargetSide(target, WithoutAlpha(target.GetPixFmt())));
 }

@@ -41,7 +41,8 @@ private:
 PixFmt GetPlanarTwin(PixFmtDescription const& format);
 
 /// A palette picture (PAL8) of an RGBA picture: exact, in order of first appearance, for up to 256 colours; else the
-/// means of 256 groups by median cut (Heckbert 1982) over colours of 5 bits a component and 3 bits of opacity.
+/// means of 256 groups by median cut (Heckbert 1982) over colours of 5 bits a component and 3 bits of opacity. Where
+/// they do not fit, all that is clear is one colour.
 VideoHandle MakePalettePicture(IEffectContext& context, IDataVideo const& rgba);
 
 } // namespace Velnor::Proc

@@ -31,6 +31,10 @@ std::uint32_t Pack(Entry const& entry) {
     return word;
 }
 
+/// What is clear counts as one colour, whatever is hidden there: it must not take entries from what is seen.
+Entry WithoutHidden(Entry const& colour) { return colour[3] == 0 ? Entry{} : colour; }
+Entry AsItIs(Entry const& colour) { return colour; }
+
 /// Calls `visit(pixel, index place)` along all rows, until it returns false.
 template <class Visitor>
 bool ForEachPixel(ConstPlane const& rgba, MutablePlane const& indices, Visitor const& visit) {
@@ -44,12 +48,14 @@ bool ForEachPixel(ConstPlane const& rgba, MutablePlane const& indices, Visitor c
 }
 
 /// Writes the indices too. Nothing when there are more than 256 colours.
-std::optional<std::vector<Entry>> IndexExactly(ConstPlane const& rgba, MutablePlane const& indices) {
+std::optional<std::vector<Entry>> IndexExactly(ConstPlane const& rgba, MutablePlane const& indices,
+                                               Entry (*count)(Entry const&)) {
     std::vector<Entry> entries;
     std::unordered_map<std::uint32_t, unsigned char> known;
     std::uint32_t last = 0;
     unsigned char lastIndex = 0;
-    bool const fits = ForEachPixel(rgba, indices, [&](Entry const& colour, unsigned char& place) {
+    bool const fits = ForEachPixel(rgba, indices, [&](Entry const& pixel, unsigned char& place) {
+        Entry const colour = count(pixel);
         std::uint32_t const word = Pack(colour);
         if (entries.empty() || word != last) { // Neighbours are often alike.
             auto const [found, isNew] = known.try_emplace(word, static_cast<unsigned char>(entries.size()));
@@ -128,7 +134,8 @@ struct Group {
 
 std::vector<Cell> CountCells(ConstPlane const& rgba, MutablePlane const& indices) {
     std::vector<Cell> cells(std::size_t{1} << (CELL_BITS[0] + CELL_BITS[1] + CELL_BITS[2] + CELL_BITS[3]));
-    ForEachPixel(rgba, indices, [&](Entry const& colour, unsigned char&) {
+    ForEachPixel(rgba, indices, [&](Entry const& pixel, unsigned char&) {
+        Entry const colour = WithoutHidden(pixel);
         Cell& cell = cells[CellOf(colour)];
         ++cell.pixels;
         for (std::size_t i = 0; i < COMPONENTS; ++i) cell.sums[i] += colour[i];
@@ -165,12 +172,14 @@ VideoHandle MakePalettePicture(IEffectContext& context, IDataVideo const& rgba) 
     ConstPlane const pixels = rgba.GetPlane(0);
     MutablePlane const indices = result->GetMutablePlane(0);
     Palette palette;
-    if (auto exact = IndexExactly(pixels, indices))
+    auto exact = IndexExactly(pixels, indices, &AsItIs);
+    if (!exact) exact = IndexExactly(pixels, indices, &WithoutHidden);
+    if (exact)
         palette.entries = std::move(*exact);
     else {
         palette = CutMedians(CountCells(pixels, indices));
         ForEachPixel(pixels, indices, [&](Entry const& colour, unsigned char& place) {
-            place = palette.indices[CellOf(colour)];
+            place = palette.indices[CellOf(WithoutHidden(colour))];
             return true;
         });
     }

@@ -30,20 +30,4 @@ VideoHandle MakeChromaMask(IEffectContext& context, ConstPlane const& mask, PixF
     return means;
 }
 
-ConstPlane FindClearAlpha(IDataVideo const& picture) {
-    PixFmtDescription const& format = picture.GetDescription();
-    if (!format.hasAlpha || format.model == ColorModel::Palette) return {};
-    ConstPlane const plane = picture.GetPlane(format.alpha.plane);
-    unsigned int const step = format.planes[format.alpha.plane].bytes;
-    for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
-        unsigned char const* const row = plane.GetRow(y) + format.alpha.offset;
-        unsigned int common = 255;
-        for (std::uint64_t x = 0; x < plane.GetWidth(); x += step) common &= row[x];
-        if (common != 255)
-            return {plane.GetData() + format.alpha.offset, plane.GetStride(), plane.GetWidth(), plane.GetHeight(),
-                    step};
-    }
-    return {};
-}
-
 } // namespace Velnor::Proc

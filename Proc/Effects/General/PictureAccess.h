@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Core/Export.h"
 #include "Proc/Interfaces/IEffectContext.h"
 
 #include <vector>
@@ -21,9 +20,5 @@ bool IsPackedLuma(PixFmtDescription const& format);
 
 /// A mask at the resolution of a format's chroma planes, as a grey picture: the mean over each chroma sample's area.
 VideoHandle MakeChromaMask(IEffectContext& context, ConstPlane const& mask, PixFmtDescription const& format);
-
-/// A picture's own alpha, as a plane of one byte of each of its samples. Empty where the format has none or nothing is
-/// clear: colours count alike then.
-VELNOR_API ConstPlane FindClearAlpha(IDataVideo const& picture);
 
 } // namespace Velnor::Proc

@@ -6,6 +6,7 @@
 // red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette
 // picture of class numbers, or, unless that is asked for, the same colours in the format of the input.
 #include "Proc/Effects/Bands.h"
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
@@ -141,9 +142,9 @@ public:
                                               std::to_string(classes) + "; 1 to 256 are possible.");
         PixFmt const format = data->GetPixFmt();
         bool const isPlanarLuma = IsPlanarLuma(AsVideo(data).GetDescription());
-        DataHandle const colours = isPlanarLuma ? data : Convert(data, PixFmt::RGBA);
+        DataHandle const colours = CopyCovered(AsVideo(isPlanarLuma ? data : Convert(data, PixFmt::RGBA)));
         // The luma of a palette picture is that of its colours.
-        DataHandle const grey = isPlanarLuma ? data : Convert(data, PixFmt::GRAY8);
+        DataHandle const grey = GetGrey(data, colours);
         ConstPlane const luma = AsVideo(ConstDataHandle(grey)).GetPlane(0);
 
         VideoHandle const result = context->CreateImage(PixFmt::PAL8, data->GetFrameFormat());
@@ -155,6 +156,12 @@ public:
     }
 
 private:
+    /// Of the picture itself where it holds it: the way by red, green and blue rounds.
+    DataHandle GetGrey(DataHandle const& data, DataHandle const& colours) {
+        if (colours->GetPixFmt() != PixFmt::RGBA) return colours;
+        return Convert(data->GetDescription().hasAlpha ? colours : data, PixFmt::GRAY8);
+    }
+
     /// Gives the palette picture, which holds the class numbers, its palette.
     void WritePalette(IDataVideo const& colours, IDataVideo& result) {
         ConstPlane const numbers = std::as_const(result).GetPlane(0);

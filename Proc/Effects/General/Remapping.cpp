@@ -8,6 +8,7 @@
 // 1966, its first radial term). Alpha is interpolated on its own, colours by their alpha: what is clear
 // does not bleed into what is seen. Formats that interleave luma and
 // chroma are remapped in their planar twins; a palette picture becomes an RGBA picture.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/RemapRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
@@ -103,7 +104,10 @@ public:
           chroma(frame, format.planes[1]),
           chromaTaps((frame.width + (1U << format.planes[1].shiftX) - 1) >> format.planes[1].shiftX),
           alpha(FindClearAlpha(source)) {
-        if (!alpha.IsEmpty() && IsSubsampled(format.planes[1])) chromaAlpha = MakeChromaMask(context, alpha, format);
+        if (!alpha.IsEmpty() && IsSubsampled(format.planes[1])) {
+            chromaAlpha = MakeChromaMask(context, alpha, format);
+            covered = CopyCovered(source);
+        }
         for (unsigned char i = 0; i < format.planesCount; ++i) targets.push_back(targetPicture.GetMutablePlane(i));
     }
 
@@ -142,7 +146,30 @@ private:
             if (alpha.IsEmpty() || (isPacked && layout.bytes == 1)) continue;
             Kernels::WeighRow(plane, layout.bytes, isChroma ? std::as_const(*chromaAlpha).GetPlane(0) : alpha,
                               isPacked ? format.alpha.offset : Kernels::NO_ALPHA, taps, targets[i].GetRow(row));
+            if (isChroma) CoverChroma(i, row);
         }
+    }
+
+    /// A pixel may be seen whose chroma comes from where all is clear, since chroma moves by the mean of several.
+    void CoverChroma(unsigned char plane, std::uint32_t row) {
+        std::vector<unsigned char> opacities(chromaTaps.column.size());
+        std::vector<unsigned char> around(opacities.size());
+        Kernels::SampleRow(std::as_const(*chromaAlpha).GetPlane(0), 1, chromaTaps, opacities.data());
+        Kernels::SampleRow(std::as_const(*covered).GetPlane(plane), 1, chromaTaps, around.data());
+        for (std::uint32_t x = 0; x < around.size(); ++x)
+            if (opacities[x] == 0 && IsSeen(x, row)) targets[plane].GetRow(row)[x] = around[x];
+    }
+
+    /// Whether anything is seen of the result in the area of a chroma sample.
+    bool IsSeen(std::uint32_t chromaX, std::uint32_t chromaY) const {
+        PlaneLayout const& layout = format.planes[1];
+        MutablePlane const& result = targets[format.alpha.plane];
+        for (std::uint32_t y = chromaY << layout.shiftY; y < std::min((chromaY + 1) << layout.shiftY, frame.height);
+             ++y)
+            for (std::uint32_t x = chromaX << layout.shiftX; x < std::min((chromaX + 1) << layout.shiftX, frame.width);
+                 ++x)
+                if (result.GetRow(y)[x] != 0) return true;
+        return false;
     }
 
     IDataVideo const& source;
@@ -155,6 +182,7 @@ private:
     Kernels::RowTaps chromaTaps;
     ConstPlane alpha; ///< Empty where all colours count alike.
     VideoHandle chromaAlpha;
+    VideoHandle covered; ///< The source, for chroma.
 };
 
 } // namespace

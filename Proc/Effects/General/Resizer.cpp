@@ -4,10 +4,13 @@
 //     scaled  = each plane of it, or its packed pixels, in as many steps as the filters' lengths ask for
 //     result  = the scaled part, with bars around where the fit asks for them
 //
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/FormatConverter.h"
+#include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/General/RepeatSamples.h"
 #include "Proc/Effects/General/ResizePlan.h"
+#include "Proc/Effects/General/WeightedScale.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 
 namespace Velnor::Proc {
@@ -87,19 +90,38 @@ private:
     }
 
     /// Planes are scaled one by one: their numbers take no way through another matrix.
-    VideoHandle ScaleOnce(IDataVideo const& picture, Size size, SettingsResizer::ResizeMethods method) {
-        VideoHandle const result = Make(picture, size);
+    VideoHandle ScaleOnce(IDataVideo const& given, Size size, SettingsResizer::ResizeMethods method) {
+        VideoHandle const result = Make(given, size);
+        VideoHandle const covered = CopyCovered(given);
+        IDataVideo const& picture = *covered;
         FrameFormat const frame = picture.GetFrameFormat();
         PixFmtDescription const& format = picture.GetDescription();
-        if (format.planesCount == 1) {
+        if (format.planesCount == 1)
             converter.GetScaler().Scale({format.format, frame.width, frame.height, {picture.GetPlane(0)}},
                                         {format.format, size.width, size.height, {result->GetMutablePlane(0)}}, method);
-            return result;
-        }
-        for (unsigned char i = 0; i < format.planesCount; ++i)
+        for (unsigned char i = 0; i < format.planesCount && format.planesCount > 1; ++i)
             converter.GetScaler().Scale(AsGrey(picture.GetPlane(i)), AsGrey(result->GetMutablePlane(i)),
                                         MethodOfPlane(format, i, method));
+        WeighColours(picture, *result, method);
         return result;
+    }
+
+    /// What is clear does not bleed into what is seen.
+    void WeighColours(IDataVideo const& picture, IDataVideo& result, SettingsResizer::ResizeMethods method) {
+        ConstPlane const alpha = FindClearAlpha(picture);
+        if (alpha.IsEmpty()) return;
+        PixFmtDescription const& format = picture.GetDescription();
+        VideoHandle const chromaAlpha = MakeChromaMask(*context, alpha, format);
+        for (unsigned char i = 0; i < format.planesCount; ++i) {
+            PlaneLayout const& layout = format.planes[i];
+            bool const holdsAlpha = i == format.alpha.plane;
+            if (holdsAlpha && layout.bytes == 1) continue;
+            bool const isFull = layout.shiftX == 0 && layout.shiftY == 0;
+            ScaleByAlpha(*context, converter.GetScaler(),
+                         {picture.GetPlane(i), layout.bytes, holdsAlpha ? format.alpha.offset : -1,
+                          isFull ? alpha : std::as_const(*chromaAlpha).GetPlane(0)},
+                         result.GetMutablePlane(i), MethodOfPlane(format, i, method));
+        }
     }
 
     static SettingsResizer::ResizeMethods MethodOfPlane(PixFmtDescription const& format, unsigned char plane,

@@ -37,6 +37,11 @@ AVPixelFormat ToLibrary(PixFmt format) {
     return av_get_pix_fmt(name.c_str());
 }
 
+template <class Side>
+AVPixelFormat ToLibrary(Side const& side) {
+    return side.isWords ? AV_PIX_FMT_GRAY16 : ToLibrary(side.format);
+}
+
 /// Fast bilinear is plain bilinear: the library's own puts the first samples of source and target over one another
 /// instead of their outer edges, which moves the picture by half a pixel.
 int ToFlags(SettingsResizer::ResizeMethods method) {
@@ -76,6 +81,24 @@ std::uint32_t FirstTailRow(ScalerSource const& source, PixFmtDescription const& 
         rows = std::max(rows, ((OVERREAD + stride - 1) / stride) << format.planes[i].shiftY);
     }
     return static_cast<std::uint32_t>(std::max<std::int64_t>(0, source.height - rows)) / CHROMA_ROWS * CHROMA_ROWS;
+}
+
+/// The mean of each across x down pixels of `parts` numbers.
+template <class Number>
+void WriteMeans(ConstPlane const& fine, std::uint64_t across, std::uint64_t down, std::uint64_t parts,
+                MutablePlane const& target) {
+    for (std::uint64_t y = 0; y < target.GetHeight(); ++y)
+        for (std::uint64_t i = 0; i < target.GetWidth() / sizeof(Number); ++i) {
+            std::uint64_t sum = across * down / 2;
+            for (std::uint64_t part = 0; part < across * down; ++part) {
+                std::uint64_t const at = (i / parts * across + part % across) * parts + i % parts;
+                Number number;
+                std::memcpy(&number, fine.GetRow(y * down + part / across) + at * sizeof number, sizeof number);
+                sum += number;
+            }
+            auto const mean = static_cast<Number>(sum / (across * down));
+            std::memcpy(target.GetRow(y) + i * sizeof mean, &mean, sizeof mean);
+        }
 }
 
 } // namespace
@@ -173,24 +196,23 @@ void Scaler::ScaleByMeans(ScalerSource const& source, ScalerTarget const& target
     std::uint64_t const rows = target.height * down;
     means.resize(stride * rows + OVERREAD);
     MutablePlane const plane(means.data(), static_cast<std::int64_t>(stride), rowBytes, rows, bytes);
-    ScaleAtOnce(
-        source,
-        {target.format, static_cast<std::uint32_t>(target.width * across), static_cast<std::uint32_t>(rows), {plane}},
-        method);
-    for (std::uint64_t y = 0; y < target.height; ++y)
-        for (std::uint64_t i = 0; i < target.width * bytes; ++i) {
-            std::uint64_t sum = 0;
-            for (std::uint64_t part = 0; part < across * down; ++part)
-                sum += plane.GetRow(y * down +
-                                    part / across)[i / bytes * across * bytes + part % across * bytes + i % bytes];
-            target.planes[0].GetRow(y)[i] = static_cast<unsigned char>((sum + across * down / 2) / (across * down));
-        }
+    ScaleAtOnce(source,
+                {target.format,
+                 static_cast<std::uint32_t>(target.width * across),
+                 static_cast<std::uint32_t>(rows),
+                 {plane},
+                 target.isWords},
+                method);
+    if (target.isWords)
+        WriteMeans<std::uint16_t>(plane, across, down, 1, target.planes[0]);
+    else
+        WriteMeans<unsigned char>(plane, across, down, bytes, target.planes[0]);
 }
 
 void Scaler::ScaleAtOnce(ScalerSource const& source, ScalerTarget const& target,
                          SettingsResizer::ResizeMethods method) {
-    Geometry const geometry{ToLibrary(source.format), static_cast<int>(source.width), static_cast<int>(source.height),
-                            ToLibrary(target.format), static_cast<int>(target.width), static_cast<int>(target.height),
+    Geometry const geometry{ToLibrary(source), static_cast<int>(source.width), static_cast<int>(source.height),
+                            ToLibrary(target), static_cast<int>(target.width), static_cast<int>(target.height),
                             ToFlags(method)};
     auto const refuse = [&] {
         VELNOR_THROW(ProcException,

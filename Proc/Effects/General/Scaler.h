@@ -20,6 +20,7 @@ struct ScalerSide {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     std::array<Plane, 4> planes{};
+    bool isWords = false; ///< Of format YA8: its two bytes a pixel are one number, of 16 bits in the machine's order.
 };
 using ScalerSource = ScalerSide<ConstPlane>;
 using ScalerTarget = ScalerSide<MutablePlane>;

@@ -5,6 +5,7 @@
 //     glare  = [luma above the threshold] * [little saturation] * [excess]      each a soft step
 //
 // The mask grows a little, since a spot fades out, and its pixels are rebuilt from around by pull-push interpolation.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
@@ -75,16 +76,18 @@ public:
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         double const side = std::min(frame.width, frame.height);
 
-        intrusive_ptr<IData> luma = AsVideo(data).MakeCopy(CopyMode::Share);
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        CoverClearPixels(*result);
+        intrusive_ptr<IData> luma = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(luma);
         intrusive_ptr<IData> mask = AsVideo(luma).MakeCopy(CopyMode::Share);
         Blur(mask, settings.GetSize() / 100 * side);
-        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         FindGlare(std::as_const(*result).GetPlane(0), pixelBytes, std::as_const(AsVideo(luma)).GetPlane(0),
                   AsVideo(mask).GetMutablePlane(0), static_cast<float>(settings.GetThreshold() * 2.55));
         Grow(mask, std::clamp(static_cast<int>(side / 150), 2, 30));
         Invert(AsVideo(mask).GetMutablePlane(0), static_cast<float>(settings.GetStrength() / 100));
-        Kernels::FillHoles(result->GetMutablePlane(0), pixelBytes, std::as_const(AsVideo(mask)).GetPlane(0));
+        MutablePlane const pixels = result->GetMutablePlane(0);
+        Kernels::FillHoles(pixels, pixelBytes, std::as_const(AsVideo(mask)).GetPlane(0), FindClearAlpha(*result));
         data = result;
     }
 

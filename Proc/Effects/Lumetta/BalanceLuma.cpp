@@ -5,6 +5,7 @@
 //     factor = by the map's level: up to 2.6 stops for black, down to 0.6 stops for white, 1 in between
 //     pixel  = pixel * factor      the same for all three components: hue stays
 //                                  a brightened pixel's largest component nears 255 and never passes it
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/LumaMap.h"
@@ -71,9 +72,10 @@ public:
         FactorTable const table(Share(settings.GetShadows()), Share(settings.GetHighlights()));
         Kernels::PackedRgb const format(data->GetPixFmt());
         FrameFormat const frame = data->GetFrameFormat();
+        double const side = std::max(frame.width, frame.height);
+        Kernels::LumaMap map(std::as_const(*CopyCovered(AsVideo(data))).GetPlane(0), format,
+                             Share(settings.GetRadius()) * side, EDGE_CONTRAST);
         MutablePlane const plane = AsVideo(data).GetMutablePlane(0);
-        Kernels::LumaMap map(plane, format, Share(settings.GetRadius()) * std::max(frame.width, frame.height),
-                             EDGE_CONTRAST);
         std::vector<float> luma(frame.width);
         std::vector<float> factors(frame.width);
         for (std::uint32_t y = 0; y < frame.height; ++y) {

@@ -1,7 +1,8 @@
 // BlurRadial: the mean over a turn or a zoom about a centre, of total length t. It is made by halving: the mean of the
 // picture moved by +t/4 and -t/4, of that the mean moved by +t/8 and -t/8, and so on, is the mean over 2^n places along
 // the movement after n passes. The cost grows with the logarithm of the length. Short steps come first, so that long
-// ones find a picture that is already smooth along the way.
+// ones find a picture that is already smooth along the way. Colours count by their alpha.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/TurnedMean.h"
@@ -77,9 +78,18 @@ private:
 
     static void Blend(IDataVideo const& source, IDataVideo& target, Kernels::Similarity const& first,
                       Kernels::Similarity const& second) {
-        for (unsigned char i = 0; i < GetPlanesCount(source); ++i)
-            Kernels::MeanOfTwo(source.GetPlane(i), target.GetMutablePlane(i), source.GetDescription().planes[i].bytes,
-                               first, second);
+        PixFmtDescription const& format = source.GetDescription();
+        ConstPlane const alpha = FindClearAlpha(source);
+        for (unsigned char i = 0; i < format.planesCount; ++i) {
+            ConstPlane const from = source.GetPlane(i);
+            MutablePlane const to = target.GetMutablePlane(i);
+            unsigned int const pixelBytes = format.planes[i].bytes;
+            Kernels::MeanOfTwo(from, to, pixelBytes, first, second);
+            bool const holdsAlpha = i == format.alpha.plane;
+            if (alpha.IsEmpty() || (holdsAlpha && pixelBytes == 1)) continue;
+            Kernels::WeighMeanOfTwo(from, to, pixelBytes, alpha, holdsAlpha ? format.alpha.offset : Kernels::NO_ALPHA,
+                                    first, second);
+        }
     }
 };
 

@@ -44,7 +44,7 @@ public:
         if (settings.GetPalette())
             data = MakePalettePicture(AsConst(data), format, map, keepsHole);
         else
-            Repaint(AsVideo(data).GetMutablePlane(0), format, map);
+            Repaint(AsVideo(data).GetMutablePlane(0), format, map, hasAlpha ? 1 : 0);
     }
 
 private:
@@ -63,7 +63,7 @@ private:
         }
         auto const hole = static_cast<unsigned char>(map.GetCount());
         std::uint32_t const width = picture.GetFrameFormat().width;
-        Kernels::PaletteRows rows(map, width, settings.GetDither());
+        Kernels::PaletteRows rows(map, width, settings.GetDither(), keepsHole ? Kernels::HALF_OPAQUE : 0);
         ConstPlane const source = picture.GetPlane(0);
         MutablePlane const target = result->GetMutablePlane(0);
         for (std::uint64_t y = 0; y < source.GetHeight(); ++y) {
@@ -77,9 +77,10 @@ private:
         return result;
     }
 
-    void Repaint(MutablePlane const& plane, Kernels::PackedRgb const& format, Kernels::PaletteMap& map) const {
+    void Repaint(MutablePlane const& plane, Kernels::PackedRgb const& format, Kernels::PaletteMap& map,
+                 unsigned int leastOpacity) const {
         std::uint64_t const width = plane.GetWidth() / format.pixelBytes;
-        Kernels::PaletteRows rows(map, width, settings.GetDither());
+        Kernels::PaletteRows rows(map, width, settings.GetDither(), leastOpacity);
         std::vector<unsigned char> indices(width);
         std::size_t const red = format.isBlueFirst ? 2 : 0;
         for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {

@@ -1,5 +1,6 @@
 // ColoredGlass: panes of one colour each, in lead. The panes follow the edges of the picture as closely as is asked
 // for.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/GlassCells.h"
@@ -48,6 +49,7 @@ public:
         RequireSetting("coloured glass", "lead width", settings.GetLeadWidth(), 0, 100);
         RequireSetting("coloured glass", "saturation", settings.GetSaturation(), 0, 1000);
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        CoverClearPixels(*result);
         Draw(*result, Kernels::PackedRgb(data->GetPixFmt()));
         data = result;
     }

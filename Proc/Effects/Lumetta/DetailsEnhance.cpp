@@ -5,6 +5,7 @@
 //     luma + fine * (luma - narrow) + coarse * (narrow - wide)
 //
 // Edges are in the base, so they get no halo.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/RequireSetting.h"
@@ -57,12 +58,13 @@ public:
         RequireSetting("details enhance", "fine detail", settings.GetFine(), 0, LARGEST_GAIN);
         RequireSetting("details enhance", "coarse detail", settings.GetCoarse(), 0, LARGEST_GAIN);
         RequireSetting("details enhance", "edge contrast", settings.GetEdges(), 0, 100);
-        intrusive_ptr<IData> luma = AsVideo(data).MakeCopy(CopyMode::Share);
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        CoverClearPixels(*result);
+        intrusive_ptr<IData> luma = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(luma);
         intrusive_ptr<IData> const narrow = Smooth(luma, NARROW_RADIUS);
         intrusive_ptr<IData> const wide = Smooth(luma, WIDE_RADIUS);
         luma.reset();
-        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         AddDetail(Read(narrow), Read(wide), result->GetMutablePlane(0), {settings.GetFine(), settings.GetCoarse()});
         data = result;
     }

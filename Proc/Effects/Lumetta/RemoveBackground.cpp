@@ -4,6 +4,7 @@
 //     cut     = segmentation of a small copy by the strokes
 //     mask    = the cut, refined at its edge by the picture's own detail
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; over a new one if wanted
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
@@ -96,6 +97,7 @@ public:
 
         intrusive_ptr<IData> work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
         toRgba->ProcessData(work);
+        CoverClearPixels(AsVideo(work));
         intrusive_ptr<IData> const subject = CutOut(work, hasStrokes ? inputs[1] : nullptr);
         work.reset();
         subject->CopyAttributes(*inputs[0]);

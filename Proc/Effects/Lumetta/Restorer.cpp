@@ -1,5 +1,6 @@
 // Restorer: an old print. What opening and closing by a small disc take away is thin: scratches and specks are chosen
 // among it by their form and rebuilt from around; grain is smoothed where there is no edge; faded colour is stretched.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
@@ -47,6 +48,7 @@ public:
         RequireSetting("restorer", "width of scratches", settings.GetWidth(), 1, 100);
         RequireSetting("restorer", "denoising", settings.GetDenoise(), 0, 100);
         intrusive_ptr<IData> result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        CoverClearPixels(AsVideo(result));
         if (settings.GetScratches() > 0) RemoveScratches(result);
         if (settings.GetDenoise() > 0) Denoise(result);
         if (settings.IsRecoverColor()) RecoverColor(result);
@@ -64,8 +66,9 @@ private:
         // From 60 levels at 1 % down to 10 at 100 %.
         Kernels::MarkDamage(mask, 60 - settings.GetScratches() / 2);
         intrusive_ptr<IData> const sound = Filter(thin, SettingsEffectMorphology::ERODE, 1);
-        Kernels::FillHoles(AsVideo(picture).GetMutablePlane(0), Kernels::PackedRgb(picture->GetPixFmt()).pixelBytes,
-                           Read(sound));
+        MutablePlane const pixels = AsVideo(picture).GetMutablePlane(0);
+        Kernels::FillHoles(pixels, Kernels::PackedRgb(picture->GetPixFmt()).pixelBytes, Read(sound),
+                           FindClearAlpha(AsVideo(picture)));
     }
 
     void Denoise(intrusive_ptr<IData>& picture) {

@@ -1,5 +1,6 @@
 // Sketch: a pencil drawing. The luma divided by its blurred self ("colour dodge") leaves lines where it changes;
 // shadows are hatched, the paper is rough, and as much of the colour stays as is asked for.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
@@ -30,7 +31,9 @@ public:
         RequireSettings();
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         double const breadth = settings.GetPencil() / 100 * std::min(frame.width, frame.height);
-        intrusive_ptr<IData> tone = AsVideo(data).MakeCopy(CopyMode::Share);
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        CoverClearPixels(*result);
+        intrusive_ptr<IData> tone = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(tone);
         SettingsEffectBlur smoothing(SettingsEffectBlur::GAUSSIAN);
         smoothing.SetDevX(breadth);
@@ -38,7 +41,6 @@ public:
         blur->SetSettings(smoothing);
         blur->ProcessData(tone);
 
-        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         Kernels::Pencil const pencil{settings.GetStrength() / 100, settings.GetDarkness() / 100,
                                      settings.GetHatching() / 100, settings.GetPaper() / 100, breadth};
         Kernels::DrawPencil(std::as_const(AsVideo(tone)).GetPlane(0), result->GetMutablePlane(0), pencil);

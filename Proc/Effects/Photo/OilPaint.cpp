@@ -1,6 +1,7 @@
 // OilPaint: ImageMagick's oil painting. Each pixel takes the colour of the brightness that is most frequent within the
 // brush around it, as in G. J. Holzmann, "Beyond Photography" (1988). Red, green and blue go through the library as
 // they are; alpha stays with the picture and never passes through it.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Lumetta/EffectBaseCSC.h"
 #include "Proc/Effects/Photo/MagickSupport.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
@@ -27,11 +28,11 @@ public:
     }
 
     void ProcessInternalCSC(DataHandle& data) override {
-        IDataVideo const& source = AsVideo(ConstDataHandle(data));
+        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
+        CoverClearPixels(*result);
         MagickSupport::Run("The oil paint effect", [&] {
-            Magick::Image image = MagickSupport::Import(source);
+            Magick::Image image = MagickSupport::Import(*result);
             image.oilPaint(settings.GetRadius());
-            VideoHandle const result = source.MakeCopy(CopyMode::Independent);
             MagickSupport::Export(image, *result);
             data = result;
         });

@@ -4,6 +4,7 @@
 #include "Proc/Host/Host.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
+#include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/PluginHost.h"
 #include "Tests/Support/TypicalSettings.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <functional>
 #include <ostream>
@@ -151,6 +153,72 @@ TEST_P(EveryEffect, WritesNothingOutsideTheRowsItIsGiven) {
     }
     Accepts([&] { effect->ProcessData(inputs); });
     EXPECT_EQ(memory, std::vector<unsigned char>(memory.size(), 0x5a));
+}
+
+/// Blocks that are clear, seen through and opaque; what is hidden in the clear ones is told by `hidden`.
+VideoHandle MakeBlocks(PixFmt format, std::function<Colour4(std::uint32_t x, std::uint32_t y)> const& hidden) {
+    constexpr std::array<double, 7> OPACITIES{0, 255, 120, 255, 255, 0, 255};
+    std::uint32_t const block = format == PixFmt::PAL8 ? 4 : 1; // Few enough colours for a palette.
+    return Paint(Context(), format, 48, 36, [&](std::uint32_t x, std::uint32_t y) {
+        double const opacity = OPACITIES[(x / 4 * 5 + y / 4 * 3 + x / 16) % OPACITIES.size()];
+        x = x / block * block;
+        y = y / block * block;
+        Colour4 colour{40.0 + 3 * x + 7 * (y % 3), 30.0 + 5 * y + 9 * (x % 3), 200.0 - 3 * x + 11 * ((x + y) % 2), 0};
+        if (opacity == 0) colour = hidden(x, y);
+        colour.alpha = opacity;
+        return colour;
+    });
+}
+
+/// Whose arithmetic over all pixels, the hidden ones too, is fixed, or that only measures.
+bool CountsHiddenPixels(RegisteredEffect const& effect) {
+    constexpr std::array<std::string_view, 7> NAMES{"AutoEnhance",       "BlackWhite", "BlurBokeh", "ColorBalanceAuto",
+                                                    "GradientPosterize", "GrabCut",    "Histogram"};
+    bool const isOwnCut = effect.classId == SettingsEffectGrabCutSegmentation::CLASS_ID && effect.implName == "Velnor";
+    return isOwnCut || std::ranges::any_of(NAMES, [&](std::string_view name) {
+               return effect.classId == "SettingsEffect" + std::string(name);
+           });
+}
+
+TEST_P(EveryEffect, ShowsNothingOfWhatIsHidden) {
+    if (CountsHiddenPixels(GetParam())) return;
+    auto const run = [&](Settings const& settings, VideoHandle const& picture) -> VideoHandle {
+        std::vector<DataHandle> inputs{picture->MakeCopy(CopyMode::Value)};
+        VideoHandle const mask = MakeFlat(Context(), PixFmt::GRAY8, 48, 36, {100});
+        PaintStrokes(mask->GetMutablePlane(0));
+        bool const isPair = GetParam().classId.find("Blend") != std::string::npos;
+        if (InputsCount() == 2) inputs.push_back(isPair ? picture : mask);
+        auto const effect = Make();
+        effect->SetSettings(settings);
+        DataHandle result;
+        Accepts([&] { result = effect->ProcessData(inputs); });
+        return VideoHandle(result ? &AsVideo(result) : nullptr);
+    };
+    auto const isClear = [](IDataVideo const& picture, std::uint32_t x, std::uint32_t y) {
+        return picture.GetDescription().hasAlpha && ReadColour(picture, x, y).alpha == 0;
+    };
+    for (auto const& settings : {Type().create(), TypicalSettings(Type())})
+        for (PixFmtDescription const& format : PixFmtDescription::GetAll()) {
+            if (!format.hasAlpha) continue;
+            SCOPED_TRACE(format.name);
+            VideoHandle const source = MakeBlocks(format.format, [](auto, auto) { return Colour4{90, 110, 130, 0}; });
+            VideoHandle const twin = MakeBlocks(format.format, [](std::uint32_t x, std::uint32_t y) {
+                return Colour4{(x + y) % 3 * 127.0, 255, (x ^ y) % 4 * 85.0, 0};
+            });
+            VideoHandle const one = run(*settings, source);
+            VideoHandle const other = run(*settings, twin);
+            ASSERT_EQ(one == nullptr, other == nullptr);
+            if (!one) continue;
+            FrameFormat const frame = one->GetFrameFormat();
+            ASSERT_EQ(frame, other->GetFrameFormat());
+            bool const isInPlace = frame == source->GetFrameFormat();
+            for (std::uint32_t y = 0; y < frame.height; ++y)
+                for (std::uint32_t x = 0; x < frame.width; ++x) {
+                    if ((isInPlace && isClear(*source, x, y)) || (isClear(*one, x, y) && isClear(*other, x, y)))
+                        continue;
+                    ASSERT_EQ(ReadColour(*one, x, y), ReadColour(*other, x, y)) << x << ", " << y;
+                }
+        }
 }
 
 TEST_P(EveryEffect, WorksAtBothEndsOfEachRange) {

@@ -4,9 +4,10 @@
 
 namespace Velnor::Proc::Kernels {
 
-PaletteRows::PaletteRows(PaletteMap& paletteMap, std::uint64_t widthInPixels, bool diffuse)
+PaletteRows::PaletteRows(PaletteMap& paletteMap, std::uint64_t widthInPixels, bool diffuse, unsigned int leastOpacity)
     : map(paletteMap),
       width(widthInPixels),
+      leastSeen(leastOpacity),
       isDiffusing(diffuse),
       errors(diffuse ? widthInPixels + 2 : 0),
       next(errors.size()) {}
@@ -28,6 +29,10 @@ void PaletteRows::Diffuse(unsigned char const* pixels, PackedRgb const& format, 
     for (std::uint64_t n = 0; n < width; ++n) {
         std::uint64_t const x = isLeftward ? width - 1 - n : n;
         unsigned char const* const pixel = pixels + x * format.pixelBytes;
+        if (leastSeen > 0 && pixel[3] < leastSeen) {
+            indices[x] = static_cast<unsigned char>(map.Find(pixel[bytes[0]], pixel[bytes[1]], pixel[bytes[2]]));
+            continue;
+        }
         std::array<int, 3>* const here = &errors[x + 1];
         std::array<int, 3>* const below = &next[x + 1];
         std::array<int, 3> wanted;

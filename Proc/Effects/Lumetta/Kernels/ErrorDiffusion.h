@@ -14,7 +14,9 @@ public:
     /// @param diffuse  whether the error of each pixel is spread over those that follow (R. Floyd, L. Steinberg, "An
     ///                 adaptive algorithm for spatial grey scale", 1976), every second row from right to left so that
     ///                 the pattern does not drift
-    PaletteRows(PaletteMap& paletteMap, std::uint64_t widthInPixels, bool diffuse);
+    /// @param leastOpacity  of the pixels that will be seen, by their fourth byte, the others' error being spread over
+    ///                      nothing; 0: all are seen
+    PaletteRows(PaletteMap& paletteMap, std::uint64_t widthInPixels, bool diffuse, unsigned int leastOpacity);
 
     /// Writes one index a pixel.
     void MapRow(unsigned char const* pixels, PackedRgb const& format, unsigned char* indices);
@@ -25,6 +27,7 @@ private:
 
     PaletteMap& map;
     std::uint64_t width;
+    unsigned int leastSeen;
     bool isDiffusing;
     bool isLeftward = false;
     std::vector<std::array<int, 3>> errors,

@@ -24,6 +24,9 @@ struct Level {
     Cell const& At(std::size_t x, std::size_t y) const { return cells[y * width + x]; }
 };
 
+/// Bytes of a pixel that are colours.
+std::size_t CountColours(std::size_t pixelBytes) { return pixelBytes < 3 ? 1 : 3; }
+
 /// A sum of up to four cells; a weight above 1 says no more than 1.
 void Limit(Cell& cell) {
     if (cell.weight <= 1) return;
@@ -31,15 +34,18 @@ void Limit(Cell& cell) {
     cell.weight = 1;
 }
 
-Level MakeFirst(ConstPlane const& picture, std::size_t pixelBytes, ConstPlane const& weights) {
+Level MakeFirst(ConstPlane const& picture, std::size_t pixelBytes, ConstPlane const& weights, ConstPlane const& alpha) {
     Level level((weights.GetWidth() + 1) / 2, (weights.GetHeight() + 1) / 2);
+    std::size_t const colours = CountColours(pixelBytes);
     for (std::size_t y = 0; y < weights.GetHeight(); ++y) {
         unsigned char const* const from = picture.GetRow(y);
         unsigned char const* const share = weights.GetRow(y);
         for (std::size_t x = 0; x < weights.GetWidth(); ++x) {
             Cell& cell = level.At(x / 2, y / 2);
-            float const weight = static_cast<float>(share[x]) / 255;
-            for (std::size_t k = 0; k < 3; ++k) cell.colour[k] += weight * static_cast<float>(from[x * pixelBytes + k]);
+            float weight = static_cast<float>(share[x]) / 255;
+            if (!alpha.IsEmpty()) weight *= static_cast<float>(*alpha.GetOffsetPtr(x, y)) / 255;
+            for (std::size_t k = 0; k < colours; ++k)
+                cell.colour[k] += weight * static_cast<float>(from[x * pixelBytes + k]);
             cell.weight += weight;
         }
     }
@@ -98,7 +104,7 @@ void Write(Level const& level, MutablePlane const& picture, std::size_t pixelByt
             if (share[x] == 255) continue;
             std::array<float, 3> const around = Interpolate(level, x, y);
             float const weight = static_cast<float>(share[x]) / 255;
-            for (std::size_t k = 0; k < 3; ++k) {
+            for (std::size_t k = 0; k < CountColours(pixelBytes); ++k) {
                 unsigned char& byte = to[x * pixelBytes + k];
                 float const mixed = weight * static_cast<float>(byte) + (1 - weight) * around[k];
                 byte = static_cast<unsigned char>(std::clamp(mixed + 0.5F, 0.0F, 255.0F));
@@ -109,8 +115,9 @@ void Write(Level const& level, MutablePlane const& picture, std::size_t pixelByt
 
 } // namespace
 
-void FillHoles(MutablePlane const& picture, unsigned int pixelBytes, ConstPlane const& weights) {
-    std::vector<Level> levels{MakeFirst(picture, pixelBytes, weights)};
+void FillHoles(MutablePlane const& picture, unsigned int pixelBytes, ConstPlane const& weights,
+               ConstPlane const& alpha) {
+    std::vector<Level> levels{MakeFirst(picture, pixelBytes, weights, alpha)};
     while (levels.back().cells.size() > 1) levels.push_back(Pull(levels.back()));
     Cell& top = levels.back().cells.front();
     if (top.weight <= 0) return;

@@ -195,7 +195,58 @@ void MeanRows(ConstPlane const& source, MutablePlane const& target, Similarity c
     }
 }
 
+/// A pixel's mean with weights times alpha; it stays where those are equal.
+template <std::size_t Bytes>
+void WeighPixel(ConstPlane const& source, ConstPlane const& alpha, unsigned int alphaByte, Walk const& one,
+                Walk const& other, unsigned char* to) {
+    Corners const opacity[] = {FindCorners<Bytes>(alpha, one.x, one.y), FindCorners<Bytes>(alpha, other.x, other.y)};
+    std::array<std::int64_t, 8> weights;
+    std::int64_t total = 0;
+    int least = 255;
+    int most = 0;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        Corners const& corners = opacity[i / 4];
+        int const value = *corners.at[i % 4];
+        least = std::min(least, value);
+        most = std::max(most, value);
+        weights[i] = std::int64_t{corners.weight[i % 4]} * value;
+        total += weights[i];
+    }
+    if (least == most || total == 0) return;
+    Corners const colours[] = {FindCorners<Bytes>(source, one.x, one.y), FindCorners<Bytes>(source, other.x, other.y)};
+    for (std::size_t k = 0; k < Bytes; ++k) {
+        if (k == alphaByte) continue;
+        std::int64_t sum = total / 2;
+        for (std::size_t i = 0; i < weights.size(); ++i) sum += weights[i] * colours[i / 4].at[i % 4][k];
+        to[k] = static_cast<unsigned char>(sum / total);
+    }
+}
+
+template <std::size_t Bytes>
+void WeighRows(ConstPlane const& source, MutablePlane const& target, ConstPlane const& alpha, unsigned int alphaByte,
+               Similarity const& first, Similarity const& second) {
+    for (std::uint64_t row = 0; row < target.GetHeight(); ++row) {
+        Walk one = MakeWalk(first, row);
+        Walk other = MakeWalk(second, row);
+        unsigned char* to = target.GetRow(row);
+        for (std::uint64_t x = 0; x < target.GetWidth() / Bytes; ++x, to += Bytes) {
+            WeighPixel<Bytes>(source, alpha, alphaByte, one, other, to);
+            for (Walk* walk : {&one, &other}) {
+                walk->x += walk->stepX;
+                walk->y += walk->stepY;
+            }
+        }
+    }
+}
+
 } // namespace
+
+void WeighMeanOfTwo(ConstPlane const& source, MutablePlane const& target, unsigned int pixelBytes,
+                    ConstPlane const& alpha, unsigned int alphaByte, Similarity const& first,
+                    Similarity const& second) {
+    constexpr std::array LOOPS{&WeighRows<1>, &WeighRows<2>, &WeighRows<3>, &WeighRows<4>};
+    LOOPS.at(pixelBytes - 1)(source, target, alpha, alphaByte, first, second);
+}
 
 void MeanOfTwo(ConstPlane const& source, MutablePlane const& target, unsigned int pixelBytes, Similarity const& first,
                Similarity const& second) {

@@ -1,6 +1,6 @@
 #include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 
-#include "Proc/Effects/General/PictureAccess.h"
+#include "Proc/Effects/ClearColours.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -10,7 +10,8 @@
 namespace Velnor::Proc {
 namespace {
 
-constexpr double TRACE = 0.001; ///< Levels of alpha.
+constexpr double TRACE = 0.001;  ///< Levels of alpha.
+constexpr float LEAST = 0.0005F; ///< Of a sum of weights, which negative lobes may take below.
 
 } // namespace
 
@@ -54,7 +55,8 @@ void BlurWeighted(cv::Mat const& source, cv::Mat const& weights, int alphaChanne
         for (int x = 0; x < sums.cols; ++x, from += channels, to += channels)
             for (int k = 0; k < channels; ++k)
                 if (k != alphaChannel)
-                    to[k] = static_cast<unsigned char>(std::clamp(from[k] / total[x] + 0.5F, 0.0F, 255.0F));
+                    to[k] = static_cast<unsigned char>(
+                        std::clamp(from[k] / std::max(total[x], LEAST) + 0.5F, 0.0F, 255.0F));
     }
 }
 

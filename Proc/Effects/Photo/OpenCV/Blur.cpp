@@ -8,6 +8,7 @@
 // Deviations in pixels are those of the picture: in planes of subsampled chroma they shrink with the resolution.
 // Samples outside of the picture do not count. Alpha is blurred like a colour; a planes mask leaves it out. Colours
 // count by their alpha: what is clear does not bleed into what is seen.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
 #include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
@@ -51,16 +52,18 @@ public:
         double const devY = isPercent ? settings.GetScaleY() / 100.0 * frame.height : settings.GetDevY();
         RequireDeviation("across", devX);
         RequireDeviation("down", devY);
+        VideoHandle const covered = CopyCovered(picture);
+        IDataVideo const& source = *covered;
         VideoHandle const result = picture.MakeCopy(CopyMode::Value);
         for (unsigned char i = 0; i < format.planesCount; ++i) {
             if (settings.GetPlanesMask() != 0 && (settings.GetPlanesMask() >> i & 1) == 0) continue;
             PlaneLayout const& layout = format.planes[i];
             cv::Mat target = ViewOf(result->GetMutablePlane(i), layout);
             LinearBlur const blur =
-                BlurPlane(ReadPlane(picture, i), target, devX / (1 << layout.shiftX), devY / (1 << layout.shiftY));
-            cv::Mat const weights = MakeAlphaWeights(picture, i);
+                BlurPlane(ReadPlane(source, i), target, devX / (1 << layout.shiftX), devY / (1 << layout.shiftY));
+            cv::Mat const weights = MakeAlphaWeights(source, i);
             int const alphaChannel = i == format.alpha.plane ? format.alpha.offset : -1;
-            if (blur && !weights.empty()) BlurWeighted(ReadPlane(picture, i), weights, alphaChannel, blur, target);
+            if (blur && !weights.empty()) BlurWeighted(ReadPlane(source, i), weights, alphaChannel, blur, target);
         }
         data = result;
     }

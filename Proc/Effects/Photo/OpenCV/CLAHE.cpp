@@ -5,6 +5,7 @@
 // no limit. Smaller pictures are mirrored to whole tiles.
 //
 // K. Zuiderveld, "Contrast Limited Adaptive Histogram Equalization", Graphics Gems IV, 1994.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
@@ -45,13 +46,12 @@ public:
     }
 
     void ProcessInternalCSC(DataHandle& data) override {
-        IDataVideo const& picture = AsVideo(data);
+        VideoHandle const result = CopyCovered(AsVideo(data));
         cv::Mat equalised;
         // Multiples of a flat histogram's level beyond 256 limit nothing, and OpenCV counts in whole numbers.
         double const limit = std::min(settings.GetClipLimit(), 256.0);
-        cv::createCLAHE(limit, {TILES, TILES})->apply(ExtendToTiles(ReadPlane(picture, 0)), equalised);
-        VideoHandle const result = picture.MakeCopy(CopyMode::Value);
-        cv::Mat target = ViewOf(result->GetMutablePlane(0), picture.GetDescription().planes[0]);
+        cv::createCLAHE(limit, {TILES, TILES})->apply(ExtendToTiles(ReadPlane(*result, 0)), equalised);
+        cv::Mat target = ViewOf(result->GetMutablePlane(0), result->GetDescription().planes[0]);
         equalised(cv::Rect(0, 0, target.cols, target.rows)).copyTo(target);
         data = result;
     }

@@ -7,6 +7,7 @@
 //
 // C. Rother, V. Kolmogorov, A. Blake, "GrabCut: Interactive Foreground Extraction using Iterated Graph Cuts", ACM
 // Transactions on Graphics 23(3), 2004.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Photo/Guarded.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
@@ -104,7 +105,8 @@ class GrabCutSegmentation : public EffectBaseTwoInput<ITwoInputEffectVideo, Sett
 public:
     GrabCutSegmentation(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseTwoInput(effectFactory, effectContext, ImplPhotoNames::OPENCV),
-          converter(MakeOneInput(SettingsColorspaceConverter(PixFmt::BGR24, true))) {}
+          converter(MakeOneInput(SettingsColorspaceConverter(std::vector<PixFmt>{PixFmt::BGR24, PixFmt::BGRA}, true))) {
+    }
 
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         cv::Mat marks = ReadMarks(first->GetFrameFormat(), AsVideo(second));
@@ -113,7 +115,7 @@ public:
         result->CopyAttributes(*first);
         converter->ProcessData(first);
         cv::theRNG().state = SEED;
-        Segment(ReadPlane(AsVideo(first), 0), marks);
+        Segment(ReadColours(AsVideo(first)), marks);
         cv::Mat target = ViewOf(result->GetMutablePlane(0), result->GetDescription().planes[0]);
         target.setTo(settings.GetBackground() & 255);
         target.setTo(settings.GetForeground() & 255, MakeObject(marks));
@@ -121,6 +123,15 @@ public:
     }
 
 private:
+    /// Blue, green and red; what is clear has the colours around it.
+    static cv::Mat ReadColours(IDataVideo const& picture) {
+        if (!picture.GetDescription().hasAlpha) return ReadPlane(picture, 0);
+        VideoHandle const covered = CopyCovered(picture);
+        cv::Mat colours;
+        cv::cvtColor(ReadPlane(*covered, 0), colours, cv::COLOR_BGRA2BGR);
+        return colours;
+    }
+
     /// The strokes in grabCut's numbers.
     cv::Mat ReadMarks(FrameFormat const& frame, IDataVideo const& strokes) const {
         if (strokes.GetPixFmt() != PixFmt::GRAY8)

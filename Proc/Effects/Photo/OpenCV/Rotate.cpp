@@ -7,7 +7,9 @@
 //     s = min(width / (width |cos| + height |sin|), height / (width |sin| + height |cos|))
 //
 // Formats with subsampled chroma are turned at full resolution.
+#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
+#include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
@@ -54,12 +56,31 @@ void TurnByQuarters(cv::Mat const& source, cv::Mat& target, int quarters, cv::Sc
     middle(turned).copyTo(place);
 }
 
-void Turn(cv::Mat const& source, cv::Mat& target, double angle, cv::Scalar const& fill) {
+void Turn(cv::Mat const& source, cv::Mat& target, double angle, cv::Scalar const& fill,
+          int border = cv::BORDER_CONSTANT) {
     cv::Point2f const centre(static_cast<float>(source.cols - 1) / 2, static_cast<float>(source.rows - 1) / 2);
     cv::Mat matrix = cv::getRotationMatrix2D(centre, angle, 1.0);
     matrix.at<double>(0, 2) += (target.cols - source.cols) / 2.0;
     matrix.at<double>(1, 2) += (target.rows - source.rows) / 2.0;
-    cv::warpAffine(source, target, matrix, target.size(), cv::INTER_CUBIC, cv::BORDER_CONSTANT, fill);
+    cv::warpAffine(source, target, matrix, target.size(), cv::INTER_CUBIC, border, fill);
+}
+
+/// Colours once more, by their alpha. A margin of the colour to fill with stands for all that is outside.
+void TurnWeighted(cv::Mat const& source, cv::Mat const& weights, int alphaChannel, cv::Mat& target, double angle,
+                  cv::Scalar const& fill, double fillWeight) {
+    auto const withMargin = [](cv::Mat const& samples, cv::Scalar const& value) {
+        constexpr int MARGIN = 4; // Of a cubic's reach and more.
+        cv::Mat wider;
+        cv::copyMakeBorder(samples, wider, MARGIN, MARGIN, MARGIN, MARGIN, cv::BORDER_CONSTANT | cv::BORDER_ISOLATED,
+                           value);
+        return wider;
+    };
+    auto const turn = [&](cv::Mat const& samples) {
+        cv::Mat turned(target.size(), samples.type());
+        Turn(samples, turned, angle, {}, cv::BORDER_REPLICATE);
+        return turned;
+    };
+    BlurWeighted(withMargin(source, fill), withMargin(weights, fillWeight), alphaChannel, turn, target);
 }
 
 } // namespace
@@ -83,7 +104,8 @@ public:
     }
 
     void ProcessInternalCSC(DataHandle& data) override {
-        IDataVideo const& picture = AsVideo(data);
+        VideoHandle const covered = CopyCovered(AsVideo(data));
+        IDataVideo const& picture = *covered;
         PixFmtDescription const& format = picture.GetDescription();
         double const angle = std::remainder(settings.GetAngle(), 360.0);
         int const quarters = std::remainder(angle, 90.0) == 0 ? (static_cast<int>(angle) / 90 + 4) % 4 : -1;
@@ -98,10 +120,14 @@ public:
         for (unsigned char i = 0; i < format.planesCount; ++i) {
             cv::Mat target = ViewOf(result->GetMutablePlane(i), format.planes[i]);
             cv::Scalar const fill = FillOf(std::as_const(*pixel).GetPlane(i));
-            if (quarters >= 0)
+            if (quarters >= 0) {
                 TurnByQuarters(ReadPlane(picture, i), target, quarters, fill);
-            else
-                Turn(ReadPlane(picture, i), target, angle, fill);
+                continue;
+            }
+            Turn(ReadPlane(picture, i), target, angle, fill);
+            if (cv::Mat const weights = MakeAlphaWeights(picture, i); !weights.empty())
+                TurnWeighted(ReadPlane(picture, i), weights, i == format.alpha.plane ? format.alpha.offset : -1, target,
+                             angle, fill, settings.GetFillColor()[3]);
         }
         data = result;
     }

@@ -202,6 +202,7 @@ TEST_F(ColorEffectsTest, PosterizeTakesEveryFormatAndLeavesTheCallersPicture) {
         EXPECT_EQ(back->GetPixFmt(), format.format);
         EXPECT_EQ(Samples(*picture), before) << format.name;
         for (std::uint32_t x = 0; x < 131; ++x) {
+            if (format.hasAlpha && ReadColour(*picture, x, 3).alpha == 0) continue; // It goes with what is around.
             double const luma = Luma(ReadColour(*picture, x, 3)); // From 0 to 255 in steps far from the classes' ends.
             ASSERT_EQ(palette->GetPlane(0).GetRow(3)[x], std::min(2, static_cast<int>((luma + 0.5) * 3 / 256)))
                 << format.name;

@@ -83,7 +83,7 @@ TEST_F(ResizerTest, PointMakesFlatBlocksWithoutAShift) {
         ASSERT_EQ(wide->GetPlane(0).GetRow(2)[x], row->GetPlane(0).GetRow(0)[x / 40]);
 }
 
-TEST_F(ResizerTest, AreaGivesTheMeansOfBlocks) {
+TEST_F(ResizerTest, AreaGivesTheMeansOfBlocksByTheirAlpha) {
     for (PixFmt const format :
          {PixFmt::GRAY8, PixFmt::RGB24, PixFmt::BGRA, PixFmt::GBRAP, PixFmt::YUV420P, PixFmt::YA8})
         for (std::uint32_t const n : {2U, 25U, 150U, 300U}) {
@@ -92,13 +92,25 @@ TEST_F(ResizerTest, AreaGivesTheMeansOfBlocks) {
             VideoHandle const small = Resize(source, ToFrame(S::AREA, 4, 2));
             for (unsigned char plane = 0; plane < GetPlanesCount(*source); ++plane) {
                 ConstPlane const from = source->GetPlane(plane);
-                std::uint64_t const bytes = source->GetDescription().planes[plane].bytes;
+                PixFmtDescription const& description = source->GetDescription();
+                std::uint64_t const bytes = description.planes[plane].bytes;
                 for (std::uint64_t y = 0; y < small->GetPlane(plane).GetHeight(); ++y)
                     for (std::uint64_t x = 0; x < small->GetPlane(plane).GetWidth(); ++x) {
+                        bool const isAlpha = plane == description.alpha.plane && x % bytes == description.alpha.offset;
                         double sum = 0;
-                        for (std::uint64_t i = 0; i < n * n; ++i)
-                            sum += from.GetRow(y * n + i / n)[(x / bytes * n + i % n) * bytes + x % bytes];
-                        ASSERT_NEAR(small->GetPlane(plane).GetRow(y)[x], sum / (n * n), limit)
+                        double weights = 0;
+                        for (std::uint64_t i = 0; i < n * n; ++i) {
+                            std::uint64_t const u = x / bytes * n + i % n;
+                            std::uint64_t const v = y * n + i / n;
+                            double const weight =
+                                description.hasAlpha && !isAlpha
+                                    ? Sample(*source, description.alpha, false, static_cast<std::uint32_t>(u),
+                                             static_cast<std::uint32_t>(v))
+                                    : 1;
+                            sum += weight * from.GetRow(v)[u * bytes + x % bytes];
+                            weights += weight;
+                        }
+                        ASSERT_NEAR(small->GetPlane(plane).GetRow(y)[x], sum / weights, limit)
                             << source->GetDescription().name << " /" << n << " plane " << int{plane};
                     }
             }

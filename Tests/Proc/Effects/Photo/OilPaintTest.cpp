@@ -53,7 +53,7 @@ TEST_F(MagickOilPaintTest, EveryPixelTakesAColourOfItsNeighbourhoodExactly) {
 
 TEST_F(MagickOilPaintTest, PaintsEveryOrderOfBytesAlikeAndLeavesAlpha) {
     auto const colourAt = [](std::uint32_t x, std::uint32_t y) {
-        return Colour4{double(x * 37 % 256), double(y * 53 % 256), double(x * y % 256), double((x + 3 * y) % 256)};
+        return Colour4{double(x * 37 % 256), double(y * 53 % 256), double(x * y % 256), 1 + double((x + 3 * y) % 255)};
     };
     VideoHandle const reference = Apply(Radius(3), Paint(context, PixFmt::RGB24, 21, 13, colourAt));
     for (PixFmt const format : {PixFmt::BGR24, PixFmt::RGBA, PixFmt::BGRA, PixFmt::ARGB, PixFmt::GBRAP}) {
