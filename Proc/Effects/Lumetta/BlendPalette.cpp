@@ -2,6 +2,8 @@
 //
 //     both pictures -> mean and covariance of their colours in OKLab -> the map that carries the one onto the other
 //     first         =  its colours through the map, by as much as the strength says
+//
+// What sRGB does not hold loses chroma and keeps its lightness and hue.
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/ColorCube.h"
@@ -49,11 +51,10 @@ public:
         Kernels::ColorCube cube(WIDE_STEP, [&](RgbLevels const& rgb) -> RgbLevels {
             Lab const from = Kernels::ToOkLab(rgb);
             Lab const to = transfer(from);
-            RgbLevels const result =
-                Kernels::FromOkLab({from.l + strength * (to.l - from.l), from.a + strength * (to.a - from.a),
-                                    from.b + strength * (to.b - from.b)});
-            float const luma = Kernels::LumaOf(keepLuma ? rgb : result);
-            return Kernels::WithLuma(result, std::clamp(luma, 0.0F, 255.0F));
+            RgbLevels const result = Kernels::FromOkLab(
+                Kernels::IntoGamut({from.l + strength * (to.l - from.l), from.a + strength * (to.a - from.a),
+                                    from.b + strength * (to.b - from.b)}));
+            return keepLuma ? Kernels::WithLuma(result, std::min(Kernels::LumaOf(rgb), 255.0F)) : result;
         });
         cube.Apply(AsVideo(first).GetMutablePlane(0), Kernels::PackedRgb(first->GetPixFmt()));
     }

@@ -29,16 +29,46 @@ Lab ToOkLab(RgbLevels const& rgb) {
             0.0259040371F * l + 0.7827717662F * m - 0.8086757660F * s};
 }
 
-RgbLevels FromOkLab(Lab const& lab) {
+namespace {
+
+RgbLevels LinearFromOkLab(Lab const& lab) {
     float const l = lab.l + 0.3963377774F * lab.a + 0.2158037573F * lab.b;
     float const m = lab.l - 0.1055613458F * lab.a - 0.0638541728F * lab.b;
     float const s = lab.l - 0.0894841775F * lab.a - 1.2914855480F * lab.b;
     float const l3 = l * l * l;
     float const m3 = m * m * m;
     float const s3 = s * s * s;
-    return {Level(4.0767416621F * l3 - 3.3077115913F * m3 + 0.2309699292F * s3),
-            Level(-1.2684380046F * l3 + 2.6097574011F * m3 - 0.3413193965F * s3),
-            Level(-0.0041960863F * l3 - 0.7034186147F * m3 + 1.7076147010F * s3)};
+    return {4.0767416621F * l3 - 3.3077115913F * m3 + 0.2309699292F * s3,
+            -1.2684380046F * l3 + 2.6097574011F * m3 - 0.3413193965F * s3,
+            -0.0041960863F * l3 - 0.7034186147F * m3 + 1.7076147010F * s3};
+}
+
+bool IsInGamut(Lab const& lab) {
+    constexpr float ROUNDING = 1e-4F; // Of colours at the very border, a third of a level.
+    return std::ranges::all_of(LinearFromOkLab(lab),
+                               [](float light) { return light >= -ROUNDING && light <= 1 + ROUNDING; });
+}
+
+} // namespace
+
+RgbLevels FromOkLab(Lab const& lab) {
+    RgbLevels const light = LinearFromOkLab(lab);
+    return {Level(light[0]), Level(light[1]), Level(light[2])};
+}
+
+Lab IntoGamut(Lab const& lab) {
+    constexpr int HALVINGS = 14; // To a share of chroma that no level shows.
+    if (!(lab.l > 0)) return {};
+    if (lab.l >= 1) return {1, 0, 0};
+    if (IsInGamut(lab)) return lab;
+    float inside = 0;
+    float outside = 1;
+    auto const withChroma = [&](float share) { return Lab{lab.l, share * lab.a, share * lab.b}; };
+    for (int i = 0; i < HALVINGS; ++i) {
+        float const middle = (inside + outside) / 2;
+        (IsInGamut(withChroma(middle)) ? inside : outside) = middle;
+    }
+    return withChroma(inside);
 }
 
 RgbLevels WithLuma(RgbLevels const& rgb, float luma) {

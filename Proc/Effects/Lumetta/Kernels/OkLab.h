@@ -19,6 +19,10 @@ Lab ToOkLab(RgbLevels const& rgb);
 /// Levels beyond 0 to 255 for colours that sRGB does not hold.
 RgbLevels FromOkLab(Lab const& lab);
 
+/// The colour itself, or where sRGB does not hold it, that of the same lightness and hue with as much of its chroma as
+/// fits. Lightness below 0 is black, above 1 white.
+Lab IntoGamut(Lab const& lab);
+
 /// BT.601 luma.
 inline float LumaOf(RgbLevels const& rgb) { return 0.299F * rgb[0] + 0.587F * rgb[1] + 0.114F * rgb[2]; }
 

@@ -155,6 +155,34 @@ TEST_F(PaletteEffectsTest, BlendStrengthRunsFromNothingAndLumaCanBeKept) {
             EXPECT_NEAR(Luma(ReadColour(*kept, x, y)), Luma(ReadColour(*first, x, y)), 1.5);
 }
 
+TEST_F(PaletteEffectsTest, ColoursThatDoNotFitKeepLightnessAndHue) {
+    // A dull picture with a few colours in it takes a colourful palette, which carries those far out of sRGB.
+    VideoHandle const first = Paint(run.context, PixFmt::RGB24, 64, 40, [](std::uint32_t x, std::uint32_t y) {
+        if (x > 0) return Colour4{90.0 + x, 100.0 + y, 110.0 + (x + y) % 7};
+        return Colour4{100 + 13.0 * (y % 8), 95 + 25.0 * (y / 8), 120 - 10.0 * (y % 5)};
+    });
+    VideoHandle const second = Ramp(PixFmt::RGB24, {250, 60, 40}, {30, 90, 250});
+    Kernels::ColorTransfer const transfer(SpreadOf(first), SpreadOf(second));
+    VideoHandle const result = run.Apply(SettingsEffectBlendPalette(), first, second);
+    auto const lab = [](IDataVideo const& picture, std::uint32_t y) {
+        Colour4 const c = ReadColour(picture, 0, y);
+        return Kernels::ToOkLab({static_cast<float>(c.red), static_cast<float>(c.green), static_cast<float>(c.blue)});
+    };
+    int outside = 0;
+    for (std::uint32_t y = 0; y < 40; ++y) {
+        Kernels::Lab const wanted = transfer(lab(*first, y));
+        Kernels::Lab const got = lab(*result, y);
+        auto const [low, high] = std::ranges::minmax(Kernels::FromOkLab(wanted));
+        if ((low > -20 && high < 275) || wanted.l < 0.2F || wanted.l > 0.9F) continue;
+        ++outside;
+        EXPECT_NEAR(got.l, wanted.l, 0.02);
+        // Across the hue that is wanted nothing is left: -b a is at right angles to it.
+        EXPECT_NEAR((got.a * wanted.b - got.b * wanted.a) / std::hypot(wanted.a, wanted.b), 0, 0.02);
+        EXPECT_GE(got.a * wanted.a + got.b * wanted.b, 0);
+    }
+    EXPECT_GT(outside, 5);
+}
+
 TEST_F(PaletteEffectsTest, APictureIsItsOwnPalette) {
     VideoHandle const picture = Ramp(PixFmt::RGB24, {220, 90, 60}, {60, 120, 200});
     std::vector<unsigned char> const in = Samples(*picture);
