@@ -1,45 +1,47 @@
 // ReduceLocalLuma: burns (or dodges) the picture where the second one, a mask, is bright: a burn on paper, as light is.
 //
 //     mask  -> grey, its edge softened
-//     pixel =  table[mask][pixel] on each component       exposure in linear light; a dodge bends off below white
+//     pixel =  pixel * factor[mask][luma of the pixel]    exposure in linear light; a dodge bends off below white
+//                                                         one for all three components: hue and saturation stay
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/BoxMean.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Lumetta/Kernels/LumaRow.h"
 #include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 
 namespace Velnor::Proc {
 namespace {
 
-using Kernels::Table;
 using Tones = SettingsEffectReduceLocalLuma::Tones;
 
 constexpr double MOST_STOPS = 2.0;
+constexpr double GAMMA = 2.2;
 
 double WeightOf(Tones tones, double level) {
     if (tones == Tones::SHADOWS) return 1 - level;
     return tones == Tones::HIGHLIGHTS ? level : 1;
 }
 
-/// What `stops` of exposure, weighted by tone, make of each level. Never falls from one level to the next.
-Table ExposeTable(double stops, Tones tones) {
-    constexpr double GAMMA = 2.2;
-    Table table{};
-    for (std::size_t i = 0; i < table.size(); ++i) {
+/// By what samples are multiplied, by the luma of their pixel.
+using Factors = std::array<float, 256>;
+
+/// The factors of `stops` of exposure, weighted by tone.
+Factors ExposeBy(double stops, Tones tones) {
+    Factors factors{};
+    for (std::size_t i = 0; i < factors.size(); ++i) {
         double const level = static_cast<double>(i) / 255.0;
-        double const light = std::pow(level, GAMMA);
         double const gain = std::exp2(stops * WeightOf(tones, level));
-        double const exposed = gain * light / (1 + std::max(gain - 1, 0.0) * light);
-        auto const result = static_cast<unsigned char>(std::lround(255.0 * std::pow(exposed, 1 / GAMMA)));
-        table[i] = i > 0 ? std::max(result, table[i - 1]) : result;
+        double const bend = 1 + std::max(gain - 1, 0.0) * std::pow(level, GAMMA);
+        factors[i] = static_cast<float>(std::pow(gain / bend, 1 / GAMMA));
     }
-    return table;
+    return factors;
 }
 
 std::string Describe(FrameFormat const& frame) {
@@ -69,7 +71,7 @@ public:
           backConverter(MakeOneInput<SettingsColorspaceConverter>()) {}
 
     void ResetSettings() override {
-        tables.clear();
+        factors.clear();
         EffectBaseTwoInput::ResetSettings();
     }
 
@@ -79,7 +81,7 @@ public:
         if (frame.width != maskFrame.width || frame.height != maskFrame.height)
             VELNOR_THROW(EffectException, "The mask is " + Describe(maskFrame) + " pixels, the picture " +
                                               Describe(frame) + ": they must be of one size.");
-        MakeTables();
+        MakeFactors();
         intrusive_ptr<IData> const mask = MakeMask(AsVideo(second));
         PixFmt const format = first->GetPixFmt();
         backConverter->SetSettings(SettingsColorspaceConverter(format, true));
@@ -92,14 +94,14 @@ public:
     }
 
 private:
-    void MakeTables() {
-        if (!tables.empty()) return;
+    void MakeFactors() {
+        if (!factors.empty()) return;
         double const percent = settings.GetStrength();
         double const strength = std::isfinite(percent) ? std::clamp(percent / 100.0, -1.0, 1.0) : 0.0;
-        std::vector<Table> made;
+        std::vector<Factors> made;
         for (int mask = 0; mask < 256; ++mask)
-            made.push_back(ExposeTable(-MOST_STOPS * strength * mask / 255.0, settings.GetTones()));
-        tables = std::move(made);
+            made.push_back(ExposeBy(-MOST_STOPS * strength * mask / 255.0, settings.GetTones()));
+        factors = std::move(made);
     }
 
     intrusive_ptr<IData> MakeMask(IDataVideo const& given) {
@@ -116,13 +118,20 @@ private:
 
     void Expose(IDataVideo& picture, ConstPlane const& mask) const {
         MutablePlane const plane = picture.GetMutablePlane(0);
-        unsigned int const pixelBytes = Kernels::PackedRgb(picture.GetPixFmt()).pixelBytes;
+        Kernels::PackedRgb const format(picture.GetPixFmt());
+        std::vector<unsigned char> luma(mask.GetWidth());
         for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
             unsigned char* pixel = plane.GetRow(y);
             unsigned char const* const amounts = mask.GetRow(y);
-            for (std::uint64_t x = 0; x < mask.GetWidth(); ++x, pixel += pixelBytes) {
-                Table const& table = tables[amounts[x]];
-                for (std::size_t k = 0; k < 3; ++k) pixel[k] = table[pixel[k]];
+            Kernels::WriteLumaRow(pixel, luma.size(), format.pixelBytes, Kernels::WeightsByByte(format.isBlueFirst),
+                                  luma.data());
+            for (std::uint64_t x = 0; x < mask.GetWidth(); ++x, pixel += format.pixelBytes) {
+                // A colour is not as bright as its largest component, which must not pass white.
+                auto const largest = static_cast<float>(std::max({pixel[0], pixel[1], pixel[2]}));
+                float factor = factors[amounts[x]][luma[x]];
+                if (factor * largest > 255) factor = 255 / largest;
+                for (std::size_t k = 0; k < 3; ++k)
+                    pixel[k] = static_cast<unsigned char>(static_cast<float>(pixel[k]) * factor + 0.5F);
             }
         }
     }
@@ -130,7 +139,7 @@ private:
     intrusive_ptr<IOneInputEffectVideo> maskConverter;
     intrusive_ptr<IOneInputEffectVideo> workConverter;
     intrusive_ptr<IOneInputEffectVideo> backConverter;
-    std::vector<Table> tables; ///< By the mask's value; empty when the settings have changed.
+    std::vector<Factors> factors; ///< By the mask's value; empty when the settings have changed.
 };
 
 intrusive_ptr<IEffect> CreateReduceLocalLuma(FactoryHandle const& factory, ContextHandle const& context) {

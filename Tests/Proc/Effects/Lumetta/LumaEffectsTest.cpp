@@ -136,6 +136,28 @@ TEST_F(LumaEffectsTest, TonesChooseWhatIsBurntAndNeverTurnLevelsRound) {
         }
 }
 
+TEST_F(LumaEffectsTest, ExposureByTonesKeepsHueAndSaturation) {
+    VideoHandle const colours = Paint(run.context, PixFmt::BGR24, 64, 16, [](std::uint32_t x, std::uint32_t y) {
+        return Colour4{60.0 + 3 * x, 40.0 + 2 * x + 5 * (y % 4), 30.0 + x};
+    });
+    VideoHandle const mask = MakeFlat(run.context, PixFmt::GRAY8, 64, 16, {255});
+    for (auto const tones : {SettingsEffectReduceLocalLuma::ALL, SettingsEffectReduceLocalLuma::SHADOWS,
+                             SettingsEffectReduceLocalLuma::HIGHLIGHTS})
+        for (double const strength : {-90.0, 40.0}) {
+            SettingsEffectReduceLocalLuma settings = Burn(strength, 0);
+            settings.SetTones(tones);
+            VideoHandle const result = run.Apply(settings, colours, mask);
+            for (std::uint32_t x = 0; x < 64; x += 7) {
+                Colour4 const in = ReadColour(*colours, x, 5);
+                Colour4 const out = ReadColour(*result, x, 5);
+                double const gain = out.red / in.red; // Of the largest component, whose rounding weighs least.
+                EXPECT_NEAR(out.green, gain * in.green, 1);
+                EXPECT_NEAR(out.blue, gain * in.blue, 1);
+                EXPECT_EQ(out.red > in.red, strength < 0);
+            }
+        }
+}
+
 TEST_F(LumaEffectsTest, AMaskOfAnotherSizeIsRefusedAndThePictureStays) {
     VideoHandle const picture = MakeNoise(run.context, PixFmt::YUV420P, 10, 8);
     std::vector<unsigned char> const before = Samples(*picture);
