@@ -1,12 +1,12 @@
 #include "Proc/Host/OutputFile.h"
 
 #include "Proc/Host/PictureFile.h"
+#include "Proc/Host/TemporaryFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -25,11 +25,20 @@ fs::path GetFolder(fs::path const& file) { return file.has_parent_path() ? file.
 /// How the system reaches an open file by a path.
 std::string GetDescriptorPath(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
 
+/// Brings the folder's names to the disk. The file is there already: what fails here is not worth a failure.
+void SyncFolder(fs::path const& folder) {
+    int const descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    (void)fsync(descriptor);
+    close(descriptor);
+}
+
 } // namespace
 
 OutputFile::OutputFile(fs::path const& file, bool overwriteTarget, Temporary kind)
     : path(file), overwrite(overwriteTarget) {
     ResolveTarget();
+    RemoveStrays(GetFolder(target));
     if (kind == Temporary::Named || !OpenUnnamed()) OpenNamed();
     if (replacedMode >= 0 && fchmod(descriptor, static_cast<mode_t>(replacedMode)) != 0) {
         // The destructor does not run for an object that was never made.
@@ -77,26 +86,24 @@ bool OutputFile::OpenUnnamed() {
         if (!unsupported) FailBySystem(errno);
         return false;
     }
-    if (access(GetDescriptorPath(descriptor).c_str(), F_OK) == 0) return true;
+    if (access(GetDescriptorPath(descriptor).c_str(), F_OK) == 0) {
+        (void)ClaimTemporary(descriptor); // It has a name for a moment where a file is replaced.
+        return true;
+    }
     close(descriptor); // Without /proc there is no way to name it later.
     descriptor = -1;
     return false;
 }
 
-fs::path OutputFile::MakeHiddenName() const {
-    static std::atomic<unsigned> counter{0};
-    return GetFolder(target) / (".velnor-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".tmp");
-}
-
 void OutputFile::OpenNamed() {
     for (int i = 0; i < MAX_NAME_TRIES; ++i) {
-        fs::path const name = MakeHiddenName();
+        fs::path const name = MakeTemporaryName(GetFolder(target));
         descriptor = open(name.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, NEW_FILE_MODE);
-        if (descriptor >= 0) {
-            temporary = name;
-            return;
-        }
-        if (errno != EEXIST) FailBySystem(errno);
+        if (descriptor < 0 && errno != EEXIST) FailBySystem(errno);
+        if (descriptor < 0) continue;
+        temporary = name;
+        if (ClaimTemporary(descriptor)) return;
+        close(descriptor); // Somebody came between the two steps and took it for a stray.
     }
     FailBySystem(EEXIST);
 }
@@ -125,7 +132,7 @@ int OutputFile::Link(fs::path const& name) const {
 
 void OutputFile::NameTemporary() {
     for (int i = 0; i < MAX_NAME_TRIES; ++i) {
-        fs::path const name = MakeHiddenName();
+        fs::path const name = MakeTemporaryName(GetFolder(target));
         int const error = Link(name);
         if (error == 0) {
             temporary = name;
@@ -158,6 +165,7 @@ void OutputFile::Commit() {
     if (error == EEXIST) Fail("it exists already");
     if (error != 0) FailBySystem(error);
     temporary.clear();
+    SyncFolder(GetFolder(target));
 }
 
 } // namespace Velnor::Proc

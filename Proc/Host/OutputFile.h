@@ -11,7 +11,8 @@ namespace Velnor::Proc {
 
 /// A file that appears whole or not at all, even when the process is killed or the disk is full. It is written to a
 /// temporary file without a name in the same folder, which the system drops by itself, and gets its name at the end.
-/// Where the file system has no such files, a hidden named one serves, which only a killed process leaves behind.
+/// Where the file system has no such files, a hidden named one serves, as it does for a moment where a file is replaced.
+/// What a killed process leaves of these, the next output into that folder removes.
 class VELNOR_API OutputFile {
 public:
     enum class Temporary : std::uint8_t { Unnamed, Named }; ///< Named: never try without a name.
@@ -30,7 +31,7 @@ public:
     std::int64_t Read(void* data, std::size_t bytes);   ///< As read(2), of what was written.
     std::int64_t Seek(std::int64_t offset, int whence); ///< As lseek(2).
 
-    /// Brings the content to the disk and gives the file its name, at once and whole. Throws FileOutputException, the
+    /// Brings the content to the disk, gives the file its name, at once and whole, and brings that to the disk. Throws FileOutputException, the
     /// old target untouched; in particular when somebody made a file of that name meanwhile and it may not be replaced.
     void Commit();
 
@@ -39,7 +40,6 @@ private:
     [[noreturn]] void FailBySystem(int error) const;
     void ResolveTarget();
     bool OpenUnnamed();
-    std::filesystem::path MakeHiddenName() const;
     void OpenNamed();
     int Link(std::filesystem::path const& name) const;
     void NameTemporary();

@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <iterator>
@@ -131,7 +132,8 @@ TEST_P(OutputFileTest, NoRoomLeavesTheOldFile) {
     EXPECT_EQ(CountFiles(), 1U);
 }
 
-TEST_P(OutputFileTest, AKilledWriterLeavesTheOldFile) {
+TEST_P(OutputFileTest, AKilledWriterLeavesTheOldFileAndTheNextRunClearsUp) {
+    bool const isNamed = GetParam() == OutputFile::Temporary::Named;
     Put("a", "old");
     int const status = RunInChild([this] {
         OutputFile file(In("a"), true, GetParam());
@@ -140,7 +142,23 @@ TEST_P(OutputFileTest, AKilledWriterLeavesTheOldFile) {
     });
     EXPECT_EQ(WTERMSIG(status), SIGKILL);
     EXPECT_EQ(Get("a"), "old");
-    EXPECT_EQ(CountFiles(), GetParam() == OutputFile::Temporary::Unnamed ? 1U : 2U);
+    EXPECT_EQ(CountFiles(), isNamed ? 2U : 1U);
+    // What is not ours or not dead stays: of another machine, of a process that runs, a file of another name, a folder.
+    std::string const self = std::to_string(getpid());
+    for (std::string const& name : {std::string(".velnor-elsewhere-1-0.tmp"), ".velnor-" + self + "-0.tmp",
+                                    std::string(".velnor-notes"), std::string(".velnor-old-1-0.tmp")})
+        Put(name, "x");
+    fs::create_directory(In(".velnor-1-2.tmp"));
+    fs::last_write_time(In(".velnor-old-1-0.tmp"), fs::file_time_type::clock::now() - std::chrono::hours(25));
+    int const living = RunInChild([this] {
+        OutputFile const file(In("a"), true, OutputFile::Temporary::Named); // It is locked.
+        if (CountFiles() != 6) _exit(1);
+        Write("./b", "new", false); // By another name of the folder, since each is looked through once.
+        if (CountFiles() != 7) _exit(2);
+    });
+    EXPECT_EQ(living, 0);
+    EXPECT_EQ(CountFiles(), 6U) << "a, b and the four";
+    EXPECT_FALSE(fs::exists(In(".velnor-old-1-0.tmp")));
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, OutputFileTest,
