@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <new>
 #include <span>
 #include <string_view>
 
@@ -87,12 +88,25 @@ Files::FilesModule const& GetModule() {
     return module;
 }
 
+/// Runs the work on a file, and says which it was when there is no memory for it.
+template <class Work>
+auto WithMemory(fs::path const& path, std::string const& verb, Work const& work) {
+    try {
+        return work();
+    } catch (std::bad_alloc const&) {
+        FileException error;
+        error << TagTranscodingErrorCode(TranscodingErrors::OutOfMemory);
+        Velnor::Details::ThrowDescribed(error, path.string() + " cannot be " + verb + ": there is not enough memory.",
+                                        VELNOR_LOCATION);
+    }
+}
+
 } // namespace
 
 PictureMetadata::~PictureMetadata() = default;
 
 LoadedPicture ReadPicture(fs::path const& path, IEffectContext& context, ReadOptions const& options) {
-    return GetModule().read(path, context, options);
+    return WithMemory(path, "read", [&] { return GetModule().read(path, context, options); });
 }
 
 void WritePicture(fs::path const& path, IDataVideo const& picture, PictureMetadata const* metadata,
@@ -102,7 +116,7 @@ void WritePicture(fs::path const& path, IDataVideo const& picture, PictureMetada
     if (options.quality < 1 || options.quality > 100)
         VELNOR_THROW(FileOutputException, path.string() + " cannot be written: the quality is 1 to 100, not " +
                                               std::to_string(options.quality) + ".");
-    GetModule().write(path, record.kind, picture, metadata, options);
+    WithMemory(path, "written", [&] { GetModule().write(path, record.kind, picture, metadata, options); });
 }
 
 std::vector<PixFmt> GetWritableFormats(fs::path const& path) {

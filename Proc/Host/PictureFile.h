@@ -15,7 +15,12 @@ namespace Velnor::Proc {
 class VELNOR_API FileException : public ProcException {};
 class VELNOR_API FileInputException : public FileException {};  ///< Missing, damaged, or no picture.
 class VELNOR_API FileOutputException : public FileException {}; ///< Exists already, or could not be written.
-class VELNOR_API FileLimitException : public FileException {};  ///< More pixels than the reader allows.
+class VELNOR_API FileLimitException : public FileException {};  ///< Over a limit of the reader.
+
+/// Over a limit that ReadOptions sets.
+class VELNOR_API FilePixelsException : public FileLimitException {};
+class VELNOR_API FileMemoryException : public FileLimitException {};
+class VELNOR_API FileExpansionException : public FileLimitException {};
 
 /// What a picture file carries beside its pixels: EXIF, ICC profile, XMP, resolution. Opaque: it goes from the reader
 /// to the writer. The copy that the writer makes shows no thumbnail, since that would show the unprocessed picture.
@@ -27,6 +32,8 @@ public:
 struct ReadOptions {
     std::uint64_t maxPixels = 512'000'000; ///< Checked on the header, before a pixel is decoded.
     bool acceptDamaged = false;            ///< Keep the readable part of a damaged file; the rest is grey or black.
+    std::uint64_t maxMemory = 0;           ///< Bytes that reading may take, by the header; 0: half of what there is.
+    double maxExpansion = 0; ///< Of 64 megapixels and more: how many times their file they may take; 0: by the kind.
 };
 
 struct WriteOptions {
@@ -40,9 +47,10 @@ struct LoadedPicture {
     std::shared_ptr<PictureMetadata const> metadata; ///< Null when there is none.
 };
 
-/// Reads a picture file (JPEG, PNG, TIFF, WebP and whatever else the file library reads safely), of several pages the
+/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL), a regular file, of several pages the
 /// first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is whatever the decoder
-/// warns of. Throws FileInputException or FileLimitException.
+/// warns of, in what stands beside the pixels too. Throws FileInputException; FileLimitException, before a pixel is
+/// decoded; FileException with TranscodingErrors::OutOfMemory when memory runs out.
 VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectContext& context,
                                      ReadOptions const& options = {});
 

@@ -183,7 +183,8 @@ TEST_F(CommandTest, BadInputsAndOutputsHaveTheirOwnCodes) {
         ExpectFailure(3, shown, {"apply", input, "-o", "x.png"});
     }
     ExpectFailure(3, "missing.png", {"apply", "red.png", "-e", "second:input=missing.png", "-o", "x.png"}, true);
-    ExpectFailure(5, "--max-megapixels raises it", {"apply", "red.png", "-o", "x.png", "--max-megapixels", "0.001"});
+    for (std::string const option : {"--max-megapixels", "--max-memory"})
+        ExpectFailure(5, option + " raises it", {"apply", "red.png", "-o", "x.png", option, "0.001"});
     ExpectFailure(4, "the extension .xyz is unknown; known are", {"apply", "red.png", "-o", "x.xyz"});
     ExpectFailure(4, "the name has no extension", {"apply", "red.png", "-o", "x"});
     ExpectFailure(4, "folder red.png/x cannot be made", {"apply", "glass.png", "-o", "red.png/x/y.png"});

@@ -25,7 +25,7 @@ constexpr char const* EXIT_CODES = R"(Exit codes:
   2    wrong call: unknown effect or parameter, value of the wrong type or outside its range
   3    an input is missing, damaged or no picture
   4    an output exists already, could not be made or could not be written
-  5    over a limit, such as --max-megapixels
+  5    over a limit, such as --max-megapixels or --max-memory, or out of memory
   130  stopped, by Ctrl-C or a signal
 When several photographs are given and none could be done, the code is that of the first failure.)";
 
@@ -87,6 +87,17 @@ void AddFileOptions(CLI::App& command, FileOptions& files) {
         ->check(Within(0.000001, 1e6))
         ->type_name("N")
         ->capture_default_str();
+    command
+        .add_option("--max-memory", files.maxMemory,
+                    "Refuse photographs that take more megabytes to read; half of what there is unless it is given")
+        ->check(Within(0.000001, 1e9))
+        ->type_name("N");
+    command
+        .add_option("--max-expansion", files.maxExpansion,
+                    "Refuse photographs of 64 megapixels and more that take more than N times their file; unless it is "
+                    "given 150 for JPEG, 16 for PNM, else 400")
+        ->check(Within(1.0, 1e9))
+        ->type_name("N");
     command.add_flag("--accept-damaged", files.acceptDamaged, "Keep the readable part of a damaged photograph");
 }
 

@@ -25,6 +25,15 @@ ExitCode CodeOf(Proc::ProcException const& error) {
     }
 }
 
+/// "; --option raises it", empty for a limit that stands.
+std::string NameRaisingOption(Proc::FileLimitException const& error) {
+    char const* option = nullptr;
+    if (dynamic_cast<Proc::FilePixelsException const*>(&error) != nullptr) option = "--max-megapixels";
+    if (dynamic_cast<Proc::FileMemoryException const*>(&error) != nullptr) option = "--max-memory";
+    if (dynamic_cast<Proc::FileExpansionException const*>(&error) != nullptr) option = "--max-expansion";
+    return option == nullptr ? "" : std::string("; ") + option + " raises it";
+}
+
 } // namespace
 
 Report ReportCurrentException() {
@@ -33,8 +42,8 @@ Report ReportCurrentException() {
         throw;
     } catch (Failure const& failure) {
         return {failure.GetCode(), text};
-    } catch (Proc::FileLimitException const&) {
-        return {ExitCode::OverLimit, text + "; --max-megapixels raises it"};
+    } catch (Proc::FileLimitException const& error) {
+        return {ExitCode::OverLimit, text + NameRaisingOption(error)};
     } catch (Proc::ProcException const& error) {
         return {CodeOf(error), text};
     } catch (std::bad_alloc const&) {

@@ -10,10 +10,17 @@ namespace Velnor::Tool {
 struct FileOptions {
     int quality = 90;
     double maxMegapixels = 512;
+    double maxMemory = 0;    ///< Megabytes; 0: half of what there is.
+    double maxExpansion = 0; ///< 0: by the kind of file.
     bool replace = false;
     bool acceptDamaged = false;
 
-    Proc::ReadOptions ForReading() const { return {static_cast<std::uint64_t>(maxMegapixels * 1e6), acceptDamaged}; }
+    Proc::ReadOptions ForReading() const {
+        return {.maxPixels = static_cast<std::uint64_t>(maxMegapixels * 1e6),
+                .acceptDamaged = acceptDamaged,
+                .maxMemory = static_cast<std::uint64_t>(maxMemory * 1e6),
+                .maxExpansion = maxExpansion};
+    }
     Proc::WriteOptions ForWriting() const { return {quality, replace}; }
 };
 

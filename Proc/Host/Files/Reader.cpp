@@ -1,10 +1,12 @@
 #include "Proc/Host/Files/Reader.h"
 
 #include "Proc/Host/Files/Display.h"
+#include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/Files/Metadata.h"
 #include "Proc/Host/Files/RowSink.h"
 #include "Proc/Host/Image.h"
 #include "Proc/Host/MemoryPool.h"
+#include "Proc/Host/MemoryRoom.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -14,6 +16,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <new>
+#include <optional>
 #include <system_error>
 #include <thread>
 
@@ -26,18 +30,41 @@ namespace fs = std::filesystem;
     VELNOR_THROW(FileInputException, path.string() + " cannot be read: " + reason + ".");
 }
 
-/// A file open for reading.
+/// Throws std::bad_alloc when that is why the library failed, by what it says or by what is seen.
+void RequireMemory(std::string const& reason) {
+    if (IsAboutMemory(reason, WORKING_ROOM)) throw std::bad_alloc();
+}
+
+[[noreturn]] void FailInLibrary(fs::path const& path) {
+    std::string const reason = TakeError();
+    if (reason.find("limit exceeded") != std::string::npos)
+        VELNOR_THROW(FileLimitException, path.string() + " is too large: " + reason + ".");
+    RequireMemory(reason);
+    Fail(path, reason);
+}
+
+/// Why a file of this mode is not read, empty when it is: reading a pipe or a device may never end, or do something.
+std::string RefuseMode(mode_t mode) {
+    if (S_ISREG(mode)) return {};
+    if (S_ISDIR(mode)) return "it is a folder";
+    if (S_ISFIFO(mode)) return "it is a pipe, not a file";
+    return S_ISSOCK(mode) ? "it is a socket, not a file" : "it is a device, not a file";
+}
+
+/// A regular file open for reading.
 class InputFile {
 public:
-    explicit InputFile(fs::path const& path) : descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (descriptor < 0) Fail(path, std::generic_category().message(errno));
+    explicit InputFile(fs::path const& path) {
+        // Asked before it is opened, which some devices take as a command; and of what was opened then.
         struct stat status {};
-        bool const known = fstat(descriptor, &status) == 0;
-        bool const isFolder = known && S_ISDIR(status.st_mode);
-        bool const isEmpty = known && S_ISREG(status.st_mode) && status.st_size == 0;
-        if (!isFolder && !isEmpty) return;
+        if (stat(path.c_str(), &status) != 0) Fail(path, std::generic_category().message(errno));
+        if (std::string const reason = RefuseMode(status.st_mode); !reason.empty()) Fail(path, reason);
+        descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        if (descriptor < 0) Fail(path, std::generic_category().message(errno));
+        std::string const reason = fstat(descriptor, &status) != 0 ? "it changed" : RefuseMode(status.st_mode);
+        if (reason.empty() && status.st_size > 0) return;
         close(descriptor);
-        Fail(path, isFolder ? "it is a folder" : "it is empty");
+        Fail(path, reason.empty() ? "it is empty" : reason);
     }
     ~InputFile() { close(descriptor); }
     InputFile(InputFile const&) = delete;
@@ -46,39 +73,34 @@ public:
     int Get() const { return descriptor; }
 
 private:
-    int const descriptor;
+    int descriptor = -1;
+};
+
+/// A picture file of which the header has been read and found within the limits.
+struct Header {
+    OwnedImage image;
+    std::uint64_t memory = 0; ///< Bytes that reading takes.
 };
 
 /// Opens the picture and reads its header, no pixel.
-OwnedImage OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const& options) {
+Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const& options) {
+    RequireRoom(WORKING_ROOM);
     // By descriptor, since a name given to the library may end in loader options: "photo.jpg[shrink=2]".
     Owned<VipsSource> const source(vips_source_new_from_descriptor(file.Get()));
-    if (source == nullptr) Fail(path, TakeError());
-    bool isKnown = vips_foreign_find_load_source(source.get()) != nullptr;
-    if (!isKnown) {
-        LoadRarerKinds();
-        isKnown = vips_foreign_find_load_source(source.get()) != nullptr;
-        vips_error_clear();
-    }
-    if (!isKnown) {
-        Fail(path, "it is no picture file of a known kind, or damaged from the start");
-    }
+    if (source == nullptr) FailInLibrary(path);
+    std::optional<ReadKind> const kind = FindReadKind(source.get());
+    if (!kind)
+        Fail(path, "it is no picture file of a known kind, or damaged from the start; read are " + ListReadKinds());
+    FileFacts const facts = ReadFileFacts(file.Get(), *kind);
+    RequireLittleMetadata(path, facts);
+    if (!facts.damage.empty() && !options.acceptDamaged) Fail(path, "it is damaged: " + facts.damage);
     VipsFailOn const failOn = options.acceptDamaged ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_WARNING;
     OwnedImage image(
         vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn, nullptr));
-    if (image == nullptr) Fail(path, TakeError());
-    return image;
-}
-
-void RequireSize(fs::path const& path, VipsImage* image, std::uint64_t maxPixels) {
-    auto const width = static_cast<std::uint64_t>(vips_image_get_width(image));
-    auto const height = static_cast<std::uint64_t>(vips_image_get_height(image));
-    std::string const what = path.string() + " is too large: " + std::to_string(width) + " x " + std::to_string(height);
-    if (width * height > maxPixels)
-        VELNOR_THROW(FileLimitException, what + " are " + std::to_string(width * height) + " pixels, the limit is " +
-                                             std::to_string(maxPixels) + ".");
-    if (width > Image::MAX_SIDE || height > Image::MAX_SIDE)
-        VELNOR_THROW(FileLimitException, what + " pixels, a side has at most " + std::to_string(Image::MAX_SIDE) + ".");
+    if (image == nullptr) FailInLibrary(path);
+    RequireLimits(path, image.get(), *kind, facts, options);
+    std::uint64_t const memory = EstimateMemory(image.get(), *kind, facts);
+    return {std::move(image), memory};
 }
 
 /// A picture for the image, upright. Black where the decoder may not reach.
@@ -103,7 +125,7 @@ std::jthread ProvidePages(MutablePlane const& plane) {
     if (plane.GetStride() <= 0 || bytes < WORTH_A_THREAD) return {};
     auto const first = (reinterpret_cast<std::uintptr_t>(plane.GetData()) + PAGE - 1) / PAGE * PAGE;
     auto const whole = bytes / PAGE * PAGE - PAGE;
-    return std::jthread([first, whole] {
+    auto const provide = [first, whole] {
         // By pieces, so that a decoder that has to map after all waits for one of them.
         constexpr std::uintptr_t PIECE = MemoryPool::HUGE_PAGE;
         for (std::uintptr_t at = first; at < first + whole; at = at / PIECE * PIECE + PIECE) {
@@ -111,7 +133,12 @@ std::jthread ProvidePages(MutablePlane const& plane) {
             // Where the kernel does not know it, each page comes with its first row.
             if (madvise(reinterpret_cast<void*>(at), end - at, MADV_POPULATE_WRITE) != 0) return;
         }
-    });
+    };
+    try {
+        return std::jthread(provide);
+    } catch (std::system_error const&) { // No thread to be had: the pages come one by one.
+        return {};
+    }
 }
 
 /// Puts all rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
@@ -139,6 +166,7 @@ void Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo&
     int const rows = PutRows(image, plane, sink);
     if (rows == vips_image_get_height(image)) return;
     std::string const reason = TakeError();
+    RequireMemory(reason);
     if (!acceptDamaged || rows == 0) Fail(path, "it is damaged: " + reason);
 }
 
@@ -146,11 +174,11 @@ void Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo&
 
 LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, ReadOptions const& options) {
     InputFile const file(path);
-    OwnedImage image = OpenHeader(path, file, options);
-    RequireSize(path, image.get(), options.maxPixels);
-    int const orientation = vips_image_get_orientation(image.get());
-    image = MakeDisplayable(std::move(image));
-    if (image == nullptr) Fail(path, TakeError());
+    Header header = OpenHeader(path, file, options);
+    RequireRoom(header.memory + WORKING_ROOM);
+    int const orientation = vips_image_get_orientation(header.image.get());
+    OwnedImage const image = MakeDisplayable(std::move(header.image));
+    if (image == nullptr) FailInLibrary(path);
     LoadedPicture loaded;
     loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
     loaded.metadata = VipsMetadata::Take(image.get());

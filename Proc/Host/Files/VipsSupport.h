@@ -2,6 +2,7 @@
 
 #include <vips/vips.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -19,8 +20,9 @@ template <class Object>
 using Owned = std::unique_ptr<Object, Unreference>;
 using OwnedImage = Owned<VipsImage>;
 
-/// Makes the file library ready, once: no cache of operations, which would keep whole pictures; no loader that is known
-/// to be unsafe on hostile files; nothing printed. Throws FileException.
+/// Makes the file library ready, once: no cache of operations, which would keep whole pictures; no loader but those of
+/// the kinds that are read; nothing printed; what would end the process goes to the host's FatalErrorHandler first.
+/// Throws FileException.
 void StartVips();
 
 /// Makes the rarer kinds of file known, once, which takes longer than all of StartVips.
@@ -30,5 +32,8 @@ void LoadRarerKinds();
 /// a full stop. Empties the list of complaints, which the library keeps for all threads together: when several fail at
 /// the same time, one may get the other's reason.
 std::string TakeError();
+
+/// What the library takes beside the pictures: its threads with their stacks, buffers, the heap's steps.
+inline constexpr std::uint64_t WORKING_ROOM = 64 << 20;
 
 } // namespace Velnor::Proc::Files

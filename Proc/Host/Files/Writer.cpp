@@ -3,8 +3,10 @@
 #include "Proc/Host/Files/Metadata.h"
 #include "Proc/Host/Files/PaletteFile.h"
 #include "Proc/Host/Files/Target.h"
+#include "Proc/Host/MemoryRoom.h"
 
 #include <cstring>
+#include <new>
 
 namespace Velnor::Proc::Files {
 namespace {
@@ -63,6 +65,7 @@ int Save(VipsImage* image, VipsTarget* target, FileKind kind, int quality) {
 [[noreturn]] void Fail(fs::path const& path, Target const* target) {
     std::string const reason = TakeError();
     if (target != nullptr) target->Rethrow();
+    if (IsAboutMemory(reason, WORKING_ROOM)) throw std::bad_alloc();
     VELNOR_THROW(FileOutputException, path.string() + " cannot be written: " + reason + ".");
 }
 
@@ -79,6 +82,7 @@ void WritePacked(OutputFile& file, fs::path const& path, FileKind kind, ConstPla
 void WriteVipsPicture(fs::path const& path, FileKind kind, IDataVideo const& picture, PictureMetadata const* metadata,
                       WriteOptions const& options) {
     auto const* const fields = dynamic_cast<VipsMetadata const*>(metadata);
+    RequireRoom(WORKING_ROOM);
     OutputFile file(path, options.overwrite);
     if (picture.GetPixFmt() != PixFmt::PAL8)
         WritePacked(file, path, kind, picture.GetPlane(0), fields, options.quality);

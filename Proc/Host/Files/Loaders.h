@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Proc/Host/Files/VipsSupport.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Velnor::Proc::Files {
+
+/// The kinds of picture file that are read.
+enum class ReadKind : std::uint8_t { Jpeg, Png, Tiff, WebP, Gif, Pnm, Heif, Jxl };
+
+/// Closes every loader of the file library but those of the kinds that are read: what else it has takes text for
+/// pictures, reads without end, or is not made for hostile files. To be called again when loaders have come.
+void CloseOtherLoaders();
+
+/// The kind of the file by its first bytes. Loads what knows the rarer kinds when no other knows it.
+std::optional<ReadKind> FindReadKind(VipsSource* source);
+
+/// "JPEG, PNG, TIFF...", all kinds.
+std::string ListReadKinds();
+
+} // namespace Velnor::Proc::Files

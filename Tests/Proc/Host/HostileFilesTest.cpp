@@ -1,0 +1,143 @@
+#include "Proc/Host/PictureFile.h"
+#include "Tests/Support/Bombs.h"
+#include "Tests/Support/Pictures.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <vips/vips.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <set>
+
+namespace Velnor::Proc::Testing {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+/// What the command line can be handed by people who mean no good.
+class HostileFilesTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { ASSERT_EQ(VIPS_INIT("test"), 0); }
+
+    fs::path Put(std::string const& name, std::string const& bytes) const {
+        std::ofstream(folder.GetPath() / name, std::ios::binary) << bytes;
+        return folder.GetPath() / name;
+    }
+    std::string Get(fs::path const& file) const {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    /// The description of the Error that reading throws; empty when it throws none.
+    template <class Error>
+    std::string ReadError(fs::path const& file, ReadOptions const& options = {}) const {
+        try {
+            ReadPicture(file, *context, options);
+            return {};
+        } catch (Error const& error) {
+            return DescribeException(error);
+        }
+    }
+
+    TemporaryFolder const folder;
+    ContextHandle const context = MakeShared<Context>();
+};
+
+TEST_F(HostileFilesTest, OnlyTheKindsThatAreReadHaveOpenLoaders) {
+    fs::path const matrix = Put("matrix.jpg", "2 2\n1 2\n3 4\n");
+    EXPECT_THAT(ReadError<FileInputException>(matrix), HasSubstr("read are JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC"));
+    std::set<std::string> open;
+    vips_type_map_all(
+        g_type_from_name("VipsForeignLoad"),
+        [](GType type, void* names) -> void* {
+            auto const* const loader = VIPS_OPERATION_CLASS(g_type_class_ref(type));
+            if (!G_TYPE_IS_ABSTRACT(type) && (loader->flags & VIPS_OPERATION_BLOCKED) == 0)
+                static_cast<std::set<std::string>*>(names)->insert(VIPS_OBJECT_CLASS(loader)->nickname);
+            return nullptr;
+        },
+        &open);
+    EXPECT_THAT(open, testing::ElementsAre("gifload", "gifload_buffer", "gifload_source", "heifload", "heifload_buffer",
+                                           "heifload_source", "jpegload", "jpegload_buffer", "jpegload_source",
+                                           "jxlload", "jxlload_buffer", "jxlload_source", "pngload", "pngload_buffer",
+                                           "pngload_source", "ppmload", "ppmload_source", "tiffload", "tiffload_buffer",
+                                           "tiffload_source", "webpload", "webpload_buffer", "webpload_source"));
+}
+
+TEST_F(HostileFilesTest, WhatIsNoRegularFileIsRefusedUnread) {
+    fs::path const pipe = folder.GetPath() / "pipe.jpg";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); // Opening it for reading would wait for a writer.
+    EXPECT_THAT(ReadError<FileInputException>(pipe), HasSubstr("it is a pipe, not a file"));
+    EXPECT_THAT(ReadError<FileInputException>("/dev/zero"), HasSubstr("it is a device, not a file"));
+    fs::create_symlink("/dev/zero", folder.GetPath() / "link.jpg");
+    EXPECT_THAT(ReadError<FileInputException>(folder.GetPath() / "link.jpg"), HasSubstr("it is a device"));
+    EXPECT_THAT(ReadError<FileInputException>(Put("zeros.jpg", std::string(1 << 20, '\0'))), HasSubstr("known kind"));
+}
+
+/// The most memory that the process has held since it was last reset, in bytes.
+std::uint64_t GetPeak() {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;)
+        if (word == "VmHWM:" && status >> word) return std::stoull(word) << 10;
+    return 0;
+}
+
+TEST_F(HostileFilesTest, BombsAreRefusedBeforeTheyUnpack) {
+    constexpr std::uint64_t ALLOWED = 40 << 20;
+    char const* const kept = std::getenv("VELNOR_BOMBS"); // A folder to leave them in, for measurements.
+    ReadError<FileInputException>(Put("none.jpg", "No picture: this loads all that reads pictures.\n"));
+    for (Bomb const& bomb : MakeBombs()) {
+        fs::path const file = Put(bomb.name, bomb.bytes);
+        if (kept != nullptr) fs::copy_file(file, fs::path(kept) / bomb.name, fs::copy_options::overwrite_existing);
+        std::ofstream("/proc/self/clear_refs") << 5; // Lets the peak begin anew.
+        std::uint64_t const before = GetPeak();
+        ReadOptions accept;
+        accept.acceptDamaged = true;
+        EXPECT_THAT(ReadError<FileLimitException>(file, accept), HasSubstr(" is too large")) << bomb.name;
+        EXPECT_LT(GetPeak(), before + ALLOWED) << bomb.name;
+    }
+}
+
+TEST_F(HostileFilesTest, LimitsAreThoseOfTheHeader) {
+    VideoHandle const flat = MakeFlat(*context, PixFmt::RGB24, 2000, 1000, {1, 2, 3});
+    fs::path const file = folder.GetPath() / "flat.png";
+    WritePicture(file, *flat, nullptr);
+    ASSERT_LT(fs::file_size(file), 6'000'000U / 400);
+    ReadOptions options;
+    options.maxExpansion = 1;
+    EXPECT_EQ(ReadError<FileException>(file, options), "") << "a small picture may be flat";
+    options.maxMemory = 7'000'000;
+    EXPECT_EQ(ReadError<FileException>(file, options), "");
+    options.maxMemory = 6'000'000;
+    EXPECT_THAT(ReadError<FileMemoryException>(file, options),
+                HasSubstr("to read 2000 x 1000 pixels takes 7 MB of memory, the limit is 6 MB"));
+}
+
+TEST_F(HostileFilesTest, DamageBesideThePixelsIsDamage) {
+    VipsBlob* profile = nullptr;
+    ASSERT_EQ(vips_profile_load("srgb", &profile, nullptr), 0);
+    std::size_t profileBytes = 0;
+    void const* const content = vips_blob_get(profile, &profileBytes);
+    std::string const xmp = "<x:xmpmeta>" + std::string(5000, ' ') + "</x:xmpmeta>";
+    VipsImage* image = nullptr;
+    vips_black(&image, 40, 30, "bands", 3, nullptr);
+    vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, content, profileBytes);
+    vips_image_set_blob_copy(image, VIPS_META_XMP_NAME, xmp.data(), xmp.size());
+    for (std::string const name : {"a.tif", "a.png", "a.webp"}) {
+        fs::path const file = folder.GetPath() / name;
+        ASSERT_EQ(vips_image_write_to_file(image, file.c_str(), nullptr), 0) << vips_error_buffer();
+        std::string const whole = Get(file);
+        ASSERT_EQ(ReadError<FileException>(file), "") << name;
+        for (std::size_t const cut : {1U, 8U, 60U, 500U}) {
+            Put(name, whole.substr(0, whole.size() - cut));
+            EXPECT_THAT(ReadError<FileInputException>(file), HasSubstr(" cannot be read: ")) << name << " less " << cut;
+        }
+    }
+    g_object_unref(image);
+    vips_area_unref(VIPS_AREA(profile));
+}
+
+} // namespace
+} // namespace Velnor::Proc::Testing
