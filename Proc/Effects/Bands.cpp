@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <future>
+#include <system_error>
 #include <thread>
 
 namespace Velnor::Proc {
@@ -34,8 +35,11 @@ void RunBands(std::vector<Band> const& bands, std::function<void(Band const& ban
         for (std::size_t i = next++; i < bands.size(); i = next++) work(bands[i], worker);
     };
     std::vector<std::future<void>> others;
-    for (std::size_t worker = 1; worker < CountWorkers(bands); ++worker)
-        others.push_back(std::async(std::launch::async, takeBands, worker));
+    try {
+        for (std::size_t worker = 1; worker < CountWorkers(bands); ++worker)
+            others.push_back(std::async(std::launch::async, takeBands, worker));
+    } catch (std::system_error const&) { // No more threads to be had: those that there are do it all.
+    }
     takeBands(0);
     for (std::future<void>& other : others) other.get(); // One that throws waits for the rest as it is destroyed.
 }

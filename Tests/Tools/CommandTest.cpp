@@ -417,6 +417,23 @@ TEST_F(CommandTest, StopsAtASignalWithoutAnOutput) {
     }
 }
 
+TEST_F(CommandTest, AShortageOfMemoryIsSaidWhereverItShows) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "The sanitizers take terabytes of addresses.";
+#endif
+    for (char const* const effect : {"pixelate", "oil-paint", "auto-enhance"})
+        for (int const megabytes : {60, 90, 120, 150, 180, 210}) {
+            std::string const limit = "ulimit -v " + std::to_string(megabytes * 1000);
+            CommandResult const result =
+                RunShell(limit + "; $VELNOR apply red.png -f -o x.png -e " + std::string(effect), folder);
+            SCOPED_TRACE(limit + " " + effect + ": " + result.error);
+            if (result.code == 0 && megabytes > 60) continue;
+            EXPECT_EQ(result.code, 5);
+            EXPECT_THAT(result.error, AllOf(StartsWith("velnor: "), HasSubstr("memory"), EndsWith("\n")));
+            EXPECT_EQ(std::ranges::count(result.error, '\n'), 1);
+        }
+}
+
 TEST_F(CommandTest, ListsAndDescribesEverythingWithExamplesThatRun) {
     CommandResult const table = RunWithProbe({"effects"});
     EXPECT_EQ(table.code, 0);

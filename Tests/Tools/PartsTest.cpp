@@ -1,9 +1,17 @@
+#include "Proc/Host/FatalError.h"
+#include "Proc/Host/PictureFile.h"
 #include "Tools/velnor/EffectArgument.h"
 #include "Tools/velnor/Failure.h"
+#include "Tools/velnor/LastWords.h"
 #include "Tools/velnor/OutputNames.h"
 #include "Tools/velnor/Suggestions.h"
 
 #include <gmock/gmock.h>
+
+#include <cerrno>
+#include <new>
+#include <system_error>
+#include <thread>
 
 namespace Velnor::Tool {
 namespace {
@@ -117,16 +125,36 @@ TEST(OutputNamesTest, RefusesPatternsAndCollisions) {
 
 TEST(FailureTest, ReportsAreOneLineWhateverIsThrown) {
     EXPECT_EQ(ToOneLine("a\nb\x1b[2Jc."), "a b [2Jc");
-    try {
-        throw std::bad_alloc();
-    } catch (...) {
-        EXPECT_EQ(ReportCurrentException().code, ExitCode::OverLimit);
-    }
-    try {
-        throw 5;
-    } catch (...) {
-        EXPECT_EQ(ReportCurrentException().code, ExitCode::OutputFailed);
-    }
+    auto const report = [](auto const& error) {
+        try {
+            throw error;
+        } catch (...) {
+            Report const made = ReportCurrentException();
+            return std::to_string(static_cast<int>(made.code)) + " " + made.text;
+        }
+    };
+    EXPECT_THAT(report(std::bad_alloc()), HasSubstr("5 there is not enough memory"));
+    EXPECT_THAT(report(std::system_error(EAGAIN, std::generic_category())), HasSubstr("5 there is not enough memory"));
+    EXPECT_THAT(report(std::system_error(EIO, std::generic_category())), HasSubstr("4 "));
+    EXPECT_THAT(report(Proc::FileMemoryException()), HasSubstr("; --max-memory raises it"));
+    EXPECT_THAT(report(Proc::FileExpansionException()), HasSubstr("; --max-expansion raises it"));
+    EXPECT_THAT(report(Proc::FileLimitException()), testing::Not(HasSubstr("raises it")));
+    EXPECT_THAT(report(5), HasSubstr("4 "));
+}
+
+TEST(LastWordsDeathTest, WhatWouldEndTheProcessEndsItWithALine) {
+    auto const dies = [](auto const& action, char const* line) {
+        EXPECT_EXIT(
+            {
+                PrepareLastWords();
+                action();
+            },
+            testing::ExitedWithCode(5), line);
+    };
+    dies([] { Proc::GetFatalErrorHandler()("gmem.c:136: failed to allocate 9 bytes"); },
+         "^velnor: there is not enough memory\n$");
+    dies([] { Proc::GetFatalErrorHandler()("oil and\nwater"); }, "^velnor: a library gave up: oil and\n$");
+    dies([] { std::thread([] { throw std::bad_alloc(); }).join(); }, "^velnor: there is not enough memory\n$");
 }
 
 } // namespace

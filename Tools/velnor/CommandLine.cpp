@@ -5,6 +5,7 @@
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/CutoutCommand.h"
 #include "Tools/velnor/Failure.h"
+#include "Tools/velnor/LastWords.h"
 #include "Tools/velnor/ListCommands.h"
 #include "Tools/velnor/Logging.h"
 #include "Tools/velnor/Suggestions.h"
@@ -251,6 +252,7 @@ ExitCode Run(int argumentsCount, char const* const* given) {
 int RunCommandLine(int argumentsCount, char const* const* arguments) {
     try {
         PrepareConsole();
+        PrepareLastWords();
         PrepareLogging();
         return static_cast<int>(Run(argumentsCount, arguments));
     } catch (...) {

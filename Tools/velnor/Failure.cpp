@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <system_error>
 
 namespace Velnor::Tool {
 namespace {
@@ -48,6 +49,11 @@ Report ReportCurrentException() {
         return {CodeOf(error), text};
     } catch (std::bad_alloc const&) {
         return {ExitCode::OverLimit, "there is not enough memory"};
+    } catch (std::system_error const& error) {
+        // A thread, which is refused when there is no memory for its stack or there are too many.
+        if (error.code() != std::errc::resource_unavailable_try_again && error.code() != std::errc::not_enough_memory)
+            return {ExitCode::OutputFailed, text};
+        return {ExitCode::OverLimit, "there is not enough memory to start a thread"};
     } catch (...) {
         return {ExitCode::OutputFailed, text};
     }

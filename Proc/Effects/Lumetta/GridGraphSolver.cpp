@@ -49,6 +49,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -179,6 +180,8 @@ void GridGraphSolver::Compute() {
         try {
             for (unsigned worker = 0; worker < workersCount; ++worker)
                 threads.emplace_back([this, worker] { Work(worker); });
+        } catch (std::system_error const&) { // What a thread lacks is memory for its stack.
+            Fail(std::make_exception_ptr(std::bad_alloc()));
         } catch (...) {
             Fail(std::current_exception());
         }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <future>
 #include <iterator>
+#include <system_error>
 #include <thread>
 
 namespace Velnor::Proc {
@@ -20,12 +21,17 @@ constexpr std::size_t LEAST_ACTIVE = 16;
 /// Active nodes to draw a line by.
 constexpr std::size_t SAMPLES = 1024;
 
-/// Calls `work` with 0, and on another thread with 1 if there are to be two. Throws what one threw when both have
-/// ended.
+/// Calls `work` with 0, and with 1 if there are to be two: on another thread, or afterwards where there is none to be
+/// had. Throws what one threw when both have ended.
 template <class Work>
 void RunSides(bool areTwo, Work const& work) {
+    auto const runOther = [&work] { work(1); };
     std::future<void> other;
-    if (areTwo) other = std::async(std::launch::async, [&work] { work(1); });
+    try {
+        if (areTwo) other = std::async(std::launch::async, runOther);
+    } catch (std::system_error const&) {
+        other = std::async(std::launch::deferred, runOther);
+    }
     work(0);
     if (areTwo) other.get();
 }

@@ -1,19 +1,22 @@
 #pragma once
 
 #include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Host/MemoryRoom.h"
 
 #include <exception>
+#include <new>
 #include <type_traits>
 
 namespace Velnor::Proc {
 
 /// Rethrows an exception that is the framework's, or the standard library's, as it is; one of `LibraryError` as an
-/// EffectException with its text.
+/// EffectException with its text, or as std::bad_alloc when that is what it says.
 template <class LibraryError, class Work>
 void TranslateErrors(std::string const& library, Work const& work) {
     try {
         work();
     } catch (LibraryError const& error) {
+        if (IsAboutMemory(error.what(), 0)) throw std::bad_alloc();
         VELNOR_THROW(EffectException, library + " refused the picture: " + error.what());
     }
 }

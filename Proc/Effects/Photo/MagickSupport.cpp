@@ -1,6 +1,8 @@
 #include "Proc/Effects/Photo/MagickSupport.h"
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Host/FatalError.h"
+#include "Proc/Host/MemoryRoom.h"
 
 #include <algorithm>
 #include <array>
@@ -45,9 +47,17 @@ struct ColourPlaces {
 constexpr unsigned int LEVEL = QuantumRange / 255;
 static_assert(LEVEL * 255 == QuantumRange);
 
+/// The library ends the process when this returns.
+void EndByLibrary(MagickCore::ExceptionType, char const* reason, char const*) {
+    if (FatalErrorHandler const handler = GetFatalErrorHandler()) handler(reason);
+}
+
 void SetUp() {
     static std::once_flag once;
-    std::call_once(once, [] { ::Magick::InitializeMagick(nullptr); });
+    std::call_once(once, [] {
+        ::Magick::InitializeMagick(nullptr);
+        MagickCore::SetFatalErrorHandler(EndByLibrary);
+    });
 }
 
 } // namespace
@@ -83,6 +93,7 @@ void Run(std::string const& who, std::function<void()> const& work) {
     try {
         work();
     } catch (::Magick::Exception const& error) {
+        if (IsAboutMemory(error.what(), 0)) throw std::bad_alloc();
         VELNOR_THROW(EffectException, who + " was stopped by ImageMagick: " + error.what() + ".");
     }
 }
