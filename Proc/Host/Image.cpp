@@ -225,7 +225,10 @@ VideoHandle Image::MakeCopy(CopyMode mode) const {
         copy.timeStamp = 0;
         copy.duration = 0;
     }
-    return MakeShared<Image>(std::move(copy));
+    VideoHandle image = MakeShared<Image>(std::move(copy));
+    // The caller's memory may go before this copy does.
+    if (mode == CopyMode::Independent && !state.view.samples->IsOwned()) image->Detach();
+    return image;
 }
 
 void Image::Relabel(PixFmt format) {

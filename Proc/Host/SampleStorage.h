@@ -34,6 +34,7 @@ public:
 
     PlaneArray const& GetPlanes() const { return planes; }
     std::uint64_t GetBytes() const;
+    bool IsOwned() const { return owned; } ///< Else they are the caller's.
 
     /// Whether the one who asks, an owner, may write. The count is read with acquire order: an owner on another thread
     /// that has just left has finished reading.

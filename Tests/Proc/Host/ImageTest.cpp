@@ -281,6 +281,7 @@ TEST_F(ImageTest, WrappedMemoryIsReadInPlaceAndNeverWritten) {
     Bytes const samples = Testing::Samples(*part);
     EXPECT_EQ(samples[0], before[32 + 2 * STRIDE + 3]);
 
+    VideoHandle const independent = picture->MakeCopy(CopyMode::Independent);
     Bytes expected = Testing::Samples(*picture);
     picture->GetMutablePlane(0).GetRow(0)[0] ^= 255;
     expected[0] ^= 255;
@@ -289,6 +290,9 @@ TEST_F(ImageTest, WrappedMemoryIsReadInPlaceAndNeverWritten) {
     part->Fill(Color());
     EXPECT_TRUE(ended);
     EXPECT_EQ(memory, before);
+    expected[0] ^= 255;
+    memory.assign(memory.size(), 0);
+    EXPECT_EQ(Testing::Samples(*independent), expected) << "an independent copy holds samples of its own";
 }
 
 TEST_F(ImageTest, WrapTakesOnlyWhatMakesAPicture) {

@@ -254,6 +254,35 @@ TEST_F(PictureFileTest, MetadataIsCarriedWithoutOrientationAndThumbnails) {
     vips_area_unref(VIPS_AREA(blob));
 }
 
+TEST_F(PictureFileTest, MetadataOutlivesTheLoaderThatGaveIt) {
+    std::string const exif = MakeExif();
+    std::string const xmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><!--" + std::string(5000, 'x') + "--></x:xmpmeta>";
+    VipsBlob* blob = nullptr;
+    ASSERT_EQ(vips_profile_load("p3", &blob, nullptr), 0);
+    std::size_t bytes = 0;
+    auto const* const data = static_cast<char const*>(vips_blob_get(blob, &bytes));
+    std::string const profile(data, bytes);
+    vips_area_unref(VIPS_AREA(blob));
+    for (std::string const name : {"a.heic", "a.avif"})
+        for (int blocks = 0; blocks < 8; ++blocks) {
+            Craft(name, Bytes(64 * 64 * 3, 100), 64, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB,
+                  [&](VipsImage* image) {
+                      auto const set = [&](int block, char const* field, std::string const& value) {
+                          if ((blocks & block) != 0) vips_image_set_blob_copy(image, field, value.data(), value.size());
+                      };
+                      set(1, VIPS_META_EXIF_NAME, exif);
+                      set(2, VIPS_META_XMP_NAME, xmp);
+                      set(4, VIPS_META_ICC_NAME, profile);
+                  });
+            LoadedPicture const loaded = Read(name);
+            Write("copy.png", *loaded.picture, loaded.metadata.get(), true);
+            InspectFile("copy.png", [&](VipsImage* image) {
+                EXPECT_EQ(GetBlob(image, VIPS_META_EXIF_NAME).find("Ann") != std::string::npos, (blocks & 1) != 0);
+                EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), (blocks & 4) != 0 ? profile : "");
+            });
+        }
+}
+
 TEST_F(PictureFileTest, AProfileForAnotherColourModelIsLeftOut) {
     VipsBlob* blob = nullptr;
     ASSERT_EQ(vips_profile_load("srgb", &blob, nullptr), 0);
