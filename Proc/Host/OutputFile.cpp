@@ -123,6 +123,10 @@ std::int64_t OutputFile::Read(void* data, std::size_t bytes) { return read(descr
 
 std::int64_t OutputFile::Seek(std::int64_t offset, int whence) { return lseek(descriptor, offset, whence); }
 
+void OutputFile::SetTimes(timespec const (&times)[2]) const {
+    if (futimens(descriptor, times) != 0) FailBySystem(errno);
+}
+
 /// Gives the unnamed file a name that must be free. Returns 0 or the error.
 int OutputFile::Link(fs::path const& name) const {
     int const result =

@@ -2,6 +2,8 @@
 
 #include "Core/Export.h"
 
+#include <sys/stat.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -31,8 +33,12 @@ public:
     std::int64_t Read(void* data, std::size_t bytes);   ///< As read(2), of what was written.
     std::int64_t Seek(std::int64_t offset, int whence); ///< As lseek(2).
 
-    /// Brings the content to the disk, gives the file its name, at once and whole, and brings that to the disk. Throws FileOutputException, the
-    /// old target untouched; in particular when somebody made a file of that name meanwhile and it may not be replaced.
+    /// Gives the file times of last access and change, as futimens(2) takes them. To be called when all is written.
+    void SetTimes(timespec const (&times)[2]) const;
+
+    /// Brings the content to the disk, gives the file its name, at once and whole, and brings that to the disk. Throws
+    /// FileOutputException, the old target untouched; in particular when somebody made a file of that name meanwhile and
+    /// it may not be replaced.
     void Commit();
 
 private:

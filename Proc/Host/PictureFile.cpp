@@ -30,14 +30,25 @@ constexpr std::array<std::string_view, 3> JPEG_NAMES{".jpg", ".jpeg", ".jpe"};
 constexpr std::array<std::string_view, 1> PNG_NAMES{".png"};
 constexpr std::array<std::string_view, 2> TIFF_NAMES{".tif", ".tiff"};
 constexpr std::array<std::string_view, 1> WEBP_NAMES{".webp"};
+constexpr std::array<std::string_view, 1> AVIF_NAMES{".avif"};
+constexpr std::array<std::string_view, 2> HEIC_NAMES{".heic", ".heif"};
+constexpr std::array<std::string_view, 1> JXL_NAMES{".jxl"};
+constexpr std::array<std::string_view, 3> PNM_NAMES{".ppm", ".pgm", ".pnm"};
 constexpr std::array<PixFmt, 2> JPEG_FORMATS{PixFmt::RGB24, PixFmt::GRAY8};
 constexpr std::array<PixFmt, 5> PNG_FORMATS{PixFmt::RGB24, PixFmt::RGBA, PixFmt::GRAY8, PixFmt::YA8, PixFmt::PAL8};
 constexpr std::array<PixFmt, 4> TIFF_FORMATS{PixFmt::RGB24, PixFmt::RGBA, PixFmt::GRAY8, PixFmt::YA8};
 constexpr std::array<PixFmt, 2> WEBP_FORMATS{PixFmt::RGB24, PixFmt::RGBA};
-constexpr std::array<KindRecord, 4> KINDS{{{FileKind::Jpeg, JPEG_NAMES, JPEG_FORMATS},
+constexpr auto AVIF_FORMATS = WEBP_FORMATS;
+constexpr auto JXL_FORMATS = TIFF_FORMATS;
+constexpr auto PNM_FORMATS = JPEG_FORMATS;
+constexpr std::array<KindRecord, 8> KINDS{{{FileKind::Jpeg, JPEG_NAMES, JPEG_FORMATS},
                                            {FileKind::Png, PNG_NAMES, PNG_FORMATS},
                                            {FileKind::Tiff, TIFF_NAMES, TIFF_FORMATS},
-                                           {FileKind::WebP, WEBP_NAMES, WEBP_FORMATS}}};
+                                           {FileKind::WebP, WEBP_NAMES, WEBP_FORMATS},
+                                           {FileKind::Avif, AVIF_NAMES, AVIF_FORMATS},
+                                           {FileKind::Heic, HEIC_NAMES, AVIF_FORMATS},
+                                           {FileKind::Jxl, JXL_NAMES, JXL_FORMATS},
+                                           {FileKind::Pnm, PNM_NAMES, PNM_FORMATS}}};
 
 KindRecord const& FindKind(fs::path const& path) {
     std::string extension = path.extension().string();
@@ -55,7 +66,8 @@ KindRecord const& FindKind(fs::path const& path) {
 
 /// Whether a picture of the format can be written as the kind, alpha laid over black where the file has none.
 bool Takes(KindRecord const& record, PixFmt format) {
-    bool const flattened = record.kind == FileKind::Jpeg && (format == PixFmt::RGBA || format == PixFmt::YA8);
+    bool const flattened = (record.kind == FileKind::Jpeg || record.kind == FileKind::Pnm) &&
+                           (format == PixFmt::RGBA || format == PixFmt::YA8);
     return flattened || std::ranges::find(record.formats, format) != record.formats.end();
 }
 
@@ -109,14 +121,15 @@ LoadedPicture ReadPicture(fs::path const& path, IEffectContext& context, ReadOpt
     return WithMemory(path, "read", [&] { return GetModule().read(path, context, options); });
 }
 
-void WritePicture(fs::path const& path, IDataVideo const& picture, PictureMetadata const* metadata,
-                  WriteOptions const& options) {
+std::vector<std::string> WritePicture(fs::path const& path, IDataVideo const& picture, PictureMetadata const* metadata,
+                                      WriteOptions const& options) {
     KindRecord const& record = FindKind(path);
     RequireFormat(path, record, picture.GetDescription());
     if (options.quality < 1 || options.quality > 100)
         VELNOR_THROW(FileOutputException, path.string() + " cannot be written: the quality is 1 to 100, not " +
                                               std::to_string(options.quality) + ".");
-    WithMemory(path, "written", [&] { GetModule().write(path, record.kind, picture, metadata, options); });
+    return WithMemory(path, "written",
+                      [&] { return GetModule().write(path, record.kind, picture, metadata, options); });
 }
 
 std::vector<PixFmt> GetWritableFormats(fs::path const& path) {

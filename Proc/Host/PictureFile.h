@@ -22,8 +22,9 @@ class VELNOR_API FilePixelsException : public FileLimitException {};
 class VELNOR_API FileMemoryException : public FileLimitException {};
 class VELNOR_API FileExpansionException : public FileLimitException {};
 
-/// What a picture file carries beside its pixels: EXIF, ICC profile, XMP, resolution. Opaque: it goes from the reader
-/// to the writer. The copy that the writer makes shows no thumbnail, since that would show the unprocessed picture.
+/// What a picture file carries beside its pixels: EXIF with maker notes and GPS, IPTC, XMP, ICC profile, resolution,
+/// comment, and the file's times. Opaque: it goes from the reader to the writer. The copy that the writer makes shows
+/// no thumbnail, since that would show the unprocessed picture; it says that the picture is upright and how large it is.
 class VELNOR_API PictureMetadata {
 public:
     virtual ~PictureMetadata();
@@ -36,15 +37,25 @@ struct ReadOptions {
     double maxExpansion = 0; ///< Of 64 megapixels and more: how many times their file they may take; 0: by the kind.
 };
 
+/// What of the metadata is not written.
+enum class Strip : std::uint8_t {
+    None,
+    Gps,       ///< Where the picture was taken, in EXIF and XMP.
+    Thumbnail, ///< What is never written, so nothing more.
+    All,       ///< All but colour profile and resolution, without which the picture looks different.
+};
+
 struct WriteOptions {
     int quality = 90;       ///< 1 to 100, of the lossy formats.
     bool overwrite = false; ///< Replace an existing file; else it is a FileOutputException.
+    Strip strip = Strip::None;
+    bool keepTimes = false; ///< The file gets the times of last access and change of the one that was read.
 };
 
 /// A picture as it came from a file.
 struct LoadedPicture {
-    intrusive_ptr<IDataVideo> picture;               ///< RGB24, RGBA, GRAY8 or YA8; upright, whatever the file says.
-    std::shared_ptr<PictureMetadata const> metadata; ///< Null when there is none.
+    intrusive_ptr<IDataVideo> picture; ///< RGB24, RGBA, GRAY8 or YA8; upright, whatever the file says.
+    std::shared_ptr<PictureMetadata const> metadata;
 };
 
 /// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL), a regular file, of several pages the
@@ -57,9 +68,10 @@ VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectC
 /// Writes a picture, in a format by the file name's extension. The picture is in a format that the file can hold (see
 /// GetWritableFormats); a JPEG file also takes RGBA and YA8, laid over black. Palettes are kept exactly. The file
 /// appears whole or not at all, even when the process is killed. What is replaced is a regular file, which keeps its
-/// permissions; where the path is a link, the file that it leads to. Throws FileOutputException.
-VELNOR_API void WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
-                             PictureMetadata const* metadata, WriteOptions const& options = {});
+/// permissions; where the path is a link, the file that it leads to. Metadata may be null. Returns what of it the format
+/// does not hold, a line for a person or none. Throws FileOutputException.
+VELNOR_API std::vector<std::string> WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
+                                                 PictureMetadata const* metadata, WriteOptions const& options = {});
 
 /// The pixel formats that WritePicture takes for a file of this name, in order of preference. Throws
 /// FileOutputException, naming the known extensions, when the name has none of them.

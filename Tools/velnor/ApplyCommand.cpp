@@ -77,8 +77,8 @@ private:
         std::vector<fs::path> const files = NameFiles(plan, pieces);
         for (std::size_t i = 0; i < pieces.size(); ++i) {
             RequireGoing();
-            SavePicture(std::move(pieces[i].picture), files[i], hadAlpha, loaded.metadata.get(),
-                        options.files.ForWriting(), *catalogue.GetHost().GetFactory());
+            photo.Warn(SavePicture(std::move(pieces[i].picture), files[i], hadAlpha, loaded.metadata.get(),
+                                   options.files.ForWriting(), *catalogue.GetHost().GetFactory()));
             photo.outputs.push_back(files[i]);
         }
     }

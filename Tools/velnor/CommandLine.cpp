@@ -77,6 +77,13 @@ void AddCommonOptions(CLI::App& command, ApplyOptions& options) {
     AddPluginOption(command, options.plugins);
 }
 
+Proc::Strip ParseStrip(std::string const& what) {
+    if (what == "all") return Proc::Strip::All;
+    if (what == "gps") return Proc::Strip::Gps;
+    if (what == "thumbnail") return Proc::Strip::Thumbnail;
+    throw WrongCall("--strip: there is no \"" + what + "\"; it takes all, gps or thumbnail");
+}
+
 /// Of the commands that read photographs and write others.
 void AddFileOptions(CLI::App& command, FileOptions& files) {
     command.add_flag("-f,--force", files.replace, "Replace outputs that exist already");
@@ -99,6 +106,12 @@ void AddFileOptions(CLI::App& command, FileOptions& files) {
                     "given 150 for JPEG, 16 for PNM, else 400")
         ->check(Within(1.0, 1e9))
         ->type_name("N");
+    command
+        .add_option_function<std::string>(
+            "--strip", [&files](std::string const& what) { files.strip = ParseStrip(what); },
+            "Metadata to leave out: all (but colour profile and resolution), gps, or thumbnail, which is never kept")
+        ->type_name("WHAT");
+    command.add_flag("--keep-times", files.keepTimes, "Give outputs the photograph's times of access and change");
     command.add_flag("--accept-damaged", files.acceptDamaged, "Keep the readable part of a damaged photograph");
 }
 

@@ -6,10 +6,12 @@
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
+#include "Tools/velnor/Console.h"
 #include "Tools/velnor/EffectCatalogue.h"
 #include "Tools/velnor/EffectParameters.h"
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/OutputNames.h"
+#include "Tools/velnor/PhotoReport.h"
 #include "Tools/velnor/PictureOutput.h"
 #include "Tools/velnor/StopSignals.h"
 
@@ -142,8 +144,10 @@ ExitCode RunCutout(CutoutOptions const& options) {
     if (!warning.empty()) throw Failure(ExitCode::InputFailed, options.strokes + ": " + warning);
     cutout.Feather(mask, options.feather);
     cutout.SetAlpha(picture, mask);
-    SavePicture(std::move(picture), options.output, true, photo.metadata.get(), options.files.ForWriting(),
-                *catalogue.GetHost().GetFactory());
+    PhotoReport report{options.photo, {}, {}, {}, {}};
+    report.Warn(SavePicture(std::move(picture), options.output, true, photo.metadata.get(), options.files.ForWriting(),
+                            *catalogue.GetHost().GetFactory()));
+    for (std::string const& line : report.warnings) PrintError(line);
     return ExitCode::Done;
 }
 

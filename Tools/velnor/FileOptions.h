@@ -14,6 +14,8 @@ struct FileOptions {
     double maxExpansion = 0; ///< 0: by the kind of file.
     bool replace = false;
     bool acceptDamaged = false;
+    Proc::Strip strip = Proc::Strip::None;
+    bool keepTimes = false;
 
     Proc::ReadOptions ForReading() const {
         return {.maxPixels = static_cast<std::uint64_t>(maxMegapixels * 1e6),
@@ -21,7 +23,7 @@ struct FileOptions {
                 .maxMemory = static_cast<std::uint64_t>(maxMemory * 1e6),
                 .maxExpansion = maxExpansion};
     }
-    Proc::WriteOptions ForWriting() const { return {quality, replace}; }
+    Proc::WriteOptions ForWriting() const { return {quality, replace, strip, keepTimes}; }
 };
 
 } // namespace Velnor::Tool

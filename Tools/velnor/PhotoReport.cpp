@@ -2,7 +2,15 @@
 
 #include "Tools/velnor/Json.h"
 
+#include <algorithm>
+
 namespace Velnor::Tool {
+
+void PhotoReport::Warn(std::vector<std::string> const& texts) {
+    for (std::string const& text : texts)
+        if (std::string const line = input.string() + ": " + text; std::ranges::count(warnings, line) == 0)
+            warnings.push_back(line);
+}
 
 std::string FormatResults(PhotoReport const& photo) {
     std::string text;

@@ -22,6 +22,9 @@ struct PhotoReport {
     Report report;                              ///< Code Done and no text when all was done.
     std::vector<Found> found;                   ///< Of each effect that has results.
     std::vector<std::string> warnings;
+
+    /// Adds what reading or writing the photograph told, each text once, however many pieces say it.
+    void Warn(std::vector<std::string> const& texts);
 };
 
 /// "photograph: effect: name=value" a line.

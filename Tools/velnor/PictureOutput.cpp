@@ -62,16 +62,16 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
     return picture;
 }
 
-void SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
-                 Proc::PictureMetadata const* metadata, Proc::WriteOptions const& options,
-                 Proc::IEffectFactory& factory) {
+std::vector<std::string> SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
+                                     Proc::PictureMetadata const* metadata, Proc::WriteOptions const& options,
+                                     Proc::IEffectFactory& factory) {
     picture = PrepareForFile(std::move(picture), file, inputHadAlpha, factory);
     std::filesystem::path const folder = file.parent_path();
     std::error_code error;
     if (!folder.empty()) std::filesystem::create_directories(folder, error);
     if (error)
         throw Failure(ExitCode::OutputFailed, "folder " + folder.string() + " cannot be made: " + error.message());
-    Proc::WritePicture(file, Proc::AsVideo(picture), metadata, options);
+    return Proc::WritePicture(file, Proc::AsVideo(picture), metadata, options);
 }
 
 } // namespace Velnor::Tool

@@ -4,6 +4,8 @@
 #include "Proc/Interfaces/IEffectFactory.h"
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace Velnor::Tool {
 
@@ -13,11 +15,12 @@ namespace Velnor::Tool {
 Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
                                 Proc::IEffectFactory& factory);
 
-/// Writes the picture, converted as PrepareForFile does, after making the folders that are missing. Throws Failure
-/// (output) when a folder cannot be made, and what WritePicture throws.
-void SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
-                 Proc::PictureMetadata const* metadata, Proc::WriteOptions const& options,
-                 Proc::IEffectFactory& factory);
+/// Writes the picture, converted as PrepareForFile does, after making the folders that are missing. Returns what the
+/// person should know, as WritePicture does. Throws Failure (output) when a folder cannot be made, and what
+/// WritePicture throws.
+std::vector<std::string> SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
+                                     Proc::PictureMetadata const* metadata, Proc::WriteOptions const& options,
+                                     Proc::IEffectFactory& factory);
 
 /// Whether the format has alpha other than a palette's, which has a place for opacity whether it is used or not.
 bool HasAlpha(PixFmt format);

@@ -49,7 +49,9 @@ ExifBlock::ExifBlock(std::string block) : bytes(std::move(block)) {
     isLittleEndian = bytes.starts_with("II");
     if (!isLittleEndian && !bytes.starts_with("MM")) throw std::out_of_range("no byte order");
     if (GetFirstDirectory() < HEADER_BYTES) throw std::out_of_range("no first directory");
-    Get(GetNextLink(GetFirstDirectory()), 4);
+    std::size_t const link = GetNextLink(GetFirstDirectory());
+    if (link == bytes.size()) bytes.append(4, '\0'); // Some writers leave out that there is no next directory.
+    Get(link, 4);
 }
 
 std::uint32_t ExifBlock::Get(std::size_t at, std::size_t size) const {
@@ -199,12 +201,13 @@ bool ExifBlock::AddText(unsigned tag, std::string_view text) {
 bool ExifBlock::AddUserComment(std::string_view text) {
     if (Find(GetDirectory(EXIF_DIRECTORY), USER_COMMENT) != 0) return false;
     if (GetDirectory(EXIF_DIRECTORY) == 0) {
+        bytes.resize(bytes.size() + bytes.size() % 2);
         std::string const place = Encode(static_cast<std::uint32_t>(bytes.size()), 4);
         bytes.append(2 + 4, '\0'); // A directory without entries.
         Add(FIRST_LINK, {MakeEntry(EXIF_DIRECTORY, LONG, 1, place)});
     }
-    constexpr std::string_view CHARACTERS("ASCII\0\0\0", 8);
-    std::string const value = std::string(CHARACTERS) + std::string(text);
+    bool const isAscii = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    std::string const value = (isAscii ? std::string("ASCII\0\0\0", 8) : std::string(8, '\0')) + std::string(text);
     Entry const entry = MakeEntry(USER_COMMENT, UNDEFINED, static_cast<std::uint32_t>(value.size()), value);
     Add(Find(GetFirstDirectory(), EXIF_DIRECTORY) + VALUE_AT, {entry});
     return true;

@@ -47,7 +47,7 @@ private:
     void Put(std::size_t at, std::size_t size, std::uint32_t value);
     std::string Encode(std::uint32_t value, std::size_t size) const;
     std::size_t GetFirstDirectory() const { return Get(4, 4); }
-    std::size_t GetNextLink(std::size_t directory) const; ///< Where the place of the next directory is stored.
+    std::size_t GetNextLink(std::size_t directory) const;        ///< Where the place of the next directory is stored.
     std::size_t Find(std::size_t directory, unsigned tag) const; ///< Where its entry is, 0 for nowhere.
     std::size_t GetDirectory(unsigned tag) const; ///< The one that an entry of the first points to, 0 for none.
     void SetNumber(std::size_t directory, unsigned tag, std::uint32_t number);

@@ -6,15 +6,15 @@
 
 namespace Velnor::Proc::Files {
 
-enum class FileKind : std::uint8_t { Jpeg, Png, Tiff, WebP };
+enum class FileKind : std::uint8_t { Jpeg, Png, Tiff, WebP, Avif, Heic, Jxl, Pnm };
 
 /// What the module that knows picture files offers to the host.
 struct FilesModule {
     LoadedPicture (*read)(std::filesystem::path const& path, IEffectContext& context, ReadOptions const& options);
 
-    /// The picture is in a format that the kind takes, the quality in range.
-    void (*write)(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
-                  PictureMetadata const* metadata, WriteOptions const& options);
+    /// The picture is in a format that the kind takes, the options in their ranges.
+    std::vector<std::string> (*write)(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
+                                      PictureMetadata const* metadata, WriteOptions const& options);
 };
 
 using FilesModuleFunction = FilesModule const* (*)();

@@ -1,139 +1,322 @@
 #include "Proc/Host/Files/Metadata.h"
 
-#include "Proc/Host/Files/Thumbnails.h"
+#include "Proc/Host/Files/ExifBlock.h"
+#include "Proc/Host/Files/ImageResources.h"
+#include "Proc/Host/Files/JpegSegments.h"
+#include "Proc/Host/Files/JxlBoxes.h"
+#include "Proc/Host/Files/MetadataLibrary.h"
+#include "Proc/Host/Files/PngFile.h"
+#include "Proc/Host/Files/XmpPacket.h"
+
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <span>
-#include <string>
+#include <optional>
+#include <stdexcept>
 #include <string_view>
 
 namespace Velnor::Proc::Files {
 namespace {
 
-constexpr std::array<std::string_view, 7> CARRIED{
-    VIPS_META_EXIF_NAME, VIPS_META_XMP_NAME,         VIPS_META_IPTC_NAME,      VIPS_META_PHOTOSHOP_NAME,
-    VIPS_META_ICC_NAME,  VIPS_META_IMAGEDESCRIPTION, VIPS_META_RESOLUTION_UNIT};
-
-/// Text that people put into PNG files about the picture. Other texts speak of the program that wrote the file, or hold
-/// whole blocks of metadata, thumbnails included, in a program's own wrapping.
-constexpr std::array<std::string_view, 5> CARRIED_TEXTS{"Title", "Author", "Description", "Copyright", "Comment"};
-
 constexpr double PIXELS_PER_MM_OF_NO_RESOLUTION = 1.0;
 
-bool IsCarried(std::string_view name) {
-    if (std::ranges::find(CARRIED, name) != CARRIED.end()) return true;
-    // The library writes the EXIF tags that exist as fields, so those of the thumbnail (ifd1) go by being left out.
-    if (name.starts_with("exif-ifd")) return !name.starts_with("exif-ifd1-") && name != "exif-ifd0-Orientation";
-    if (!name.starts_with("png-comment-")) return false;
-    std::string_view const key = name.substr(name.rfind('-') + 1);
-    return std::ranges::find(CARRIED_TEXTS, key) != CARRIED_TEXTS.end();
-}
-
-/// Copies one field, a block with its bytes: the loaders of HEIC and AVIF hand out blocks that go with their image.
-void CopyField(VipsImage* source, VipsImage* target, char const* name) {
-    GValue value = G_VALUE_INIT;
-    if (vips_image_get(source, name, &value) != 0) {
-        vips_error_clear();
-        return;
-    }
-    if (G_VALUE_TYPE(&value) == VIPS_TYPE_BLOB) {
-        std::size_t bytes = 0;
-        void const* const data = vips_value_get_blob(&value, &bytes);
-        vips_image_set_blob_copy(target, name, data, bytes);
-    } else {
-        vips_image_set(target, name, &value);
-    }
-    g_value_unset(&value);
-}
-
-std::span<char const> GetBlob(VipsImage* image, char const* name) {
+/// A copy: the loaders of HEIC and AVIF hand out blocks that go with their image.
+std::string GetBlob(VipsImage* image, char const* name) {
     void const* data = nullptr;
     std::size_t length = 0;
-    if (vips_image_get_typeof(image, name) == 0 || vips_image_get_blob(image, name, &data, &length) != 0) return {};
+    if (vips_image_get_typeof(image, name) != VIPS_TYPE_BLOB || vips_image_get_blob(image, name, &data, &length) != 0)
+        return {};
     return {static_cast<char const*>(data), length};
 }
 
-std::string AsString(std::span<char const> blob) { return {blob.begin(), blob.end()}; }
-
-void SetBlob(VipsImage* image, char const* name, std::string const& content) {
-    vips_image_set_blob_copy(image, name, content.data(), content.size());
+std::string GetText(VipsImage* image, char const* name) {
+    char const* text = nullptr;
+    if (vips_image_get_typeof(image, name) == 0 || vips_image_get_string(image, name, &text) != 0) return {};
+    return text;
 }
 
-/// Puts the cleaned block in the place of the original, where cleaning changed it.
-template <class Clean>
-void CleanBlob(VipsImage* image, char const* name, Clean const& clean) {
-    std::span<char const> const blob = GetBlob(image, name);
-    if (blob.empty()) return;
-    std::string const original = AsString(blob);
-    std::string const cleaned = clean(original);
-    if (cleaned != original) SetBlob(image, name, cleaned);
+/// A file's bytes in memory, as far as they are looked at. They may be changed, which the file does not see.
+class MappedFile {
+public:
+    explicit MappedFile(int descriptor) {
+        struct stat status {};
+        if (fstat(descriptor, &status) != 0 || status.st_size == 0) return;
+        size = static_cast<std::size_t>(status.st_size);
+        data = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE, descriptor, 0);
+    }
+    ~MappedFile() {
+        if (data != MAP_FAILED) munmap(data, size);
+    }
+    MappedFile(MappedFile const&) = delete;
+    MappedFile& operator=(MappedFile const&) = delete;
+
+    std::span<unsigned char const> Get() const {
+        return data == MAP_FAILED ? std::span<unsigned char const>()
+                                  : std::span(static_cast<unsigned char const*>(data), size);
+    }
+
+private:
+    void* data = MAP_FAILED;
+    std::size_t size = 0;
+};
+
+void TakeTiffTags(int descriptor, MetadataBlocks& blocks) {
+    MappedFile const file(descriptor);
+    try {
+        if (!file.Get().empty()) ReadTiffTags(file.Get(), blocks);
+    } catch (std::exception const&) {
+        // A large file in 64 bits, or damage in tags that the decoder of its samples does not mind.
+    }
 }
 
-/// IPTC stands bare in TIFF files and among image resources in JPEG files, which the library passes on under the same
-/// name. Here it is kept among the resources, which both kinds can hold.
-void MoveIptcToResources(VipsImage* image) {
-    std::string const iptc = AsString(GetBlob(image, VIPS_META_IPTC_NAME));
-    if (iptc.empty()) return;
-    std::string resources = AsString(GetBlob(image, VIPS_META_PHOTOSHOP_NAME));
-    if (iptc.starts_with(RESOURCES_HEAD))
-        resources += iptc.substr(RESOURCES_HEAD.size());
-    else if (resources.empty())
-        resources = WrapIptc(iptc);
-    SetBlob(image, VIPS_META_PHOTOSHOP_NAME, resources);
-    vips_image_remove(image, VIPS_META_IPTC_NAME);
+void TakePngText(std::string const& key, std::string const& text, MetadataBlocks& blocks) {
+    // Text that people put in about the picture. Other texts speak of the program that wrote the file.
+    constexpr std::array<std::string_view, 5> CARRIED{"Title", "Author", "Description", "Copyright", "Comment"};
+    if (std::ranges::find(CARRIED, key) != CARRIED.end()) blocks.texts.emplace_back(key, text);
+    if (!key.starts_with("Raw profile type ")) return;
+    std::string const content = UnwrapRawProfile(text);
+    if ((key.ends_with(" exif") || key.ends_with(" APP1")) && blocks.exif.empty()) {
+        if (content.starts_with("Exif")) blocks.exif = content;
+    } else if (key.ends_with(" xmp") && blocks.xmp.empty()) {
+        blocks.xmp = content;
+    } else if (key.ends_with(" iptc") || key.ends_with(" 8bim")) {
+        blocks.resources += content.starts_with("8BIM") ? content : WrapIptc(content);
+    }
+}
+
+/// What the library puts into fields of its own making.
+void TakeField(VipsImage* image, std::string const& name, MetadataBlocks& blocks) {
+    constexpr std::string_view PNG_TEXT = "png-comment-";
+    if (name.starts_with(PNG_TEXT)) {
+        std::size_t const dash = name.find('-', PNG_TEXT.size());
+        if (dash != std::string::npos) TakePngText(name.substr(dash + 1), GetText(image, name.c_str()), blocks);
+    } else if (name.starts_with("heif-mime-")) {
+        std::string const block = GetBlob(image, name.c_str());
+        if (block.find("<rdf:RDF") != std::string::npos) blocks.xmp = block;
+    } else if (name == "gif-comment") {
+        blocks.comments.push_back(GetText(image, name.c_str()));
+    }
+}
+
+/// What EXIF says where the file itself says nothing.
+void TakeExifResolution(MetadataBlocks& blocks) {
+    if (blocks.xResolution > 0 || blocks.exif.empty()) return;
+    try {
+        auto const resolution = ExifBlock(blocks.exif).GetResolution();
+        if (!resolution) return;
+        blocks.xResolution = resolution->x;
+        blocks.yResolution = resolution->y;
+    } catch (std::out_of_range const&) {
+        // Told when it is written.
+    }
+}
+
+struct KindTraits {
+    char const* name;
+    bool hasExifAndXmp, hasResources, hasComments, hasTexts, hasResolution, hasProfile;
+};
+
+KindTraits GetTraits(FileKind kind) {
+    switch (kind) {
+    case FileKind::Jpeg:
+        return {"JPEG", true, true, true, false, true, true};
+    case FileKind::Png:
+        return {"PNG", true, true, false, true, true, true};
+    case FileKind::Tiff:
+        return {"TIFF", true, true, false, false, true, true};
+    case FileKind::WebP:
+        return {"WebP", true, false, false, false, false, true};
+    case FileKind::Avif:
+        return {"AVIF", true, false, false, false, false, true};
+    case FileKind::Heic:
+        return {"HEIC", true, false, false, false, false, true};
+    case FileKind::Jxl:
+        return {"JPEG XL", true, false, false, false, false, true};
+    default:
+        return {"PNM", false, false, false, false, false, false};
+    }
 }
 
 /// Whether an ICC profile is for grey or for RGB pictures, as its header says (ICC.1:2010, 7.2.6).
-bool IsProfileFor(std::span<char const> profile, bool grey) {
+bool IsProfileFor(std::string const& profile, bool grey) {
     constexpr std::size_t COLOR_SPACE_AT = 16;
-    if (profile.size() < COLOR_SPACE_AT + 4) return false;
-    return std::memcmp(profile.data() + COLOR_SPACE_AT, grey ? "GRAY" : "RGB ", 4) == 0;
+    return profile.size() >= COLOR_SPACE_AT + 4 && profile.compare(COLOR_SPACE_AT, 4, grey ? "GRAY" : "RGB ") == 0;
 }
+
+/// The steps from what was read to what a file of a kind holds. Each says what it leaves out.
+class Fitting {
+public:
+    Fitting(MetadataBlocks source, FileKind kind, FrameFormat const& pictureFrame, Strip what)
+        : traits(GetTraits(kind)), frame(pictureFrame), strip(what), isJpeg(kind == FileKind::Jpeg) {
+        fitted.blocks = std::move(source);
+    }
+
+    FileMetadata::Fitted Run(bool isGrey) {
+        MetadataBlocks& blocks = fitted.blocks;
+        if (strip == Strip::All)
+            blocks = {{}, {}, {}, std::move(blocks.profile), {}, {}, blocks.xResolution, blocks.yResolution};
+        FitProfile(isGrey);
+        FitExif();
+        FitXmp();
+        blocks.resources = CleanImageResources(blocks.resources);
+        if (!traits.hasTexts) MoveTexts();
+        if (!traits.hasComments && !blocks.comments.empty()) MoveComments();
+        if (!traits.hasResources && !blocks.resources.empty()) MoveResources();
+        if (!traits.hasResolution && blocks.xResolution > 0 && traits.hasExifAndXmp)
+            GetExif().AddResolution({blocks.xResolution, blocks.yResolution});
+        if (exif) blocks.exif = exif->GetBytes();
+        FitRoom();
+        return std::move(fitted);
+    }
+
+private:
+    void Lose(std::string const& what) { fitted.losses.push_back(what); }
+
+    ExifBlock& GetExif() {
+        if (!exif) exif.emplace("");
+        return *exif;
+    }
+
+    void FitProfile(bool isGrey) {
+        std::string& profile = fitted.blocks.profile;
+        if (profile.empty() || IsProfileFor(profile, isGrey)) return;
+        profile.clear();
+        Lose("the colour profile, which is not for such pixels, is left out");
+    }
+
+    void FitExif() {
+        MetadataBlocks& blocks = fitted.blocks;
+        if (blocks.exif.empty()) return;
+        try {
+            exif.emplace(std::move(blocks.exif));
+            exif->SetUpright(frame.width, frame.height);
+            exif->DropThumbnail();
+            if (strip == Strip::Gps) exif->DropGps();
+        } catch (std::out_of_range const&) {
+            exif.reset();
+            Lose("EXIF, which is damaged, is left out");
+        }
+        blocks.exif.clear();
+    }
+
+    /// Runs a change of the XMP packet by the library.
+    template <class Change>
+    bool ChangeXmp(Change const& change) {
+        try {
+            fitted.blocks.xmp = change(fitted.blocks.xmp);
+            return true;
+        } catch (std::exception const&) {
+            return false;
+        }
+    }
+
+    void FitXmp() {
+        std::string& xmp = fitted.blocks.xmp;
+        if (xmp.empty()) return;
+        xmp = CleanXmp(xmp, frame.width, frame.height);
+        if (strip != Strip::Gps || ChangeXmp(DropGpsFromXmp)) return;
+        xmp.clear();
+        Lose("XMP, which is damaged, is left out");
+    }
+
+    bool MoveText(std::string const& key, std::string const& text) {
+        if (!traits.hasExifAndXmp) return false;
+        if (key == "Title") return ChangeXmp([&](std::string const& xmp) { return AddTitleToXmp(xmp, text); });
+        if (key == "Comment") fitted.blocks.comments.push_back(text);
+        if (key == "Author") return GetExif().AddText(ExifBlock::ARTIST, text);
+        if (key == "Copyright") return GetExif().AddText(ExifBlock::COPYRIGHT, text);
+        if (key == "Description") return GetExif().AddText(ExifBlock::DESCRIPTION, text);
+        return true;
+    }
+
+    void MoveTexts() {
+        for (auto const& [key, text] : fitted.blocks.texts)
+            if (!MoveText(key, text)) Lose("the text " + key + " is left out");
+        fitted.blocks.texts.clear();
+    }
+
+    void MoveComments() {
+        std::string whole;
+        for (std::string const& comment : fitted.blocks.comments) whole += (whole.empty() ? "" : "\n") + comment;
+        fitted.blocks.comments.clear();
+        if (traits.hasTexts &&
+            std::ranges::count(fitted.blocks.texts, "Comment", [](auto const& text) { return text.first; }) == 0)
+            fitted.blocks.texts.emplace_back("Comment", whole);
+        else if (!traits.hasExifAndXmp || !GetExif().AddUserComment(whole))
+            Lose("the comment is left out");
+    }
+
+    void MoveResources() {
+        std::vector<ImageResource> const resources = ParseImageResources(fitted.blocks.resources);
+        std::string const iptc = FindIptc(fitted.blocks.resources);
+        fitted.blocks.resources.clear();
+        if (std::ranges::count(resources, IPTC_RESOURCE, &ImageResource::identifier) != std::ssize(resources))
+            Lose("image resources are left out");
+        if (iptc.empty()) return;
+        bool isComplete = true;
+        auto const add = [&](std::string const& xmp) { return AddIptcToXmp(xmp, iptc, isComplete); };
+        if (!traits.hasExifAndXmp || !ChangeXmp(add)) return Lose("IPTC is left out");
+        Lose(isComplete ? "IPTC is kept as XMP" : "IPTC is kept as XMP, as far as that knows its fields");
+    }
+
+    void FitRoom() {
+        MetadataBlocks& blocks = fitted.blocks;
+        if (isJpeg && blocks.exif.size() > MAX_JPEG_EXIF) {
+            Lose("EXIF of " + std::to_string(blocks.exif.size()) + " bytes, which is too long, is left out");
+            blocks.exif.clear();
+        }
+        auto const require = [this](bool hasRoom, std::string& block, char const* name) {
+            if (hasRoom || block.empty()) return;
+            block.clear();
+            Lose(std::string(name) + " is left out");
+        };
+        require(traits.hasExifAndXmp, blocks.exif, "EXIF");
+        require(traits.hasExifAndXmp, blocks.xmp, "XMP");
+        require(traits.hasProfile, blocks.profile, "the colour profile");
+    }
+
+    KindTraits const traits;
+    FrameFormat const& frame;
+    Strip const strip;
+    bool const isJpeg;
+    std::optional<ExifBlock> exif;
+    FileMetadata::Fitted fitted;
+};
 
 } // namespace
 
-std::shared_ptr<VipsMetadata const> VipsMetadata::Take(VipsImage* source) {
-    OwnedImage fields(vips_image_new());
-    std::unique_ptr<char*, decltype(&g_strfreev)> const names(vips_image_get_fields(source), &g_strfreev);
-    bool any = false;
-    for (char** name = names.get(); *name != nullptr; ++name) {
-        if (!IsCarried(*name)) continue;
-        CopyField(source, fields.get(), *name);
-        any = any || std::string_view(*name) != VIPS_META_RESOLUTION_UNIT;
+std::shared_ptr<FileMetadata const> FileMetadata::Take(VipsImage* image, int descriptor) {
+    auto const taken = std::make_shared<FileMetadata>();
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0) {
+        taken->times[0] = status.st_atim;
+        taken->times[1] = status.st_mtim;
     }
-    double const xResolution = vips_image_get_xres(source);
-    double const yResolution = vips_image_get_yres(source);
-    any = any || xResolution != PIXELS_PER_MM_OF_NO_RESOLUTION || yResolution != PIXELS_PER_MM_OF_NO_RESOLUTION;
-    if (!any) return nullptr;
-    vips_image_init_fields(fields.get(), 1, 1, 1, VIPS_FORMAT_UCHAR, VIPS_CODING_NONE, VIPS_INTERPRETATION_B_W,
-                           xResolution, yResolution);
-    CleanBlob(fields.get(), VIPS_META_XMP_NAME, CleanXmp);
-    CleanBlob(fields.get(), VIPS_META_EXIF_NAME, CleanExif);
-    MoveIptcToResources(fields.get());
-    CleanBlob(fields.get(), VIPS_META_PHOTOSHOP_NAME, CleanPhotoshopResources);
-    return std::shared_ptr<VipsMetadata const>(new VipsMetadata(std::move(fields)));
+    MetadataBlocks& blocks = taken->blocks;
+    blocks.exif = GetBlob(image, VIPS_META_EXIF_NAME);
+    blocks.xmp = GetBlob(image, VIPS_META_XMP_NAME);
+    blocks.resources = GetBlob(image, VIPS_META_PHOTOSHOP_NAME);
+    blocks.profile = GetBlob(image, VIPS_META_ICC_NAME);
+    std::unique_ptr<char*, decltype(&g_strfreev)> const names(vips_image_get_fields(image), &g_strfreev);
+    for (char** name = names.get(); *name != nullptr; ++name) TakeField(image, *name, blocks);
+    bool const hasResolution = vips_image_get_xres(image) != PIXELS_PER_MM_OF_NO_RESOLUTION ||
+                               vips_image_get_yres(image) != PIXELS_PER_MM_OF_NO_RESOLUTION;
+    blocks.xResolution = hasResolution ? vips_image_get_xres(image) : 0;
+    blocks.yResolution = hasResolution ? vips_image_get_yres(image) : 0;
+    std::string const loader = GetText(image, VIPS_META_LOADER);
+    if (loader.starts_with("jpegload")) ReadJpegSegments(descriptor, blocks);
+    if (loader.starts_with("jxlload")) ReadJxlBoxes(descriptor, blocks);
+    if (loader.starts_with("tiffload")) TakeTiffTags(descriptor, blocks);
+    TakeExifResolution(blocks);
+    return taken;
 }
 
-void VipsMetadata::Apply(VipsImage* target, FileKind kind) const {
-    bool const grey = vips_image_get_bands(target) < 3;
-    std::unique_ptr<char*, decltype(&g_strfreev)> const names(vips_image_get_fields(header.get()), &g_strfreev);
-    for (char** name = names.get(); *name != nullptr; ++name)
-        if (IsCarried(*name)) CopyField(header.get(), target, *name);
-    if (!IsProfileFor(GetBlob(target, VIPS_META_ICC_NAME), grey)) vips_image_remove(target, VIPS_META_ICC_NAME);
-    // The library writes what it calls IPTC as the segment of a JPEG file as it is.
-    std::string const resources = AsString(GetBlob(target, VIPS_META_PHOTOSHOP_NAME));
-    if (kind == FileKind::Jpeg && !resources.empty())
-        SetBlob(target, VIPS_META_IPTC_NAME, std::string(RESOURCES_HEAD) + resources);
-    target->Xres = vips_image_get_xres(header.get());
-    target->Yres = vips_image_get_yres(header.get());
-    vips_image_set_int(target, VIPS_META_ORIENTATION, 1);
+FileMetadata::Fitted FileMetadata::Fit(FileKind kind, IDataVideo const& picture, Strip strip) const {
+    bool const isGrey = picture.GetPixFmt() == PixFmt::GRAY8 || picture.GetPixFmt() == PixFmt::YA8;
+    return Fitting(blocks, kind, picture.GetFrameFormat(), strip).Run(isGrey);
 }
 
-std::span<char const> VipsMetadata::GetRgbProfile() const {
-    std::span<char const> const profile = GetBlob(header.get(), VIPS_META_ICC_NAME);
-    return IsProfileFor(profile, false) ? profile : std::span<char const>();
-}
+char const* GetKindName(FileKind kind) { return GetTraits(kind).name; }
 
 } // namespace Velnor::Proc::Files

@@ -1,30 +1,37 @@
 #pragma once
 
 #include "Proc/Host/Files/FilesModule.h"
+#include "Proc/Host/Files/MetadataBlocks.h"
 #include "Proc/Host/Files/VipsSupport.h"
 
+#include <sys/stat.h>
+
 #include <memory>
-#include <span>
+#include <string>
+#include <vector>
 
 namespace Velnor::Proc::Files {
 
-/// The metadata of a picture file: an image of the file library that has only a header.
-class VipsMetadata : public PictureMetadata {
+/// The metadata of a picture file, and its times.
+class FileMetadata : public PictureMetadata {
 public:
-    /// Takes what is worth carrying from a loaded picture, for an upright copy of it that shows other pixels: without
-    /// orientation and thumbnails, in whatever block they hide. Null when there is nothing.
-    static std::shared_ptr<VipsMetadata const> Take(VipsImage* source);
+    /// Takes all there is: from the image, whose header was read, and from the file where the library leaves some.
+    static std::shared_ptr<FileMetadata const> Take(VipsImage* image, int descriptor);
 
-    /// Gives it all to a picture about to be written to a file of that kind. A colour profile for another colour model than the picture's is
-    /// left out: a file that carried it would be wrong.
-    void Apply(VipsImage* target, FileKind kind) const;
+    /// What a file of a kind can hold of it, changed to fit a picture that stands upright and shows other pixels.
+    struct Fitted {
+        MetadataBlocks blocks;
+        std::vector<std::string> losses; ///< What it cannot hold, each a clause.
+    };
+    Fitted Fit(FileKind kind, IDataVideo const& picture, Strip strip) const;
 
-    std::span<char const> GetRgbProfile() const; ///< Empty when there is none.
+    timespec const (&GetTimes() const)[2] { return times; } ///< Last access and change.
 
 private:
-    explicit VipsMetadata(OwnedImage fields) : header(std::move(fields)) {}
-
-    OwnedImage header;
+    MetadataBlocks blocks;
+    timespec times[2]{};
 };
+
+char const* GetKindName(FileKind kind);
 
 } // namespace Velnor::Proc::Files

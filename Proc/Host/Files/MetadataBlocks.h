@@ -8,11 +8,11 @@ namespace Velnor::Proc::Files {
 
 /// What a photograph carries beside its pixels, each kind as the bytes of its own standard; empty where there is none.
 struct MetadataBlocks {
-    std::string exif;                  ///< A TIFF structure, which begins with "II" or "MM".
-    std::string xmp;                   ///< One packet; of a JPEG file with its extended part.
-    std::string resources;             ///< Image resources of "8BIM", IPTC among them.
-    std::string profile;               ///< ICC.
-    std::vector<std::string> comments; ///< Of a JPEG file.
+    std::string exif;                                       ///< A TIFF structure, which begins with "II" or "MM".
+    std::string xmp;                                        ///< One packet; of a JPEG file with its extended part.
+    std::string resources;                                  ///< Image resources of "8BIM", IPTC among them.
+    std::string profile;                                    ///< ICC.
+    std::vector<std::string> comments;                      ///< Of a JPEG file.
     std::vector<std::pair<std::string, std::string>> texts; ///< Of a PNG file: keyword and text, in UTF-8.
     double xResolution = 0;                                 ///< Pixels per millimetre, 0 where it is unknown.
     double yResolution = 0;

@@ -181,7 +181,7 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     if (image == nullptr) FailInLibrary(path);
     LoadedPicture loaded;
     loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
-    loaded.metadata = VipsMetadata::Take(image.get());
+    loaded.metadata = FileMetadata::Take(image.get(), file.Get());
     Decode(path, image.get(), orientation, *loaded.picture, options.acceptDamaged);
     return loaded;
 }

@@ -1,8 +1,12 @@
 #include "Proc/Host/Files/Target.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace Velnor::Proc::Files {
 
-Target::Target(OutputFile& output) : file(output), target(vips_target_custom_new()) {
+Target::Target(OutputFile& output, std::string inserted, std::size_t insertedAfter)
+    : file(output), insertion(std::move(inserted)), bytesBefore(insertedAfter), target(vips_target_custom_new()) {
     g_signal_connect(target.get(), "write", G_CALLBACK(&Target::Write), this);
     g_signal_connect(target.get(), "read", G_CALLBACK(&Target::Read), this);
     g_signal_connect(target.get(), "seek", G_CALLBACK(&Target::Seek), this);
@@ -16,10 +20,21 @@ void Target::Rethrow() const {
     if (error) std::rethrow_exception(error);
 }
 
+void Target::Put(char const* data, std::size_t bytes) {
+    std::size_t const before = std::min(bytes, insertion.empty() ? 0 : bytesBefore);
+    file.Write(data, before);
+    bytesBefore -= before;
+    if (bytesBefore == 0 && !insertion.empty()) {
+        file.Write(insertion.data(), insertion.size());
+        insertion.clear();
+    }
+    file.Write(data + before, bytes - before);
+}
+
 gint64 Target::Write(VipsTargetCustom*, void const* data, gint64 bytes, Target* self) {
     if (self->error) return -1;
     try {
-        self->file.Write(data, static_cast<std::size_t>(bytes));
+        self->Put(static_cast<char const*>(data), static_cast<std::size_t>(bytes));
         return bytes;
     } catch (...) {
         self->error = std::current_exception();

@@ -4,6 +4,7 @@
 #include "Proc/Host/OutputFile.h"
 
 #include <exception>
+#include <string>
 
 namespace Velnor::Proc::Files {
 
@@ -11,7 +12,9 @@ namespace Velnor::Proc::Files {
 /// here.
 class Target {
 public:
-    explicit Target(OutputFile& output); ///< The file outlives this object.
+    /// The file outlives this object. What is inserted stands after so many bytes that the library writes, which writes
+    /// the whole in sequence then.
+    explicit Target(OutputFile& output, std::string inserted = {}, std::size_t insertedAfter = 0);
     ~Target();
     Target(Target const&) = delete;
     Target& operator=(Target const&) = delete;
@@ -20,11 +23,14 @@ public:
     void Rethrow() const; ///< Throws what writing threw, if anything.
 
 private:
+    void Put(char const* data, std::size_t bytes);
     static gint64 Write(VipsTargetCustom* custom, void const* data, gint64 bytes, Target* self);
     static gint64 Read(VipsTargetCustom* custom, void* data, gint64 bytes, Target* self);
     static gint64 Seek(VipsTargetCustom* custom, gint64 offset, int whence, Target* self);
 
     OutputFile& file;
+    std::string insertion; ///< Empty when it is written.
+    std::size_t bytesBefore;
     Owned<VipsTargetCustom> const target;
     std::exception_ptr error;
 };

@@ -1,17 +1,42 @@
 #include "Proc/Host/Files/Writer.h"
 
+#include "Proc/Host/Files/EncodersModule.h"
+#include "Proc/Host/Files/JpegSegments.h"
 #include "Proc/Host/Files/Metadata.h"
-#include "Proc/Host/Files/PaletteFile.h"
+#include "Proc/Host/Files/MetadataLibrary.h"
+#include "Proc/Host/Files/PngFile.h"
 #include "Proc/Host/Files/Target.h"
+#include "Proc/Host/Files/WebPFile.h"
 #include "Proc/Host/MemoryRoom.h"
+#include "Proc/Host/ModuleLoader.h"
+#include "Proc/Host/PluginLoader.h"
+
+#include <dlfcn.h>
 
 #include <cstring>
 #include <new>
+#include <string_view>
 
 namespace Velnor::Proc::Files {
 namespace {
 
 namespace fs = std::filesystem;
+
+EncodersModule const& LoadEncoders() {
+    void* const library = OpenModule(GetInstalledFolder() / ENCODERS_MODULE_FILE);
+    auto const entry = library == nullptr ? nullptr : dlsym(library, ENCODERS_MODULE_ENTRY);
+    if (entry == nullptr) {
+        char const* const error = dlerror();
+        VELNOR_THROW(FileException, std::string("the module of its encoder cannot be loaded: ") +
+                                        (error == nullptr ? "it has no entry" : error));
+    }
+    return *reinterpret_cast<EncodersModuleFunction>(entry)();
+}
+
+EncodersModule const& GetEncoders() {
+    static EncodersModule const& module = LoadEncoders(); // Tried anew by the next caller when it throws.
+    return module;
+}
 
 /// Fills a strip for the encoder from the picture's rows, which may be padded or upside down.
 int CopyStrip(VipsRegion* region, void*, void* user, void*, gboolean*) {
@@ -25,13 +50,12 @@ int CopyStrip(VipsRegion* region, void*, void* user, void*, gboolean*) {
 }
 
 /// An image of the library on a packed picture's samples; the plane outlives it. Null when the library fails.
-OwnedImage WrapPlane(ConstPlane const& plane, FileKind kind, VipsMetadata const* metadata) {
+OwnedImage WrapPlane(ConstPlane const& plane) {
     auto const bands = static_cast<int>(plane.GetSampleBytes());
     auto const width = static_cast<int>(plane.GetWidth() / plane.GetSampleBytes());
     OwnedImage image(vips_image_new());
     vips_image_init_fields(image.get(), width, static_cast<int>(plane.GetHeight()), bands, VIPS_FORMAT_UCHAR,
                            VIPS_CODING_NONE, bands < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB, 1.0, 1.0);
-    if (metadata != nullptr) metadata->Apply(image.get(), kind);
     if (vips_image_pipelinev(image.get(), VIPS_DEMAND_STYLE_THINSTRIP, nullptr) != 0) return nullptr;
     // The library takes what the callback reads as writable, and never writes it.
     if (vips_image_generate(image.get(), nullptr, CopyStrip, nullptr, const_cast<ConstPlane*>(&plane), nullptr) != 0)
@@ -39,56 +63,167 @@ OwnedImage WrapPlane(ConstPlane const& plane, FileKind kind, VipsMetadata const*
     return image;
 }
 
-int SaveJpeg(VipsImage* image, VipsTarget* target, int quality) {
-    constexpr int FULL_CHROMA_QUALITY = 95;
-    return vips_jpegsave_target(image, target, "Q", quality, "subsample_mode",
-                                quality < FULL_CHROMA_QUALITY ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF,
-                                nullptr);
+void SetBlob(VipsImage* image, char const* name, std::string const& content) {
+    if (!content.empty()) vips_image_set_blob_copy(image, name, content.data(), content.size());
 }
 
-int Save(VipsImage* image, VipsTarget* target, FileKind kind, int quality) {
-    switch (kind) {
-    case FileKind::Jpeg:
-        return SaveJpeg(image, target, quality);
-    case FileKind::Png:
-        return vips_pngsave_target(image, target, nullptr);
-    case FileKind::Tiff:
-        return vips_tiffsave_target(image, target, "compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW, "predictor",
-                                    VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL, nullptr);
-    case FileKind::WebP:
-        return vips_webpsave_target(image, target, "Q", quality, nullptr);
+void SetResolution(VipsImage* image, MetadataBlocks const& metadata) {
+    if (metadata.xResolution == 0) return;
+    image->Xres = metadata.xResolution;
+    image->Yres = metadata.yResolution;
+    vips_image_set_string(image, VIPS_META_RESOLUTION_UNIT, "in");
+}
+
+/// What an encoder of the library puts into memory.
+class EncodedBuffer {
+public:
+    ~EncodedBuffer() { g_free(data); }
+    void** GetData() { return &data; }
+    std::size_t* GetSize() { return &size; }
+    std::span<unsigned char> Get() const { return {static_cast<unsigned char*>(data), size}; }
+    std::string_view GetText() const { return {static_cast<char const*>(data), size}; }
+
+private:
+    void* data = nullptr;
+    std::size_t size = 0;
+};
+
+/// One file being written.
+class Writing {
+public:
+    Writing(OutputFile& output, fs::path const& name, IDataVideo const& video, FileMetadata::Fitted& fittedMetadata,
+            WriteOptions const& writeOptions)
+        : file(output), path(name), picture(video), fitted(fittedMetadata), options(writeOptions) {}
+
+    void Run(FileKind kind) {
+        if (kind == FileKind::Png) return WritePng(file, picture, metadata, PNG_COMPRESSION);
+        plane = picture.GetPlane(0);
+        if (kind == FileKind::Avif || kind == FileKind::Heic || kind == FileKind::Jxl) return WriteRarer(kind);
+        image = WrapPlane(plane);
+        if (image == nullptr) Fail();
+        SetResolution(image.get(), metadata);
+        if (kind == FileKind::Jpeg) return WriteJpeg();
+        if (kind == FileKind::Tiff) return WriteTiff();
+        if (kind == FileKind::WebP) return WriteWebP();
+        WritePnm();
     }
-    return -1;
-}
 
-/// Throws what writing threw, else the library's complaint.
-[[noreturn]] void Fail(fs::path const& path, Target const* target) {
-    std::string const reason = TakeError();
-    if (target != nullptr) target->Rethrow();
-    if (IsAboutMemory(reason, WORKING_ROOM)) throw std::bad_alloc();
-    VELNOR_THROW(FileOutputException, path.string() + " cannot be written: " + reason + ".");
-}
+private:
+    static constexpr int PNG_COMPRESSION = 6;
 
-void WritePacked(OutputFile& file, fs::path const& path, FileKind kind, ConstPlane const& plane,
-                 VipsMetadata const* metadata, int quality) {
-    OwnedImage const image = WrapPlane(plane, kind, metadata);
-    if (image == nullptr) Fail(path, nullptr);
-    Target const target(file);
-    if (Save(image.get(), target.Get(), kind, quality) != 0) Fail(path, &target);
+    /// Throws what writing threw, else the library's complaint.
+    [[noreturn]] void Fail(Target const* target = nullptr) const {
+        std::string const reason = TakeError();
+        if (target != nullptr) target->Rethrow();
+        if (IsAboutMemory(reason, WORKING_ROOM)) throw std::bad_alloc();
+        FailWith(reason);
+    }
+
+    [[noreturn]] void FailWith(std::string const& reason) const {
+        VELNOR_THROW(FileOutputException, path.string() + " cannot be written: " + reason + ".");
+    }
+
+    void Put(std::string_view content) { file.Write(content.data(), content.size()); }
+
+    void WriteJpeg() {
+        constexpr int FULL_CHROMA_QUALITY = 95;
+        constexpr std::size_t START_OF_IMAGE = 2; // Told to leave out metadata, the encoder begins with its tables.
+        Target const target(file, MakeJpegSegments(metadata), START_OF_IMAGE);
+        bool const isHalved = options.quality < FULL_CHROMA_QUALITY;
+        if (vips_jpegsave_target(image.get(), target.Get(), "Q", options.quality, "subsample_mode",
+                                 isHalved ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF, "strip", TRUE,
+                                 nullptr) != 0)
+            Fail(&target);
+    }
+
+    /// EXIF and IPTC are tags among those of the picture, which are written anew with them.
+    void WriteTiff() {
+        SetBlob(image.get(), VIPS_META_ICC_NAME, metadata.profile);
+        SetBlob(image.get(), VIPS_META_XMP_NAME, metadata.xmp);
+        SetBlob(image.get(), VIPS_META_PHOTOSHOP_NAME, metadata.resources);
+        auto const save = [&](auto const& function, auto... target) {
+            return function(image.get(), target..., "compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW, "predictor",
+                            VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL, nullptr);
+        };
+        if (metadata.exif.empty() && metadata.resources.empty()) {
+            Target const target(file);
+            if (save(vips_tiffsave_target, target.Get()) != 0) Fail(&target);
+            return;
+        }
+        EncodedBuffer encoded;
+        if (save(vips_tiffsave_buffer, encoded.GetData(), encoded.GetSize()) != 0) Fail();
+        try {
+            Put(AddTiffTags(encoded.Get(), metadata));
+        } catch (FileException const&) {
+            throw;
+        } catch (std::exception const& error) {
+            FailWith("its metadata cannot be added: " + std::string(error.what()));
+        }
+    }
+
+    void WriteWebP() {
+        EncodedBuffer encoded;
+        if (vips_webpsave_buffer(image.get(), encoded.GetData(), encoded.GetSize(), "Q", options.quality, "strip", TRUE,
+                                 nullptr) != 0)
+            Fail();
+        auto const whole = AddWebPChunks(encoded.GetText(), metadata);
+        if (!whole) FailWith("its metadata cannot be added");
+        Put(*whole);
+    }
+
+    /// Of the kinds that the module of encoders makes.
+    void WriteRarer(FileKind kind) {
+        EncoderOptions const how{options.quality, false, true};
+        std::string encoded;
+        try {
+            EncodersModule const& encoders = GetEncoders();
+            if (kind == FileKind::Jxl)
+                encoded = encoders.encodeJxl(plane, metadata, how);
+            else
+                encoded = encoders.encodeHeif(plane, metadata,
+                                              kind == FileKind::Avif ? HeifCodec::Av1 : HeifCodec::Hevc, how);
+        } catch (FileException const& error) {
+            FailWith(DescribeException(error));
+        }
+        Put(encoded);
+    }
+
+    void WritePnm() {
+        Target const target(file);
+        if (vips_ppmsave_target(image.get(), target.Get(), "strip", TRUE, nullptr) != 0) Fail(&target);
+    }
+
+    OutputFile& file;
+    fs::path const& path;
+    IDataVideo const& picture;
+    FileMetadata::Fitted& fitted;
+    MetadataBlocks const& metadata = fitted.blocks;
+    WriteOptions const& options;
+    ConstPlane plane;
+    OwnedImage image;
+};
+
+/// Losses as a line for a person.
+std::vector<std::string> DescribeLosses(FileKind kind, std::vector<std::string> const& losses) {
+    if (losses.empty()) return {};
+    std::string line;
+    for (std::string const& loss : losses) line += (line.empty() ? "" : "; ") + loss;
+    return {"in " + std::string(GetKindName(kind)) + ", " + line};
 }
 
 } // namespace
 
-void WriteVipsPicture(fs::path const& path, FileKind kind, IDataVideo const& picture, PictureMetadata const* metadata,
-                      WriteOptions const& options) {
-    auto const* const fields = dynamic_cast<VipsMetadata const*>(metadata);
+std::vector<std::string> WriteVipsPicture(fs::path const& path, FileKind kind, IDataVideo const& picture,
+                                           PictureMetadata const* metadata, WriteOptions const& options) {
+    auto const* const read = dynamic_cast<FileMetadata const*>(metadata);
     RequireRoom(WORKING_ROOM);
+    FileMetadata::Fitted fitted;
+    if (read != nullptr) fitted = read->Fit(kind, picture, options.strip);
     OutputFile file(path, options.overwrite);
-    if (picture.GetPixFmt() != PixFmt::PAL8)
-        WritePacked(file, path, kind, picture.GetPlane(0), fields, options.quality);
-    else if (!WritePalettePng(file, picture, fields))
-        Fail(path, nullptr);
+    Writing(file, path, picture, fitted, options).Run(kind);
+    if (options.keepTimes && read != nullptr) file.SetTimes(read->GetTimes());
     file.Commit();
+    return DescribeLosses(kind, fitted.losses);
 }
 
 } // namespace Velnor::Proc::Files

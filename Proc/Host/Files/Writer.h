@@ -6,9 +6,10 @@
 
 namespace Velnor::Proc::Files {
 
-/// WritePicture, by libvips. JPEG keeps half the chroma resolution below quality 95, as cameras do; WebP and PNG and
-/// TIFF keep all of what they can.
-void WriteVipsPicture(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
-                      PictureMetadata const* metadata, WriteOptions const& options);
+/// WritePicture, by libvips, and by others where libvips would change the metadata: PNG by libpng, the rarer kinds by
+/// the module of encoders. JPEG keeps half the chroma resolution below quality 95, as cameras do; WebP, PNG and TIFF
+/// keep all of what they can.
+std::vector<std::string> WriteVipsPicture(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
+                                          PictureMetadata const* metadata, WriteOptions const& options);
 
 } // namespace Velnor::Proc::Files

@@ -1,0 +1,176 @@
+#include "Proc/Host/Files/JpegSegments.h"
+
+#include "Proc/Host/Files/XmpPacket.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <string_view>
+
+namespace Velnor::Proc::Files {
+namespace {
+
+constexpr std::size_t MAX_CONTENT = 65535 - 2;
+constexpr std::string_view JFIF_HEAD("JFIF\0", 5);
+constexpr std::string_view EXIF_HEAD("Exif\0\0", 6);
+constexpr std::string_view XMP_HEAD("http://ns.adobe.com/xap/1.0/\0", 29);
+constexpr std::string_view EXTENDED_HEAD("http://ns.adobe.com/xmp/extension/\0", 35);
+constexpr std::string_view RESOURCES_HEAD("Photoshop 3.0\0", 14);
+constexpr std::string_view PROFILE_HEAD("ICC_PROFILE\0", 12);
+constexpr std::size_t IDENTITY_BYTES = 32;
+
+// Units of the density in JFIF.
+constexpr char INCH = 1;
+constexpr char CENTIMETRE = 2;
+constexpr double MM_PER_INCH = 25.4;
+constexpr double MM_PER_CENTIMETRE = 10;
+
+enum Marker : unsigned char { SOS = 0xDA, EOI = 0xD9, APP0 = 0xE0, APP1 = 0xE1, APP2 = 0xE2, APP13 = 0xED, COM = 0xFE };
+
+std::string BigEndian(std::size_t value, std::size_t bytes) {
+    std::string field(bytes, '\0');
+    for (std::size_t i = 0; i < bytes; ++i) field[bytes - 1 - i] = static_cast<char>(value >> (8 * i));
+    return field;
+}
+
+unsigned char ByteOf(char c) { return static_cast<unsigned char>(c); }
+
+std::string ReadAt(int descriptor, off_t at, std::size_t bytes) {
+    std::string content(bytes, '\0');
+    ssize_t const read = pread(descriptor, content.data(), bytes, at);
+    content.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
+    return content;
+}
+
+/// The parts of extended XMP by their identity and place; only those that follow each other count.
+class ExtendedParts {
+public:
+    void Add(std::string_view content) {
+        constexpr std::size_t HEAD = IDENTITY_BYTES + 8;
+        if (content.size() < HEAD) return;
+        std::size_t place = 0;
+        for (char const c : content.substr(IDENTITY_BYTES + 4, 4)) place = place << 8 | ByteOf(c);
+        parts[std::string(content.substr(0, IDENTITY_BYTES))][place] = content.substr(HEAD);
+    }
+
+    std::string Join(std::string const& packet) const {
+        for (auto const& [identity, pieces] : parts) {
+            if (packet.find(identity) == std::string::npos) continue;
+            std::string whole;
+            for (auto const& [place, piece] : pieces)
+                if (place == whole.size()) whole += piece;
+            return JoinExtendedXmp(packet, whole);
+        }
+        return packet;
+    }
+
+private:
+    std::map<std::string, std::map<std::size_t, std::string>> parts;
+};
+
+/// A density without a unit is the shape of a pixel, no resolution.
+void TakeResolution(std::string const& content, MetadataBlocks& blocks) {
+    constexpr std::size_t UNIT_AT = 7;
+    if (content.size() < UNIT_AT + 5) return;
+    unsigned char const unit = ByteOf(content[UNIT_AT]);
+    auto const get = [&](std::size_t at) {
+        int const density = ByteOf(content[at]) << 8 | ByteOf(content[at + 1]);
+        return unit == INCH || unit == CENTIMETRE ? density / (unit == INCH ? MM_PER_INCH : MM_PER_CENTIMETRE) : 0;
+    };
+    blocks.xResolution = get(UNIT_AT + 1);
+    blocks.yResolution = get(UNIT_AT + 3);
+}
+
+void Take(unsigned char marker, std::string const& content, MetadataBlocks& blocks, ExtendedParts& extended) {
+    auto const after = [&](std::string_view head) { return content.substr(head.size()); };
+    if (marker == APP0 && content.starts_with(JFIF_HEAD)) TakeResolution(content, blocks);
+    if (marker == COM) blocks.comments.push_back(content.substr(0, content.find_last_not_of('\0') + 1));
+    if (marker == APP13 && content.starts_with(RESOURCES_HEAD)) blocks.resources += after(RESOURCES_HEAD);
+    if (marker != APP1) return;
+    if (content.starts_with(XMP_HEAD)) blocks.xmp = after(XMP_HEAD);
+    if (content.starts_with(EXTENDED_HEAD)) extended.Add(std::string_view(content).substr(EXTENDED_HEAD.size()));
+}
+
+std::string MakeSegment(unsigned char marker, std::string_view head, std::string_view content) {
+    return std::string{'\xff', static_cast<char>(marker)} + BigEndian(2 + head.size() + content.size(), 2) +
+           std::string(head) + std::string(content);
+}
+
+/// A block as segments of at most so many bytes each; `makeHead(number of the segment, place)` begins each.
+template <class MakeHead>
+std::string MakeSegments(unsigned char marker, std::string_view block, MakeHead const& makeHead) {
+    std::size_t const most = MAX_CONTENT - makeHead(0, 0).size();
+    std::string segments;
+    for (std::size_t at = 0, i = 0; at < block.size(); at += most, ++i)
+        segments += MakeSegment(marker, makeHead(i, at), block.substr(at, most));
+    return segments;
+}
+
+std::string MakeJfifSegment(double xPerMm, double yPerMm) {
+    auto const perInch = [](double perMm) {
+        return BigEndian(static_cast<std::size_t>(std::clamp(std::lround(perMm * MM_PER_INCH), 1L, 65535L)), 2);
+    };
+    bool const isKnown = xPerMm > 0;
+    std::string const density = isKnown ? INCH + perInch(xPerMm) + perInch(yPerMm) : std::string("\0\0\1\0\1", 5);
+    return MakeSegment(APP0, JFIF_HEAD, "\1\2" + density + std::string(2, '\0'));
+}
+
+std::string MakeXmpSegments(std::string const& packet) {
+    if (packet.empty()) return {};
+    if (XMP_HEAD.size() + packet.size() <= MAX_CONTENT) return MakeSegment(APP1, XMP_HEAD, packet);
+    ExtendedXmp const split = SplitExtendedXmp(packet);
+    return MakeSegment(APP1, XMP_HEAD, split.packet) +
+           MakeSegments(APP1, split.extended, [&](std::size_t, std::size_t place) {
+               return std::string(EXTENDED_HEAD) + split.identity + BigEndian(split.extended.size(), 4) +
+                      BigEndian(place, 4);
+           });
+}
+
+std::string MakeProfileSegments(std::string const& profile) {
+    std::size_t const most = MAX_CONTENT - PROFILE_HEAD.size() - 2;
+    std::size_t const count = (profile.size() + most - 1) / most;
+    return MakeSegments(APP2, profile, [&](std::size_t i, std::size_t) {
+        return std::string(PROFILE_HEAD) + static_cast<char>(i + 1) + static_cast<char>(count);
+    });
+}
+
+} // namespace
+
+void ReadJpegSegments(int descriptor, MetadataBlocks& blocks) {
+    ExtendedParts extended;
+    blocks.xResolution = blocks.yResolution = 0;
+    off_t at = 2;
+    while (true) {
+        std::string const head = ReadAt(descriptor, at, 4);
+        if (head.size() < 4 || head[0] != '\xff') break;
+        if (head[1] == '\xff') { // Fill bytes may stand before a marker.
+            ++at;
+            continue;
+        }
+        unsigned char const marker = ByteOf(head[1]);
+        std::size_t const length = std::size_t{ByteOf(head[2])} << 8 | ByteOf(head[3]);
+        if (marker == SOS || marker == EOI || length < 2) break;
+        constexpr std::array<unsigned char, 4> WANTED{APP0, APP1, APP13, COM};
+        if (std::ranges::find(WANTED, marker) != WANTED.end())
+            Take(marker, ReadAt(descriptor, at + 4, length - 2), blocks, extended);
+        at += static_cast<off_t>(2 + length);
+    }
+    blocks.xmp = extended.Join(blocks.xmp);
+}
+
+std::string MakeJpegSegments(MetadataBlocks const& blocks) {
+    std::string segments = MakeJfifSegment(blocks.xResolution, blocks.yResolution);
+    if (!blocks.exif.empty()) segments += MakeSegment(APP1, EXIF_HEAD, blocks.exif);
+    segments += MakeXmpSegments(blocks.xmp);
+    segments += MakeProfileSegments(blocks.profile);
+    segments +=
+        MakeSegments(APP13, blocks.resources, [](std::size_t, std::size_t) { return std::string(RESOURCES_HEAD); });
+    for (std::string const& comment : blocks.comments) segments += MakeSegment(COM, "", comment.substr(0, MAX_CONTENT));
+    return segments;
+}
+
+} // namespace Velnor::Proc::Files

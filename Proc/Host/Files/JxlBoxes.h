@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Proc/Host/Files/MetadataBlocks.h"
+
+namespace Velnor::Proc::Files {
+
+/// Takes EXIF and XMP out of the boxes of a JPEG XL file (ISO/IEC 18181-2), plain or packed by Brotli. A file that is a
+/// bare codestream has none.
+void ReadJxlBoxes(int descriptor, MetadataBlocks& blocks);
+
+} // namespace Velnor::Proc::Files
