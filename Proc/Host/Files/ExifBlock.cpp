@@ -213,6 +213,10 @@ bool ExifBlock::AddUserComment(std::string_view text) {
     return true;
 }
 
+void ExifBlock::AddBlock(unsigned tag, std::string const& block) {
+    Add(FIRST_LINK, {MakeEntry(tag, UNDEFINED, static_cast<std::uint32_t>(block.size()), block)});
+}
+
 /// A value of more than four bytes goes to the block's end.
 ExifBlock::Entry ExifBlock::MakeEntry(unsigned tag, unsigned type, std::uint32_t count, std::string value) {
     value.resize(std::max<std::size_t>(value.size() + value.size() % 2, 4));

@@ -4,11 +4,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Velnor::Proc::Files {
 
-/// Changes an EXIF block where it stands. Whatever is not changed keeps its bytes and its place, so that maker notes,
+/// Changes an EXIF block, or a whole TIFF file, where it stands. Whatever is not changed keeps its bytes and its place, so that maker notes,
 /// which point to places in the block in ways that only their makers know, stay whole.
 /// Format: TIFF 6.0, section 2; tags by EXIF 2.32.
 class ExifBlock {
@@ -33,7 +34,11 @@ public:
     bool AddText(unsigned tag, std::string_view text);
     bool AddUserComment(std::string_view text); ///< The same of the user's comment in the EXIF directory.
 
-    std::string const& GetBytes() const { return bytes; }
+    static constexpr unsigned IPTC = 0x83BB, IMAGE_RESOURCES = 0x8649;
+    void AddBlock(unsigned tag, std::string const& block); ///< Bytes, to the first directory.
+
+    std::string const& GetBytes() const& { return bytes; }
+    std::string GetBytes() && { return std::move(bytes); }
 
 private:
     struct Entry {

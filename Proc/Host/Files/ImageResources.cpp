@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace Velnor::Proc::Files {
@@ -18,6 +19,13 @@ unsigned GetBigEndian(std::string const& block, std::size_t at, std::size_t byte
 }
 
 constexpr std::size_t RoundUpToEven(std::size_t bytes) { return bytes + bytes % 2; }
+
+std::string Without(std::string const& block, std::span<unsigned const> identifiers) {
+    std::string rest;
+    for (ImageResource const& resource : ParseImageResources(block))
+        if (std::ranges::find(identifiers, resource.identifier) == identifiers.end()) rest += resource.whole;
+    return rest;
+}
 
 } // namespace
 
@@ -53,11 +61,8 @@ std::string FindIptc(std::string const& block) {
     return {};
 }
 
-std::string CleanImageResources(std::string const& block) {
-    std::string cleaned;
-    for (ImageResource const& resource : ParseImageResources(block))
-        if (std::ranges::find(LEFT_OUT, resource.identifier) == LEFT_OUT.end()) cleaned += resource.whole;
-    return cleaned;
-}
+std::string DropIptc(std::string const& block) { return Without(block, std::span(&IPTC_RESOURCE, 1)); }
+
+std::string CleanImageResources(std::string const& block) { return Without(block, LEFT_OUT); }
 
 } // namespace Velnor::Proc::Files

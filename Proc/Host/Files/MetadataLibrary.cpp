@@ -87,7 +87,7 @@ void ReadTiffTags(std::span<unsigned char const> file, MetadataBlocks& blocks) {
     blocks.resources += WrapIptc({reinterpret_cast<char const*>(data.pData_), static_cast<std::size_t>(data.size_)});
 }
 
-std::string AddTiffTags(std::span<unsigned char> file, MetadataBlocks const& blocks) {
+std::string AddTiffTags(std::span<unsigned char> file, std::string const& exif) {
     Start();
     auto const size = static_cast<std::uint32_t>(file.size());
     if (size != file.size()) throw std::length_error("the file is longer than 4 GB");
@@ -95,15 +95,12 @@ std::string AddTiffTags(std::span<unsigned char> file, MetadataBlocks const& blo
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
     Exiv2::ByteOrder const order = Exiv2::TiffParser::decode(tags, iptc, xmp, file.data(), size);
-    if (!blocks.xmp.empty()) xmp.setPacket(blocks.xmp);
-    xmp.usePacket(true);
+    xmp.usePacket(true); // As it stands in the file.
     Exiv2::ExifData added;
-    if (!blocks.exif.empty()) Exiv2::ExifParser::decode(added, AsBytes(blocks.exif), SizeOf(blocks.exif));
+    Exiv2::ExifParser::decode(added, AsBytes(exif), SizeOf(exif));
     DropStorageTags(added);
     for (Exiv2::Exifdatum const& tag : added)
         if (tags.findKey(Exiv2::ExifKey(tag.key())) == tags.end()) tags.add(tag);
-    std::string const data = FindIptc(blocks.resources);
-    if (!data.empty()) Exiv2::IptcParser::decode(iptc, AsBytes(data), SizeOf(data));
     Exiv2::MemIo output;
     if (Exiv2::TiffParser::encode(output, file.data(), size, order, tags, iptc, xmp) == Exiv2::wmNonIntrusive)
         return {file.begin(), file.end()};

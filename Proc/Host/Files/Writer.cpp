@@ -1,6 +1,8 @@
 #include "Proc/Host/Files/Writer.h"
 
 #include "Proc/Host/Files/EncodersModule.h"
+#include "Proc/Host/Files/ExifBlock.h"
+#include "Proc/Host/Files/ImageResources.h"
 #include "Proc/Host/Files/JpegSegments.h"
 #include "Proc/Host/Files/Metadata.h"
 #include "Proc/Host/Files/MetadataLibrary.h"
@@ -136,11 +138,10 @@ private:
             Fail(&target);
     }
 
-    /// EXIF and IPTC are tags among those of the picture, which are written anew with them.
+    /// EXIF and IPTC are tags among those of the picture.
     void WriteTiff() {
         SetBlob(image.get(), VIPS_META_ICC_NAME, metadata.profile);
         SetBlob(image.get(), VIPS_META_XMP_NAME, metadata.xmp);
-        SetBlob(image.get(), VIPS_META_PHOTOSHOP_NAME, metadata.resources);
         auto const save = [&](auto const& function, auto... target) {
             return function(image.get(), target..., "compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW, "predictor",
                             VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL, nullptr);
@@ -152,9 +153,19 @@ private:
         }
         EncodedBuffer encoded;
         if (save(vips_tiffsave_buffer, encoded.GetData(), encoded.GetSize()) != 0) Fail();
+        Put(AddTags(encoded));
+    }
+
+    std::string AddTags(EncodedBuffer const& encoded) const {
         try {
-            Put(AddTiffTags(encoded.Get(), metadata));
-        } catch (FileException const&) {
+            ExifBlock whole(metadata.exif.empty() ? std::string(encoded.GetText())
+                                                  : AddTiffTags(encoded.Get(), metadata.exif));
+            std::string const iptc = FindIptc(metadata.resources);
+            std::string const others = DropIptc(metadata.resources);
+            if (!iptc.empty()) whole.AddBlock(ExifBlock::IPTC, iptc);
+            if (!others.empty()) whole.AddBlock(ExifBlock::IMAGE_RESOURCES, others);
+            return std::move(whole).GetBytes();
+        } catch (std::bad_alloc const&) {
             throw;
         } catch (std::exception const& error) {
             FailWith("its metadata cannot be added: " + std::string(error.what()));
