@@ -1,6 +1,7 @@
 #include "Tools/velnor/CommandLine.h"
 
 #include <malloc.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -14,9 +15,18 @@ void GrowHeapInLargeSteps() {
 #endif
 }
 
+/// Where the process's addresses are limited, threads share one heap: each of their own would reserve 64 megabytes.
+void ShareHeapWhereAddressesAreFew() {
+#ifdef M_ARENA_MAX
+    rlimit limit{};
+    if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) mallopt(M_ARENA_MAX, 1);
+#endif
+}
+
 } // namespace
 
 int main(int argumentsCount, char** arguments) {
     GrowHeapInLargeSteps();
+    ShareHeapWhereAddressesAreFew();
     return Velnor::Tool::RunCommandLine(argumentsCount, arguments);
 }

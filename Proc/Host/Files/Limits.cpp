@@ -30,7 +30,7 @@ double GetMaxExpansion(ReadKind kind) {
 
 bool HasField(VipsImage* image, char const* name) { return vips_image_get_typeof(image, name) != 0; }
 
-/// Bytes a pixel that the decoder itself holds of the whole picture. Measured.
+/// Bytes a pixel that the decoder itself holds of the whole picture. Measured, and rounded up.
 std::uint64_t GetDecoderBytes(VipsImage* image, ReadKind kind) {
     auto const bands = static_cast<std::uint64_t>(vips_image_get_bands(image));
     switch (kind) {
@@ -40,11 +40,11 @@ std::uint64_t GetDecoderBytes(VipsImage* image, ReadKind kind) {
         return HasField(image, "interlaced") ? VIPS_IMAGE_SIZEOF_PEL(image) : 0;
     case ReadKind::WebP:
     case ReadKind::Gif:
-        return 12;
+        return 8;
     case ReadKind::Heif:
-        return 12;
+        return 10;
     case ReadKind::Jxl:
-        return 32;
+        return 16;
     default:
         return 0;
     }
