@@ -112,7 +112,9 @@ void AddFileOptions(CLI::App& command, FileOptions& files) {
             "Metadata to leave out: all (but colour profile and resolution), gps, or thumbnail, which is never kept")
         ->type_name("WHAT");
     command.add_flag("--keep-times", files.keepTimes, "Give outputs the photograph's times of access and change");
-    command.add_flag("--accept-damaged", files.acceptDamaged, "Keep the readable part of a damaged photograph");
+    command.add_flag("--accept-damaged", files.acceptDamaged,
+                     "Keep the readable part of a damaged photograph: of JPEG, PNG, WebP and GIF, and of TIFF whose "
+                     "directory stands before the damage; the rest is black, or grey");
 }
 
 void AddLogOptions(CLI::App& command, Arguments& arguments) {

@@ -4,6 +4,7 @@
 #include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/Files/Metadata.h"
 #include "Proc/Host/Files/RowSink.h"
+#include "Proc/Host/Files/Salvage.h"
 #include "Proc/Host/Image.h"
 #include "Proc/Host/MemoryPool.h"
 #include "Proc/Host/MemoryRoom.h"
@@ -79,6 +80,7 @@ private:
 /// A picture file of which the header has been read and found within the limits.
 struct Header {
     OwnedImage image;
+    OwnedImage salvaged;      ///< Its pixels, where the file library gives up a damaged file as a whole.
     std::uint64_t memory = 0; ///< Bytes that reading takes.
 };
 
@@ -97,10 +99,16 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
     VipsFailOn const failOn = options.acceptDamaged ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_WARNING;
     OwnedImage image(
         vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn, nullptr));
+    auto const check = [&](VipsImage* header) { RequireLimits(path, header, *kind, facts, options); };
+    if (image == nullptr && options.acceptDamaged && *kind == ReadKind::WebP) image = SalvageWebp(file.Get(), check);
     if (image == nullptr) FailInLibrary(path);
-    RequireLimits(path, image.get(), *kind, facts, options);
-    std::uint64_t const memory = EstimateMemory(image.get(), *kind, facts);
-    return {std::move(image), memory};
+    check(image.get());
+    Header header;
+    header.memory = EstimateMemory(image.get(), *kind, facts);
+    bool const isInterlaced = *kind == ReadKind::Png && vips_image_get_typeof(image.get(), "interlaced") != 0;
+    if (options.acceptDamaged && isInterlaced) header.salvaged = SalvageInterlacedPng(file.Get());
+    header.image = std::move(image);
+    return header;
 }
 
 /// A picture for the image, upright. Black where the decoder may not reach.
@@ -182,7 +190,9 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     LoadedPicture loaded;
     loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
     loaded.metadata = FileMetadata::Take(image.get(), file.Get());
-    Decode(path, image.get(), orientation, *loaded.picture, options.acceptDamaged);
+    bool const isSalvaged =
+        header.salvaged != nullptr && vips_image_get_bands(header.salvaged.get()) == vips_image_get_bands(image.get());
+    Decode(path, isSalvaged ? header.salvaged.get() : image.get(), orientation, *loaded.picture, options.acceptDamaged);
     return loaded;
 }
 

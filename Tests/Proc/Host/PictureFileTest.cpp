@@ -343,7 +343,7 @@ TEST_F(PictureFileTest, DamageIsAnErrorUnlessItIsAccepted) {
         WriteBytes(In(name), whole.substr(0, whole.size() / 2));
         ::testing::internal::CaptureStderr();
         std::string const error = ReadError(name);
-        bool const isReadable = name == "a.jpg" || name == "a.png";
+        bool const isReadable = name != "a.tif"; // The directory stands at its end.
         EXPECT_EQ(ReadError(name, accept).empty(), isReadable) << name;
         EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << name;
         EXPECT_TRUE(error.starts_with(In(name).string() + " cannot be read: ")) << error;
