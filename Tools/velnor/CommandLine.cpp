@@ -103,7 +103,7 @@ void AddFileOptions(CLI::App& command, FileOptions& files) {
     command
         .add_option("--max-expansion", files.maxExpansion,
                     "Refuse photographs of 64 megapixels and more that take more than N times their file; unless it is "
-                    "given 150 for JPEG, 16 for PNM, else 400")
+                    "given 80 for JPEG, 16 for PNM, else 400")
         ->check(Within(1.0, 1e9))
         ->type_name("N");
     command

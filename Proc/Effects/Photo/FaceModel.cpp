@@ -1,6 +1,7 @@
 #include "Proc/Effects/Photo/FaceModel.h"
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Host/MemoryRoom.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
 
 #include <fstream>
@@ -18,6 +19,9 @@ LandmarkModel ReadModel(fs::path const& file) {
         std::ifstream stream(file, std::ios::binary);
         dlib::deserialize(*model, stream);
     } catch (std::exception const& error) { // Sizes in a damaged file also end in std::bad_alloc or std::length_error.
+        std::error_code unknown;
+        std::uint64_t const bytes = fs::file_size(file, unknown);
+        if (!unknown) RequireRoom(2 * bytes); // What a sound one takes at most.
         VELNOR_THROW(EffectException, "The landmark model " + file.string() + " cannot be read: " + error.what() + ".");
     }
     if (model->num_parts() != Face::LANDMARKS_COUNT)

@@ -7,6 +7,7 @@
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Photo/NetworkFile.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
+#include "Proc/Host/MemoryRoom.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 #include "Proc/Settings/SettingsResizer.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace Velnor::Proc {
 namespace {
@@ -119,7 +121,10 @@ private:
         QuietLibrary const quiet;
         try {
             network = cv::dnn::readNetFromONNX(reinterpret_cast<char const*>(content.data()), content.size());
+        } catch (std::bad_alloc const&) {
+            throw;
         } catch (std::exception const& error) {
+            if (IsAboutMemory(error.what(), 0)) throw std::bad_alloc();
             auto const* const known = dynamic_cast<cv::Exception const*>(&error);
             VELNOR_THROW(EffectException, "The network " + file.string() + " is no ONNX file that OpenCV can load: " +
                                               (known != nullptr ? Describe(*known) : error.what()));
@@ -151,6 +156,7 @@ private:
             return {scores.ptr<float>(), scores.ptr<float>() + scores.total()};
         } catch (cv::Exception const& error) {
             loadedModel.clear(); // Half set up for this size: the next picture gets a fresh one.
+            if (IsAboutMemory(error.what(), 0)) throw std::bad_alloc();
             VELNOR_THROW(EffectException, "The network " + neural.GetModel() + " cannot be run on an input of " +
                                               std::to_string(rgb.GetWidth() / 3) + " x " +
                                               std::to_string(rgb.GetHeight()) + " pixels: " + Describe(error));

@@ -93,6 +93,7 @@ std::string TakeError() {
     std::size_t const colon = text.find(": ");
     if (colon != std::string::npos && text.find(' ') > colon) text.erase(0, colon + 2);
     while (!text.empty() && (text.back() == '.' || text.back() == ' ')) text.pop_back();
+    if (text.starts_with("bad seek")) return "it ends before its data does";
     return text.empty() ? "the file library gives no reason" : text;
 }
 
