@@ -64,7 +64,7 @@ KindRecord const& FindKind(fs::path const& path) {
                      "; known are " + known + ".");
 }
 
-/// Whether a picture of the format can be written as the kind, alpha laid over black where the file has none.
+/// Whether a picture of the format can be written as the kind, alpha laid over the background where the file has none.
 bool Takes(KindRecord const& record, PixFmt format) {
     bool const flattened = (record.kind == FileKind::Jpeg || record.kind == FileKind::Pnm) &&
                            (format == PixFmt::RGBA || format == PixFmt::YA8);
@@ -125,11 +125,33 @@ std::vector<std::string> WritePicture(fs::path const& path, IDataVideo const& pi
                                       WriteOptions const& options) {
     KindRecord const& record = FindKind(path);
     RequireFormat(path, record, picture.GetDescription());
-    if (options.quality < 1 || options.quality > 100)
-        VELNOR_THROW(FileOutputException, path.string() + " cannot be written: the quality is 1 to 100, not " +
-                                              std::to_string(options.quality) + ".");
+    RequireWriteOptions(path, options);
     return WithMemory(path, "written",
                       [&] { return GetModule().write(path, record.kind, picture, metadata, options); });
+}
+
+void RequireWriteOptions(fs::path const& path, WriteOptions const& options) {
+    KindRecord const& record = FindKind(path);
+    auto const isOneOf = [&](std::initializer_list<FileKind> kinds) {
+        return std::ranges::find(kinds, record.kind) != kinds.end();
+    };
+    using enum FileKind;
+    auto const refuse = [&](std::string const& reason) {
+        VELNOR_THROW(FileOutputException, path.string() + " cannot be written: " + reason + ".");
+    };
+    if (options.quality && (*options.quality < 1 || *options.quality > 100))
+        refuse("the quality is 1 to 100, not " + std::to_string(*options.quality));
+    if (options.quality && !isOneOf({Jpeg, WebP, Avif, Heic, Jxl})) refuse("such a file has no quality");
+    if (options.isLossless && !isOneOf({WebP, Jxl})) refuse("lossless is a choice in WebP and JPEG XL files alone");
+    if (options.isLossless && options.quality) refuse("what is lossless has no quality");
+    if (options.halvesChroma && !isOneOf({Jpeg, Avif, Heic})) refuse("such a file has no choice of subsampling");
+    std::string const& compression = options.compression;
+    if (compression.empty()) return;
+    if (!isOneOf({Png, Tiff})) refuse("such a file has no choice of compression");
+    bool const isDigit = compression.size() == 1 && std::isdigit(static_cast<unsigned char>(compression[0])) != 0;
+    if (record.kind == Png && !isDigit) refuse("the compression of PNG is 0 to 9, not " + compression);
+    if (record.kind == Tiff && compression != "none" && compression != "lzw" && compression != "deflate")
+        refuse("the compression of TIFF is none, lzw or deflate, not " + compression);
 }
 
 std::vector<PixFmt> GetWritableFormats(fs::path const& path) {

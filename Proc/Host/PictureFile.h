@@ -1,11 +1,13 @@
 #pragma once
 
+#include "Proc/Interfaces/Color.h"
 #include "Proc/Interfaces/IEffectContext.h"
 #include "Proc/Interfaces/ProcException.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,17 +47,27 @@ enum class Strip : std::uint8_t {
     All,       ///< All but colour profile and resolution, without which the picture looks different.
 };
 
+/// How a picture is written. What a format has no use for must not be set (see RequireWriteOptions).
 struct WriteOptions {
-    int quality = 90;       ///< 1 to 100, of the lossy formats.
+    /// 1 to 100, of JPEG, WebP, AVIF, HEIC and JPEG XL. Where it is not set, a JPEG file has that of the JPEG file that
+    /// was read, and otherwise 90, AVIF and HEIC 70.
+    std::optional<int> quality = {};
     bool overwrite = false; ///< Replace an existing file; else it is a FileOutputException.
     Strip strip = Strip::None;
     bool keepTimes = false; ///< The file gets the times of last access and change of the one that was read.
+    /// Whether JPEG, AVIF and HEIC hold chroma at half the resolution. Where it is not set, a JPEG file does as the JPEG
+    /// file that was read, and otherwise below a quality of 95.
+    std::optional<bool> halvesChroma = {};
+    bool isLossless = false;              ///< Of WebP and JPEG XL.
+    std::string compression = {};         ///< Of PNG 0 to 9 (6), of TIFF none, lzw or deflate (lzw).
+    Color background{255, 255, 255, 255}; ///< What transparency is laid on where the format has none.
 };
 
 /// A picture as it came from a file.
 struct LoadedPicture {
     intrusive_ptr<IDataVideo> picture; ///< RGB24, RGBA, GRAY8 or YA8; upright, whatever the file says.
     std::shared_ptr<PictureMetadata const> metadata;
+    std::vector<std::string> warnings; ///< What was lost in reading, a line for a person each.
 };
 
 /// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL), a regular file, of several pages the
@@ -66,12 +78,17 @@ VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectC
                                      ReadOptions const& options = {});
 
 /// Writes a picture, in a format by the file name's extension. The picture is in a format that the file can hold (see
-/// GetWritableFormats); a JPEG file also takes RGBA and YA8, laid over black. Palettes are kept exactly. The file
+/// GetWritableFormats); a JPEG file also takes RGBA and YA8, laid over
+/// the background. Palettes are kept exactly. The file
 /// appears whole or not at all, even when the process is killed. What is replaced is a regular file, which keeps its
 /// permissions; where the path is a link, the file that it leads to. Metadata may be null. Returns what of it the format
 /// does not hold, a line for a person or none. Throws FileOutputException.
 VELNOR_API std::vector<std::string> WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
                                                  PictureMetadata const* metadata, WriteOptions const& options = {});
+
+/// Throws FileOutputException when an option is set that a file of this name has no use for, or has a value that it does
+/// not take. WritePicture asks the same.
+VELNOR_API void RequireWriteOptions(std::filesystem::path const& path, WriteOptions const& options);
 
 /// The pixel formats that WritePicture takes for a file of this name, in order of preference. Throws
 /// FileOutputException, naming the known extensions, when the name has none of them.

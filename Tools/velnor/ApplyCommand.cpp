@@ -31,7 +31,8 @@ public:
         }
         std::vector<fs::path> outputs;
         for (OutputPlan const& plan : plans) outputs.push_back(plan.output);
-        CheckOutputs(outputs, options.files.replace);
+        for (fs::path const& output : outputs) RequireOptions(output, options.files.ForWriting());
+        CheckOutputs(outputs, options.files.writing.overwrite);
     }
 
     /// Never throws for what is wrong with the photograph.
@@ -68,6 +69,7 @@ private:
     void ProcessThrowing(OutputPlan const& plan, PhotoReport& photo) {
         Announce(photo, "reading");
         Proc::LoadedPicture loaded = Proc::ReadPicture(plan.input, *catalogue.GetHost().GetContext(), reading);
+        photo.Warn(loaded.warnings);
         bool const hadAlpha = loaded.picture->GetDescription().hasAlpha;
         std::vector<Piece> pieces;
         pieces.push_back({std::move(loaded.picture), {}});
@@ -106,7 +108,7 @@ private:
         std::vector<Place> places;
         for (Piece const& piece : pieces) places.push_back(piece.place);
         std::vector<fs::path> const files = NamePieces(plan, places);
-        CheckOutputs(files, options.files.replace);
+        CheckOutputs(files, options.files.writing.overwrite);
         return files;
     }
 

@@ -77,6 +77,19 @@ void AddCommonOptions(CLI::App& command, ApplyOptions& options) {
     AddPluginOption(command, options.plugins);
 }
 
+bool ParseSwitch(std::string const& choice) {
+    if (choice == "on" || choice == "off") return choice == "on";
+    throw WrongCall("--subsample: there is no \"" + choice + "\"; it takes on or off");
+}
+
+Proc::Color ParseColor(std::string const& text) {
+    try {
+        return Proc::TextForm<Proc::Color>::Parse(text);
+    } catch (Proc::SettingsTextException const& error) {
+        throw WrongCall("--background: " + DescribeException(error));
+    }
+}
+
 Proc::Strip ParseStrip(std::string const& what) {
     if (what == "all") return Proc::Strip::All;
     if (what == "gps") return Proc::Strip::Gps;
@@ -86,11 +99,24 @@ Proc::Strip ParseStrip(std::string const& what) {
 
 /// Of the commands that read photographs and write others.
 void AddFileOptions(CLI::App& command, FileOptions& files) {
-    command.add_flag("-f,--force", files.replace, "Replace outputs that exist already");
-    command.add_option("--quality", files.quality, "Quality of lossy formats, 1 to 100")
+    command.add_flag("-f,--force", files.writing.overwrite, "Replace outputs that exist already");
+    Proc::WriteOptions& writing = files.writing;
+    command
+        .add_option(
+            "--quality", writing.quality,
+            "Quality of lossy formats, 1 to 100; else a JPEG file keeps that of its photograph, and others have "
+            "90, AVIF and HEIC 70")
         ->check(Within(1, 100))
-        ->type_name("N")
-        ->capture_default_str();
+        ->type_name("N");
+    command
+        .add_option_function<std::string>(
+            "--subsample", [&writing](std::string const& choice) { writing.halvesChroma = ParseSwitch(choice); },
+            "Whether JPEG, AVIF and HEIC hold chroma at half the resolution: on or off; else a JPEG file does as its "
+            "photograph, and others below a quality of 95")
+        ->type_name("on|off");
+    command.add_flag("--lossless", writing.isLossless, "Write WebP or JPEG XL without loss");
+    command.add_option("--compression", writing.compression, "Of PNG 0 to 9; of TIFF none, lzw or deflate")
+        ->type_name("HOW");
     command.add_option("--max-megapixels", files.maxMegapixels, "Refuse larger photographs")
         ->check(Within(0.000001, 1e6))
         ->type_name("N")
@@ -108,10 +134,11 @@ void AddFileOptions(CLI::App& command, FileOptions& files) {
         ->type_name("N");
     command
         .add_option_function<std::string>(
-            "--strip", [&files](std::string const& what) { files.strip = ParseStrip(what); },
+            "--strip", [&files](std::string const& what) { files.writing.strip = ParseStrip(what); },
             "Metadata to leave out: all (but colour profile and resolution), gps, or thumbnail, which is never kept")
         ->type_name("WHAT");
-    command.add_flag("--keep-times", files.keepTimes, "Give outputs the photograph's times of access and change");
+    command.add_flag("--keep-times", files.writing.keepTimes,
+                     "Give outputs the photograph's times of access and change");
     command.add_flag("--accept-damaged", files.acceptDamaged,
                      "Keep the readable part of a damaged photograph: of JPEG, PNG, WebP and GIF, and of TIFF whose "
                      "directory stands before the damage; the rest is black, or grey");
@@ -138,6 +165,12 @@ void AddApply(CLI::App& app, Arguments& arguments) {
                      "missing are made. Not needed with effects that only find something out")
         ->type_name("OUT");
     AddFileOptions(*apply, options.files);
+    apply
+        ->add_option_function<std::string>(
+            "--background",
+            [&options](std::string const& color) { options.files.writing.background = ParseColor(color); },
+            "What transparency is laid on where the format has none; else white")
+        ->type_name("COLOR");
     apply->add_flag("--stats", options.showStatistics, "Print each effect's statistics to standard error at the end");
     AddLogOptions(*apply, arguments);
     AddCommonOptions(*apply, options);

@@ -97,7 +97,8 @@ void RequireCall(CutoutOptions const& options) {
     if (options.photo.empty()) throw WrongCall("cutout: no photograph is given");
     if (options.strokes.empty()) throw WrongCall("cutout: --strokes is missing; it names the picture with the strokes");
     if (options.output.empty()) throw WrongCall("cutout: -o is missing; it names the file to write");
-    CheckOutputs({options.output}, options.files.replace);
+    RequireOptions(options.output, options.files.ForWriting());
+    CheckOutputs({options.output}, options.files.writing.overwrite);
     RequireRoomForAlpha(options.output);
 }
 
@@ -145,6 +146,7 @@ ExitCode RunCutout(CutoutOptions const& options) {
     cutout.Feather(mask, options.feather);
     cutout.SetAlpha(picture, mask);
     PhotoReport report{options.photo, {}, {}, {}, {}};
+    report.Warn(photo.warnings);
     report.Warn(SavePicture(std::move(picture), options.output, true, photo.metadata.get(), options.files.ForWriting(),
                             *catalogue.GetHost().GetFactory()));
     for (std::string const& line : report.warnings) PrintError(line);

@@ -8,14 +8,11 @@ namespace Velnor::Tool {
 
 /// How photographs are read and written.
 struct FileOptions {
-    int quality = 90;
+    Proc::WriteOptions writing;
     double maxMegapixels = 512;
     double maxMemory = 0;    ///< Megabytes; 0: half of what there is.
     double maxExpansion = 0; ///< 0: by the kind of file.
-    bool replace = false;
     bool acceptDamaged = false;
-    Proc::Strip strip = Proc::Strip::None;
-    bool keepTimes = false;
 
     Proc::ReadOptions ForReading() const {
         return {.maxPixels = static_cast<std::uint64_t>(maxMegapixels * 1e6),
@@ -23,7 +20,7 @@ struct FileOptions {
                 .maxMemory = static_cast<std::uint64_t>(maxMemory * 1e6),
                 .maxExpansion = maxExpansion};
     }
-    Proc::WriteOptions ForWriting() const { return {quality, replace, strip, keepTimes}; }
+    Proc::WriteOptions const& ForWriting() const { return writing; }
 };
 
 } // namespace Velnor::Tool

@@ -51,7 +51,7 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
     if (!keepsAlpha)
         std::erase_if(formats, HasAlpha);
     else if (std::ranges::none_of(formats, HasAlpha))
-        // The writer lays such pictures over black, which is better than dropping the alpha alone.
+        // The writer lays such pictures over a background, which is better than dropping the alpha alone.
         formats.insert(formats.end(), {PixFmt::RGBA, PixFmt::YA8});
     if (std::ranges::count(formats, picture->GetPixFmt()) > 0) return picture;
     std::erase(formats, PixFmt::PAL8);
@@ -60,6 +60,14 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
     converter->SetSettings(Proc::SettingsColorspaceConverter(formats, true));
     converter->ProcessData(picture);
     return picture;
+}
+
+void RequireOptions(std::filesystem::path const& file, Proc::WriteOptions const& options) {
+    try {
+        Proc::RequireWriteOptions(file, options);
+    } catch (Proc::FileException const& error) {
+        throw WrongCall(ToOneLine(DescribeException(error)));
+    }
 }
 
 std::vector<std::string> SavePicture(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,

@@ -15,6 +15,9 @@ namespace Velnor::Tool {
 Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path const& file, bool inputHadAlpha,
                                 Proc::IEffectFactory& factory);
 
+/// Throws Failure (wrong call) when a file of this name has no use for an option.
+void RequireOptions(std::filesystem::path const& file, Proc::WriteOptions const& options);
+
 /// Writes the picture, converted as PrepareForFile does, after making the folders that are missing. Returns what the
 /// person should know, as WritePicture does. Throws Failure (output) when a folder cannot be made, and what
 /// WritePicture throws.

@@ -1,6 +1,11 @@
 #include "Proc/Host/Files/Display.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 namespace Velnor::Proc::Files {
@@ -99,7 +104,37 @@ OwnedImage ConvertModel(OwnedImage image) {
     return white == 0 ? std::move(image) : ScaleToBytes(image, white);
 }
 
+/// How many frames an animated PNG has, which its decoder takes for one of a single frame; 1 for all else. The chunk that
+/// tells stands among the first.
+int CountPngFrames(int descriptor) {
+    constexpr std::string_view SIGNATURE("\x89PNG", 4);
+    std::string head(4096, '\0');
+    ssize_t const bytes = pread(descriptor, head.data(), head.size(), 0);
+    head.resize(bytes > 0 ? static_cast<std::size_t>(bytes) : 0);
+    std::size_t const control = head.find("acTL");
+    if (!head.starts_with(SIGNATURE) || control > head.find("IDAT") || control + 8 > head.size()) return 1;
+    int frames = 0;
+    for (std::size_t i = 4; i < 8; ++i) frames = (frames & 0xFFFF) << 8 | static_cast<unsigned char>(head[control + i]);
+    return frames;
+}
+
 } // namespace
+
+std::vector<std::string> DescribeConversions(VipsImage* image, int descriptor) {
+    std::vector<std::string> lines;
+    int const pages = std::max(vips_image_get_n_pages(image), CountPngFrames(descriptor));
+    if (pages > 1) lines.push_back("of its " + std::to_string(pages) + " pages or frames the first is read");
+    VipsInterpretation const interpretation = vips_image_guess_interpretation(image);
+    if (!IsGreyOrRgb(interpretation) && interpretation != VIPS_INTERPRETATION_scRGB) {
+        std::string model = vips_enum_nick(VIPS_TYPE_INTERPRETATION, interpretation);
+        std::ranges::transform(model, model.begin(), [](unsigned char c) { return std::toupper(c); });
+        lines.push_back("its colours, " + model + ", become RGB");
+    }
+    VipsBandFormat const format = vips_image_get_format(image);
+    if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_CHAR)
+        lines.push_back("its samples of " + std::to_string(8 * vips_format_sizeof(format)) + " bits become 8 bits");
+    return lines;
+}
 
 OwnedImage MakeDisplayable(OwnedImage image) {
     image = ConvertModel(std::move(image));

@@ -2,6 +2,9 @@
 
 #include "Proc/Host/Files/VipsSupport.h"
 
+#include <string>
+#include <vector>
+
 namespace Velnor::Proc::Files {
 
 /// The image as grey or RGB, each with or without alpha (1 to 4 bands), of 8 or unsigned 16 bits. CMYK goes through the
@@ -9,5 +12,9 @@ namespace Velnor::Proc::Files {
 /// linear light from 0 to 1, so it gets the sRGB curve. A profile that no longer describes the values is taken out.
 /// Null when the library fails.
 OwnedImage MakeDisplayable(OwnedImage image);
+
+/// What MakeDisplayable will take from an image, and that further pictures of its file are not read: a line for a person
+/// each.
+std::vector<std::string> DescribeConversions(VipsImage* image, int descriptor);
 
 } // namespace Velnor::Proc::Files

@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <string_view>
 
@@ -29,7 +30,19 @@ constexpr char CENTIMETRE = 2;
 constexpr double MM_PER_INCH = 25.4;
 constexpr double MM_PER_CENTIMETRE = 10;
 
-enum Marker : unsigned char { SOS = 0xDA, EOI = 0xD9, APP0 = 0xE0, APP1 = 0xE1, APP2 = 0xE2, APP13 = 0xED, COM = 0xFE };
+enum Marker : unsigned char {
+    SOS = 0xDA,
+    EOI = 0xD9,
+    DQT = 0xDB,
+    SOF0 = 0xC0,
+    SOF1 = 0xC1,
+    SOF2 = 0xC2,
+    APP0 = 0xE0,
+    APP1 = 0xE1,
+    APP2 = 0xE2,
+    APP13 = 0xED,
+    COM = 0xFE
+};
 
 std::string BigEndian(std::size_t value, std::size_t bytes) {
     std::string field(bytes, '\0');
@@ -70,6 +83,60 @@ public:
 
 private:
     std::map<std::string, std::map<std::size_t, std::string>> parts;
+};
+
+/// The table of luma at quality 50 (ITU-T T.81, table K.1). Other qualities scale it.
+constexpr std::array<int, 64> BASE_TABLE{16, 11, 10, 16, 24,  40,  51,  61,  12, 12, 14, 19, 26,  58,  60,  55,
+                                         14, 13, 16, 24, 40,  57,  69,  56,  14, 17, 22, 29, 51,  87,  80,  62,
+                                         18, 22, 37, 56, 68,  109, 103, 77,  24, 35, 55, 64, 81,  104, 113, 92,
+                                         49, 64, 78, 87, 103, 121, 120, 101, 72, 92, 95, 98, 112, 100, 103, 99};
+
+int SumTable(int quality) {
+    int const scale = quality < 50 ? 5000 / quality : 200 - 2 * quality;
+    int sum = 0;
+    for (int const base : BASE_TABLE) sum += std::clamp((base * scale + 50) / 100, 1, 255);
+    return sum;
+}
+
+int FindQuality(int sum) {
+    int best = 1;
+    for (int quality = 2; quality <= 100; ++quality)
+        if (std::abs(SumTable(quality) - sum) < std::abs(SumTable(best) - sum)) best = quality;
+    return best;
+}
+
+/// What the quantisation tables and the frame tell of how the file was encoded.
+class CodingFinder {
+public:
+    void TakeTables(std::string_view content) {
+        constexpr std::size_t ENTRIES = 64;
+        while (content.size() > ENTRIES) {
+            bool const isWide = ByteOf(content[0]) >> 4 != 0;
+            bool const isLuma = (ByteOf(content[0]) & 15) == 0;
+            std::size_t const bytes = isWide ? 2 * ENTRIES : ENTRIES;
+            if (content.size() < 1 + bytes) return;
+            int sum = 0;
+            for (std::size_t i = 0; i < bytes; ++i) sum += ByteOf(content[1 + i]) << (isWide && i % 2 == 0 ? 8 : 0);
+            if (isLuma) quality = FindQuality(sum);
+            content.remove_prefix(1 + bytes);
+        }
+    }
+
+    void TakeFrame(std::string_view content) {
+        constexpr std::size_t COMPONENTS_AT = 5;
+        constexpr std::size_t LUMA_FACTORS_AT = 7;
+        constexpr unsigned char TWICE_BOTH = 0x22;
+        isChromaHalved = content.size() > LUMA_FACTORS_AT && content[COMPONENTS_AT] == 3 &&
+                         ByteOf(content[LUMA_FACTORS_AT]) == TWICE_BOTH;
+    }
+
+    std::optional<JpegCoding> Get() const {
+        return quality == 0 ? std::nullopt : std::optional(JpegCoding{quality, isChromaHalved});
+    }
+
+private:
+    int quality = 0;
+    bool isChromaHalved = false;
 };
 
 /// A density without a unit is the shape of a pixel, no resolution.
@@ -143,6 +210,7 @@ std::string MakeProfileSegments(std::string const& profile) {
 void ReadJpegSegments(int descriptor, MetadataBlocks& blocks) {
     ExtendedParts extended;
     blocks.xResolution = blocks.yResolution = 0;
+    CodingFinder coding;
     off_t at = 2;
     while (true) {
         std::string const head = ReadAt(descriptor, at, 4);
@@ -154,12 +222,17 @@ void ReadJpegSegments(int descriptor, MetadataBlocks& blocks) {
         unsigned char const marker = ByteOf(head[1]);
         std::size_t const length = std::size_t{ByteOf(head[2])} << 8 | ByteOf(head[3]);
         if (marker == SOS || marker == EOI || length < 2) break;
-        constexpr std::array<unsigned char, 4> WANTED{APP0, APP1, APP13, COM};
-        if (std::ranges::find(WANTED, marker) != WANTED.end())
-            Take(marker, ReadAt(descriptor, at + 4, length - 2), blocks, extended);
+        constexpr std::array<unsigned char, 8> WANTED{APP0, APP1, APP13, COM, DQT, SOF0, SOF1, SOF2};
+        if (std::ranges::find(WANTED, marker) != WANTED.end()) {
+            std::string const content = ReadAt(descriptor, at + 4, length - 2);
+            if (marker == DQT) coding.TakeTables(content);
+            if (marker == SOF0 || marker == SOF1 || marker == SOF2) coding.TakeFrame(content);
+            Take(marker, content, blocks, extended);
+        }
         at += static_cast<off_t>(2 + length);
     }
     blocks.xmp = extended.Join(blocks.xmp);
+    blocks.coding = coding.Get();
 }
 
 std::string MakeJpegSegments(MetadataBlocks const& blocks) {

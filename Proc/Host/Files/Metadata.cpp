@@ -155,7 +155,8 @@ public:
     FileMetadata::Fitted Run(bool isGrey) {
         MetadataBlocks& blocks = fitted.blocks;
         if (strip == Strip::All)
-            blocks = {{}, {}, {}, std::move(blocks.profile), {}, {}, blocks.xResolution, blocks.yResolution};
+            blocks = {{},           {}, {}, std::move(blocks.profile), {}, {}, blocks.xResolution, blocks.yResolution,
+                      blocks.coding};
         FitProfile(isGrey);
         FitExif();
         FitXmp();

@@ -1,10 +1,17 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace Velnor::Proc::Files {
+
+/// How a JPEG file was encoded.
+struct JpegCoding {
+    int quality;         ///< 1 to 100, of the encoder that most use, whose table comes nearest to the file's.
+    bool isChromaHalved; ///< In both directions.
+};
 
 /// What a photograph carries beside its pixels, each kind as the bytes of its own standard; empty where there is none.
 struct MetadataBlocks {
@@ -16,6 +23,7 @@ struct MetadataBlocks {
     std::vector<std::pair<std::string, std::string>> texts; ///< Of a PNG file: keyword and text, in UTF-8.
     double xResolution = 0;                                 ///< Pixels per millimetre, 0 where it is unknown.
     double yResolution = 0;
+    std::optional<JpegCoding> coding; ///< Of a JPEG file.
 };
 
 } // namespace Velnor::Proc::Files

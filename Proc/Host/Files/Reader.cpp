@@ -185,11 +185,13 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     Header header = OpenHeader(path, file, options);
     RequireRoom(header.memory + WORKING_ROOM);
     int const orientation = vips_image_get_orientation(header.image.get());
+    std::vector<std::string> warnings = DescribeConversions(header.image.get(), file.Get());
     OwnedImage const image = MakeDisplayable(std::move(header.image));
     if (image == nullptr) FailInLibrary(path);
     LoadedPicture loaded;
     loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
     loaded.metadata = FileMetadata::Take(image.get(), file.Get());
+    loaded.warnings = std::move(warnings);
     bool const isSalvaged =
         header.salvaged != nullptr && vips_image_get_bands(header.salvaged.get()) == vips_image_get_bands(image.get());
     Decode(path, isSalvaged ? header.salvaged.get() : image.get(), orientation, *loaded.picture, options.acceptDamaged);

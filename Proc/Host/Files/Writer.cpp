@@ -24,6 +24,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int USUAL_QUALITY = 90;
+constexpr int USUAL_HEIF_QUALITY = 70;
+constexpr int FULL_CHROMA_QUALITY = 95; // Cameras halve it below.
+
 EncodersModule const& LoadEncoders() {
     void* const library = OpenModule(GetInstalledFolder() / ENCODERS_MODULE_FILE);
     auto const entry = library == nullptr ? nullptr : dlsym(library, ENCODERS_MODULE_ENTRY);
@@ -98,7 +102,7 @@ public:
         : file(output), path(name), picture(video), fitted(fittedMetadata), options(writeOptions) {}
 
     void Run(FileKind kind) {
-        if (kind == FileKind::Png) return WritePng(file, picture, metadata, PNG_COMPRESSION);
+        if (kind == FileKind::Png) return WritePng(file, picture, metadata, GetPngCompression());
         plane = picture.GetPlane(0);
         if (kind == FileKind::Avif || kind == FileKind::Heic || kind == FileKind::Jxl) return WriteRarer(kind);
         image = WrapPlane(plane);
@@ -111,7 +115,32 @@ public:
     }
 
 private:
-    static constexpr int PNG_COMPRESSION = 6;
+    int GetPngCompression() const {
+        constexpr int USUAL = 6;
+        return options.compression.empty() ? USUAL : options.compression[0] - '0';
+    }
+
+    VipsForeignTiffCompression GetTiffCompression() const {
+        if (options.compression == "none") return VIPS_FOREIGN_TIFF_COMPRESSION_NONE;
+        return options.compression == "deflate" ? VIPS_FOREIGN_TIFF_COMPRESSION_DEFLATE
+                                                : VIPS_FOREIGN_TIFF_COMPRESSION_LZW;
+    }
+
+    struct Release {
+        void operator()(VipsArrayDouble* array) const { vips_area_unref(VIPS_AREA(array)); }
+    };
+
+    std::unique_ptr<VipsArrayDouble, Release> MakeBackground() const {
+        Color const& color = options.background;
+        std::vector<double> levels{static_cast<double>(color.y())};
+        if (plane.GetSampleBytes() > 2)
+            levels = {static_cast<double>(color.GetRed()), static_cast<double>(color.GetGreen()),
+                      static_cast<double>(color.GetBlue())};
+        return std::unique_ptr<VipsArrayDouble, Release>(
+            vips_array_double_new(levels.data(), static_cast<int>(levels.size())));
+    }
+
+    int GetQuality(int usual) const { return options.quality.value_or(usual); }
 
     /// Throws what writing threw, else the library's complaint.
     [[noreturn]] void Fail(Target const* target = nullptr) const {
@@ -128,13 +157,15 @@ private:
     void Put(std::string_view content) { file.Write(content.data(), content.size()); }
 
     void WriteJpeg() {
-        constexpr int FULL_CHROMA_QUALITY = 95;
         constexpr std::size_t START_OF_IMAGE = 2; // Told to leave out metadata, the encoder begins with its tables.
         Target const target(file, MakeJpegSegments(metadata), START_OF_IMAGE);
-        bool const isHalved = options.quality < FULL_CHROMA_QUALITY;
-        if (vips_jpegsave_target(image.get(), target.Get(), "Q", options.quality, "subsample_mode",
-                                 isHalved ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF, "strip", TRUE,
-                                 nullptr) != 0)
+        auto const& coding = metadata.coding;
+        int const quality = GetQuality(coding ? coding->quality : USUAL_QUALITY);
+        bool const isHalved =
+            options.halvesChroma.value_or(coding ? coding->isChromaHalved : quality < FULL_CHROMA_QUALITY);
+        if (vips_jpegsave_target(image.get(), target.Get(), "Q", quality, "subsample_mode",
+                                 isHalved ? VIPS_FOREIGN_SUBSAMPLE_ON : VIPS_FOREIGN_SUBSAMPLE_OFF, "background",
+                                 MakeBackground().get(), "strip", TRUE, nullptr) != 0)
             Fail(&target);
     }
 
@@ -143,7 +174,7 @@ private:
         SetBlob(image.get(), VIPS_META_ICC_NAME, metadata.profile);
         SetBlob(image.get(), VIPS_META_XMP_NAME, metadata.xmp);
         auto const save = [&](auto const& function, auto... target) {
-            return function(image.get(), target..., "compression", VIPS_FOREIGN_TIFF_COMPRESSION_LZW, "predictor",
+            return function(image.get(), target..., "compression", GetTiffCompression(), "predictor",
                             VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL, nullptr);
         };
         if (metadata.exif.empty() && metadata.resources.empty()) {
@@ -174,8 +205,8 @@ private:
 
     void WriteWebP() {
         EncodedBuffer encoded;
-        if (vips_webpsave_buffer(image.get(), encoded.GetData(), encoded.GetSize(), "Q", options.quality, "strip", TRUE,
-                                 nullptr) != 0)
+        if (vips_webpsave_buffer(image.get(), encoded.GetData(), encoded.GetSize(), "Q", GetQuality(USUAL_QUALITY),
+                                 "lossless", options.isLossless ? TRUE : FALSE, "strip", TRUE, nullptr) != 0)
             Fail();
         auto const whole = AddWebPChunks(encoded.GetText(), metadata);
         if (!whole) FailWith("its metadata cannot be added");
@@ -184,7 +215,9 @@ private:
 
     /// Of the kinds that the module of encoders makes.
     void WriteRarer(FileKind kind) {
-        EncoderOptions const how{options.quality, false, true};
+        int const quality = GetQuality(kind == FileKind::Jxl ? USUAL_QUALITY : USUAL_HEIF_QUALITY);
+        EncoderOptions const how{quality, options.isLossless,
+                                 options.halvesChroma.value_or(quality < FULL_CHROMA_QUALITY)};
         std::string encoded;
         try {
             EncodersModule const& encoders = GetEncoders();
@@ -201,7 +234,9 @@ private:
 
     void WritePnm() {
         Target const target(file);
-        if (vips_ppmsave_target(image.get(), target.Get(), "strip", TRUE, nullptr) != 0) Fail(&target);
+        if (vips_ppmsave_target(image.get(), target.Get(), "background", MakeBackground().get(), "strip", TRUE,
+                                nullptr) != 0)
+            Fail(&target);
     }
 
     OutputFile& file;
@@ -213,6 +248,18 @@ private:
     ConstPlane plane;
     OwnedImage image;
 };
+
+bool IsTransparent(IDataVideo const& picture) {
+    PixFmt const format = picture.GetPixFmt();
+    if (format != PixFmt::RGBA && format != PixFmt::YA8) return false;
+    ConstPlane const plane = picture.GetPlane(0);
+    for (std::uint64_t y = 0; y < plane.GetHeight(); ++y) {
+        unsigned char const* const row = plane.GetRow(y);
+        for (std::uint64_t x = plane.GetSampleBytes() - 1; x < plane.GetWidth(); x += plane.GetSampleBytes())
+            if (row[x] != 255) return true;
+    }
+    return false;
+}
 
 /// Losses as a line for a person.
 std::vector<std::string> DescribeLosses(FileKind kind, std::vector<std::string> const& losses) {
@@ -234,6 +281,8 @@ std::vector<std::string> WriteVipsPicture(fs::path const& path, FileKind kind, I
     Writing(file, path, picture, fitted, options).Run(kind);
     if (options.keepTimes && read != nullptr) file.SetTimes(read->GetTimes());
     file.Commit();
+    if ((kind == FileKind::Jpeg || kind == FileKind::Pnm) && IsTransparent(picture))
+        fitted.losses.insert(fitted.losses.begin(), "transparency is laid on the background colour");
     return DescribeLosses(kind, fitted.losses);
 }
 
