@@ -4,7 +4,6 @@
 //     pixel           - its neighbours    1 to 1025, by likeness of colour
 //     result          = background value where the cut leaves the sink's side, foreground value elsewhere
 //
-#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/GridGraphSolver.h"
@@ -85,7 +84,7 @@ private:
         auto const rows = GetProgress().controller->CreateChild(CAPACITY_UNITS);
         rows->SetRange(frame.height);
         Kernels::GridCapacities capacities(frame.width, frame.height);
-        RunRows(frame.width, frame.height, [&](std::uint32_t y) {
+        solver.GetTeam().RunRows(frame.height, [&](std::uint32_t y) {
             if (rows->IsStopRequested()) return; // a row takes microseconds: no need to ask at each pixel
             capacities.MarkRow(y, marks.GetRow(y), foreground, background);
             capacities.LinkRow(y, pixels.GetRow(y), y + 1 < frame.height ? pixels.GetRow(y + 1) : nullptr, bytes,
@@ -110,13 +109,13 @@ private:
         return {};
     }
 
-    intrusive_ptr<IData> MakeResult(GridGraphSolver const& solver, FrameFormat const& frame) const {
+    intrusive_ptr<IData> MakeResult(GridGraphSolver& solver, FrameFormat const& frame) const {
         auto const foreground = static_cast<std::uint8_t>(settings.GetForeground());
         auto const background = static_cast<std::uint8_t>(settings.GetBackground());
         intrusive_ptr<IDataVideo> const result = context->CreateImage(PixFmt::GRAY8, frame);
         MutablePlane const plane = result->GetMutablePlane(0);
-        RunRows(frame.width, frame.height,
-                [&](std::uint32_t y) { solver.WriteRow(y, background, foreground, plane.GetRow(y)); });
+        solver.GetTeam().RunRows(frame.height,
+                                 [&](std::uint32_t y) { solver.WriteRow(y, background, foreground, plane.GetRow(y)); });
         return result;
     }
 

@@ -20,10 +20,15 @@
 // the tree of the segment below it has one. Stamps are raised before each search, and a merged set starts from the
 // larger one: what an earlier search, or the other half, left on a node is never taken for news.
 //
-// Thin edges. Regions and merges are solved with only the wider edges open; the argument holds for that graph. Whoever
-// merges the last boundary has the whole grid: it seeds the active list as at the start, and does so again with all
-// edges open. Two threads solve halves of it, kept apart as regions are, after orphans were made of nodes with a parent
-// in the other half. The line between is opened as in a merge; the last solve is of the whole.
+// Pairs. What PairNeighbours lets pass is flow along paths of one edge, before any tree has more than its root.
+//
+// Growing anew. Trees cut down to their roots, with ActivateRect after it, are a state like that at the start: the flow
+// stays, and the condition holds again. Nothing but the time depends on when that is done.
+//
+// Thin edges. Regions and merges are solved with only the wider edges open; the argument holds for that graph. When no
+// boundary is left the set is the whole grid: the active list is seeded as at the start, and again with all edges open.
+// Two workers solve halves of it, kept apart as regions are, after orphans were made of nodes with a parent in the other
+// half. The line between is opened as in a merge; the last solve is of the whole.
 //
 // Regions. Before the workers start, the flags of all edges between regions are cleared both ways; residuals stay.
 // Every step tests a flag before it touches more of a neighbour than its label, so a worker stays inside the regions
@@ -36,20 +41,20 @@
 // is cleared outside, by a release store after the nodes and the stamp were written; the acquire load in Take pairs
 // with it. The lock word (acquire to take, release to give back) orders records, union-find and reads of stamps. A
 // worker first clears busy and then walks: of two that finish neighbouring sets the later one finds both idle. So a
-// worker that finds nothing can end, as each record left waits for one that still works. Joining the threads orders all
-// else.
+// worker that finds nothing can end, as each record left waits for one that still works. The phases of WorkerTeam order
+// all else: each begins and ends under its mutex.
 #include "Proc/Effects/Lumetta/GridGraphSolver.h"
 
-#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Effects/Lumetta/GridHalves.h"
+#include "Proc/Effects/Lumetta/Kernels/GridPairs.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -72,6 +77,11 @@ void CheckSize(std::span<std::int16_t const> array, std::size_t pixels, char con
         VELNOR_THROW(EffectException, std::string("The array of ") + name + " capacities has " +
                                           std::to_string(array.size()) + " elements, the picture " +
                                           std::to_string(pixels) + " pixels: one element a pixel is needed.");
+}
+
+unsigned CheckWorkers(unsigned workers) {
+    if (workers == 0) VELNOR_THROW(EffectException, "A grid graph needs at least 1 worker, 0 are given.");
+    return workers;
 }
 
 } // namespace
@@ -97,15 +107,13 @@ GridGraphSolver::Memory::Memory(Kernels::GridLayout const& layout, unsigned work
 GridGraphSolver::GridGraphSolver(std::uint32_t width, std::uint32_t height, unsigned workers, std::uint32_t regionSide,
                                  intrusive_ptr<Core::IProgressController> controller)
     : layout(width, height, regionSide),
-      workersCount(workers),
+      workersCount(CheckWorkers(workers)),
       progress(std::move(controller)),
       memory(layout, workers),
       regions(layout, memory.boundaryNodes),
-      processors(std::max(1U, std::thread::hardware_concurrency())) {
-    if (workers == 0) VELNOR_THROW(EffectException, "A grid graph needs at least 1 worker, 0 are given.");
-    progress->SetRange(layout.GetBoundariesCount() + layout.GetRegionsCount());
-    progress->SetPosition(0);
-}
+      processors(std::max(1U, std::thread::hardware_concurrency())),
+      share(*progress, layout.GetRegionsCount(), layout.GetBoundariesCount()),
+      team(workers) {}
 
 Kernels::GridWorkerBlock& GridGraphSolver::GetWorkerBlock(unsigned worker) const {
     return *std::launder(
@@ -120,7 +128,7 @@ void GridGraphSolver::SetCapacities(Capacities const& capacities) {
     CheckSize(capacities.right, pixels, "right");
     CheckSize(capacities.up, pixels, "up");
     CheckSize(capacities.down, pixels, "down");
-    RunRows(layout.GetWidth(), layout.GetHeight(), [&](std::uint32_t y) { SetRow(capacities, y); });
+    team.RunRows(layout.GetHeight(), [&](std::uint32_t y) { SetRow(capacities, y); });
 }
 
 void GridGraphSolver::SetRow(Capacities const& capacities, std::uint32_t y) {
@@ -174,77 +182,71 @@ void GridGraphSolver::SeparateRegions() {
 
 void GridGraphSolver::Compute() {
     SeparateRegions();
-    {
-        std::vector<std::jthread> threads; // joins whatever happens
-        threads.reserve(workersCount);
+    team.Run(workersCount, [this](unsigned worker) {
         try {
-            for (unsigned worker = 0; worker < workersCount; ++worker)
-                threads.emplace_back([this, worker] { Work(worker); });
-        } catch (std::system_error const&) { // What a thread lacks is memory for its stack.
-            Fail(std::make_exception_ptr(std::bad_alloc()));
+            Work(worker);
         } catch (...) {
-            Fail(std::current_exception());
+            failed.store(true, std::memory_order_relaxed);
+            throw;
         }
-    }
-    if (error) std::rethrow_exception(error);
+    });
+    SolveWhole();
     for (unsigned worker = 0; worker < workersCount; ++worker)
         flow.fetch_add(GetWorkerBlock(worker).flow, std::memory_order_relaxed);
 }
 
-void GridGraphSolver::Work(unsigned worker) noexcept {
-    try {
-        Kernels::GridTrees trees(layout, nodes, GetWorkerBlock(worker), WIDE);
-        SolveRegions(worker, trees);
-        MergeRegions(worker, trees);
-    } catch (...) {
-        Fail(std::current_exception());
-    }
+void GridGraphSolver::Work(unsigned worker) {
+    Kernels::GridWorkerBlock& block = GetWorkerBlock(worker);
+    Kernels::GridTrees trees(layout, nodes, block, WIDE);
+    SolveRegions(trees, block);
+    MergeRegions(trees);
 }
 
-/// Keeps the first error and lets the other workers end as for a stop.
-void GridGraphSolver::Fail(std::exception_ptr const& cause) noexcept {
-    std::scoped_lock const lock(errorMutex);
-    if (!error) error = cause;
-    failed.store(true, std::memory_order_relaxed);
-}
-
-void GridGraphSolver::SolveRegions(unsigned worker, Kernels::GridTrees& trees) {
+void GridGraphSolver::SolveRegions(Kernels::GridTrees& trees, Kernels::GridWorkerBlock& block) {
     for (;;) {
         WorkPermits::Holder const permit(processors);
         if (IsStopped()) return;
         std::uint32_t const region = nextRegion.fetch_add(1, std::memory_order_relaxed);
         if (region >= layout.GetRegionsCount()) return;
-        std::uint32_t stamp = 0;
-        if (layout.GetRegionsCount() > 1) {
-            trees.ActivateRect(layout.GetRegion(region));
-            trees.Solve(stamp);
-        } else {
-            SolveWhole(worker, stamp);
+        std::array const area{layout.GetRegion(region)};
+        std::uint16_t const paired = Kernels::PairNeighbours(layout, nodes, area[0], WIDE);
+        block.flow = static_cast<std::uint16_t>(block.flow + paired);
+        std::uint32_t regionStamp = 0;
+        if (layout.GetRegionsCount() > 1) { // Else it is the whole grid.
+            trees.ActivateRect(area[0]);
+            trees.Solve(regionStamp, area, [this] { return IsStopped(); });
         }
-        regions.SetIdle(region, stamp);
-        progress->Advance(1);
+        regions.SetIdle(region, regionStamp);
+        share.AddRegion();
     }
 }
 
-void GridGraphSolver::MergeRegions(unsigned worker, Kernels::GridTrees& trees) {
+void GridGraphSolver::MergeRegions(Kernels::GridTrees& trees) {
     for (;;) {
         WorkPermits::Holder const permit(processors);
         GridRegions::Merge merge = regions.Take([this] { return IsStopped(); });
         if (merge.records.empty()) return;
-        progress->Advance(merge.records.size());
-        for (BoundaryRecord const& record : merge.records) trees.Join(record.GetNodes(), record.GetDirection());
-        if (merge.isLast)
-            SolveWhole(worker, merge.stamp);
-        else
-            trees.Solve(merge.stamp);
+        if (!merge.isLast) { // Else the set is the whole grid, which more than one worker can solve.
+            std::vector<Kernels::NodeRect> area;
+            for (std::uint32_t const region : merge.regions) area.push_back(layout.GetRegion(region));
+            for (BoundaryRecord const& record : merge.records) trees.Join(record.GetNodes(), record.GetDirection());
+            trees.Solve(merge.stamp, area, [this] { return IsStopped(); });
+        }
         regions.SetIdle(merge.root, merge.stamp);
+        share.AddBoundaries(merge.records.size());
     }
 }
 
-/// Ends the work, once all regions are one: no other worker has any. What the last merge woke may still be active.
-void GridGraphSolver::SolveWhole(unsigned worker, std::uint32_t& stamp) const {
-    GridHalves halves(layout, nodes, GetWorkerBlock(worker), GetWorkerBlock((worker + 1) % workersCount));
-    for (int const residual : {WIDE, 4, 1}) halves.Solve(residual, stamp);
+/// Ends the work, once all regions are one set.
+void GridGraphSolver::SolveWhole() {
+    stamp = regions.GetHighestStamp();
+    GridHalves halves(layout, nodes, team, GetWorkerBlock(0), GetWorkerBlock(workersCount > 1 ? 1 : 0),
+                      [this] { return IsStopped(); });
+    for (int const residual : {WIDE, 4, 1}) {
+        if (IsStopped()) return;
+        halves.Solve(residual, stamp);
+        share.AddStage();
+    }
 }
 
 void GridGraphSolver::WriteRow(std::uint32_t y, std::uint8_t sinkValue, std::uint8_t otherValue,

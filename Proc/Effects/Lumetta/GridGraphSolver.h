@@ -1,17 +1,17 @@
 #pragma once
 
 #include "Core/Progress.h"
+#include "Proc/Effects/Lumetta/GridProgress.h"
 #include "Proc/Effects/Lumetta/GridRegions.h"
 #include "Proc/Effects/Lumetta/Kernels/GridLayout.h"
 #include "Proc/Effects/Lumetta/Kernels/GridTrees.h"
 #include "Proc/Effects/Lumetta/Kernels/ZeroBlock.h"
 #include "Proc/Effects/Lumetta/WorkPermits.h"
+#include "Proc/Effects/Lumetta/WorkerTeam.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
-#include <mutex>
 #include <span>
 
 namespace Velnor::Proc {
@@ -29,16 +29,21 @@ public:
         std::span<std::int16_t const> source, sink, left, right, up, down;
     };
 
-    /// Lays everything out in one block of zeros, and gives the progress controller a range of boundaries + regions.
+    /// Lays everything out in one block of zeros, gives the progress controller a range of boundaries + regions, and
+    /// starts the workers.
     /// @param width, height  pixels
     /// @param workers        threads to compute with, from 1
     /// @param regionSide     nodes: a multiple of 8 up to 640
     /// @param controller     advanced from all workers, and asked for a stop; not null
-    /// Throws EffectException for a size out of range, std::bad_alloc when the block does not fit in memory.
+    /// Throws EffectException for a size out of range, std::bad_alloc when the block does not fit in memory,
+    /// std::system_error when no thread can be had; fewer than asked for do the work.
     GridGraphSolver(std::uint32_t width, std::uint32_t height, unsigned workers, std::uint32_t regionSide,
                     intrusive_ptr<Core::IProgressController> controller);
     GridGraphSolver(GridGraphSolver const&) = delete;
     GridGraphSolver& operator=(GridGraphSolver const&) = delete;
+
+    /// The workers, for what comes before and after: they wait for it until this is destroyed.
+    WorkerTeam& GetTeam() { return team; }
 
     /// Throws EffectException when an array has another size than the picture.
     void SetCapacities(Capacities const& capacities);
@@ -49,6 +54,9 @@ public:
 
     /// The flow modulo 2^16: capacities are of that width, and callers know the total in it.
     std::uint16_t GetFlow() const { return flow.load(std::memory_order_relaxed); }
+
+    /// How many stamps the searches of the whole grid, and of what it was merged from one after another, have used.
+    std::uint32_t GetStamp() const { return stamp; }
 
     /// Kernels::SINK for a pixel that can still reach the sink, else Kernels::SOURCE or FREE. These sets are the same
     /// for every order of the work: the sink side is the smallest of all minimum cuts.
@@ -81,12 +89,11 @@ private:
     void SetTerminals(Capacities const& capacities, std::size_t pixel, std::uint32_t node);
     void SeparateRegions();
 
-    void Work(unsigned worker) noexcept;
-    void SolveRegions(unsigned worker, Kernels::GridTrees& trees);
-    void MergeRegions(unsigned worker, Kernels::GridTrees& trees);
-    void SolveWhole(unsigned worker, std::uint32_t& stamp) const;
+    void Work(unsigned worker);
+    void SolveRegions(Kernels::GridTrees& trees, Kernels::GridWorkerBlock& block);
+    void MergeRegions(Kernels::GridTrees& trees);
+    void SolveWhole();
     bool IsStopped() const { return failed.load(std::memory_order_relaxed) || progress->IsStopRequested(); }
-    void Fail(std::exception_ptr const& cause) noexcept;
     Kernels::GridWorkerBlock& GetWorkerBlock(unsigned worker) const;
 
     Kernels::GridLayout const layout;
@@ -98,10 +105,11 @@ private:
     std::atomic<std::uint16_t> flow{0};
 
     std::atomic<std::uint32_t> nextRegion{0};
-    WorkPermits processors; ///< To solve: regions beyond the processors would share their caches.
-    std::atomic<bool> failed{false};
-    std::mutex errorMutex;
-    std::exception_ptr error; ///< The first that a worker met.
+    WorkPermits processors;          ///< To solve: regions beyond the processors would share their caches.
+    std::atomic<bool> failed{false}; ///< A worker threw: the others end as for a stop.
+    GridProgress share;
+    std::uint32_t stamp = 0;
+    WorkerTeam team; ///< Last: it is joined before anything that it uses goes.
 };
 
 } // namespace Velnor::Proc

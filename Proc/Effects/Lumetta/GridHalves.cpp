@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <future>
 #include <iterator>
-#include <system_error>
 #include <thread>
 
 namespace Velnor::Proc {
@@ -12,39 +10,33 @@ namespace {
 
 constexpr std::uint32_t TILE = Kernels::GridLayout::TILE;
 
-/// Most of the work is done in the first few. A bound for pictures on which each finds a little.
+/// A bound for pictures on which each round finds a little, as one with many small objects. On a photograph of 12
+/// megapixels some ten do most of the work, and then `lead` ends them.
 constexpr unsigned ROUNDS = 64;
 
-/// With fewer active nodes a round is not worth its threads.
+/// With fewer active nodes a round is not worth its threads: with 10 left, each side has 5 paths to find, some
+/// microseconds each, and two threads are woken for them.
 constexpr std::size_t LEAST_ACTIVE = 16;
 
-/// Active nodes to draw a line by.
+/// Active nodes to draw a line by. Of 50 000 that lie along an edge every 49th is looked at: their median is then within
+/// a few nodes of the true one, where any place near the middle would do.
 constexpr std::size_t SAMPLES = 1024;
-
-/// Calls `work` with 0, and with 1 if there are to be two: on another thread, or afterwards where there is none to be
-/// had. Throws what one threw when both have ended.
-template <class Work>
-void RunSides(bool areTwo, Work const& work) {
-    auto const runOther = [&work] { work(1); };
-    std::future<void> other;
-    try {
-        if (areTwo) other = std::async(std::launch::async, runOther);
-    } catch (std::system_error const&) {
-        other = std::async(std::launch::deferred, runOther);
-    }
-    work(0);
-    if (areTwo) other.get();
-}
 
 } // namespace
 
-GridHalves::GridHalves(Kernels::GridLayout const& gridLayout, Kernels::GridNodes const& gridNodes,
-                       Kernels::GridWorkerBlock& first, Kernels::GridWorkerBlock& second)
+GridHalves::GridHalves(Kernels::GridLayout const& gridLayout, Kernels::GridNodes const& gridNodes, WorkerTeam& workers,
+                       Kernels::GridWorkerBlock& first, Kernels::GridWorkerBlock& second,
+                       Kernels::GridTrees::StopQuery stopQuery)
     : layout(gridLayout),
       nodes(gridNodes),
-      isShared(&first != &second && std::thread::hardware_concurrency() > 1 &&
+      team(workers),
+      isStopped(std::move(stopQuery)),
+      isShared(team.GetCount() > 1 && std::thread::hardware_concurrency() > 1 &&
                layout.GetNodesCount() > 2 * layout.GetRegionSide() * layout.GetRegionSide()),
       sides{Side{{layout, nodes, first, 1}, first}, Side{{layout, nodes, second, 1}, second}} {}
+
+/// Calls `work` with 0 on one worker and, if there are to be two, with 1 on another.
+void GridHalves::RunSides(bool areTwo, std::function<void(std::size_t)> const& work) { team.Run(areTwo ? 2 : 1, work); }
 
 /// Opens the edges that have at least this residual capacity, and activates what open edges join to a node of another
 /// state.
@@ -53,13 +45,12 @@ void GridHalves::Open(int residual) {
     std::uint32_t const height = layout.GetPaddedHeight();
     std::uint32_t const middle = isShared ? height / 2 / TILE * TILE : height;
     std::array const rects{Kernels::NodeRect{0, 0, width, middle}, Kernels::NodeRect{0, middle, width, height}};
-    sides[0].trees.TakeActive(); // Found again below: until then, no list may hold nodes of the other's half.
     RunSides(isShared, [&](std::size_t number) {
         Kernels::NodeRect const& rect = rects[number];
         Kernels::OpenEdges(nodes, layout.GetNode(0, rect.y0), width * (rect.y1 - rect.y0), residual);
         sides[number].trees.SetThreshold(residual);
     });
-    // Along the middle each looks at labels of both.
+    // After all edges are open: along the middle each looks at labels of both.
     RunSides(isShared, [&](std::size_t number) { sides[number].trees.ActivateRect(rects[number]); });
     for (std::uint32_t const node : sides[1].trees.TakeActive()) sides[0].trees.Activate(node);
 }
@@ -69,7 +60,8 @@ void GridHalves::Solve(int residual, std::uint32_t& stamp) {
     std::vector<std::uint32_t> active = sides[0].trees.TakeActive();
     std::size_t left = 0; // of them by the side that was stopped: there is more to do than where the line was opened
     int lead = 0;         // of useful rounds over the others
-    for (unsigned round = 0; isShared && round < ROUNDS && lead >= 0 && active.size() >= LEAST_ACTIVE; ++round) {
+    for (unsigned round = 0; isShared && !isStopped() && round < ROUNDS && lead >= 0 && active.size() >= LEAST_ACTIVE;
+         ++round) {
         Line const line = DrawLine(std::span(active).first(left > 0 ? left : active.size()));
         for (std::uint32_t const node : active) sides[IsBeyond(node, line) ? 1 : 0].trees.Activate(node);
         std::vector<std::uint32_t> const border = ListBorder(line);
@@ -82,7 +74,8 @@ void GridHalves::Solve(int residual, std::uint32_t& stamp) {
         std::ranges::copy(sides[0].trees.TakeActive(), std::back_inserter(active));
     }
     for (std::uint32_t const node : active) sides[0].trees.Activate(node);
-    sides[0].trees.Solve(stamp);
+    std::array const whole{Kernels::NodeRect{0, 0, layout.GetPaddedWidth(), layout.GetPaddedHeight()}};
+    RunSides(false, [&](std::size_t) { sides[0].trees.Solve(stamp, whole, isStopped); });
 }
 
 /// Through the median of the active nodes, across the direction in which they are spread most.
@@ -111,6 +104,16 @@ bool GridHalves::IsBeyond(std::uint32_t node, Line const& line) const {
     return (line.isUpright ? layout.GetX(node) : layout.GetY(node)) >= line.at;
 }
 
+/// The nodes on one side of a line.
+Kernels::NodeRect GridHalves::GetSide(Line const& line, std::size_t number) const {
+    Kernels::NodeRect rect{0, 0, layout.GetPaddedWidth(), layout.GetPaddedHeight()};
+    if (number == 0)
+        (line.isUpright ? rect.x1 : rect.y1) = line.at;
+    else
+        (line.isUpright ? rect.x0 : rect.y0) = line.at;
+    return rect;
+}
+
 /// The nodes just before a line.
 std::vector<std::uint32_t> GridHalves::ListBorder(Line const& line) const {
     std::uint32_t const length = line.isUpright ? layout.GetPaddedHeight() : layout.GetPaddedWidth();
@@ -133,7 +136,7 @@ bool GridHalves::SolveSides(std::span<std::uint32_t const> border, Line const& l
         beyond.push_back(far);
     }
     std::array const flows{sides[0].block.flow, sides[1].block.flow};
-    std::atomic<bool> stop = false;
+    std::atomic<bool> isOneDone = false;
     RunSides(true, [&](std::size_t number) {
         Side& side = sides[number];
         side.stamp = stamp;
@@ -141,8 +144,9 @@ bool GridHalves::SolveSides(std::span<std::uint32_t const> border, Line const& l
             side.trees.CutOff(border, direction, side.stamp);
         else
             side.trees.CutOff(beyond, opposite, side.stamp);
-        side.trees.Solve(side.stamp, stop);
-        stop.store(true, std::memory_order_relaxed);
+        side.trees.Solve(side.stamp, std::array{GetSide(line, number)},
+                         [&] { return isOneDone.load() || isStopped(); });
+        isOneDone.store(true);
     });
     stamp = std::max(sides[0].stamp, sides[1].stamp);
     return sides[0].block.flow != flows[0] || sides[1].block.flow != flows[1];

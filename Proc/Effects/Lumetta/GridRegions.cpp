@@ -106,6 +106,8 @@ GridRegions::Merge GridRegions::Take(StopQuery const& isStopped) {
     }
     records.swap(kept);
     merge.isLast = records.empty();
+    for (std::uint32_t region = 0; region < parents.size() && !merge.records.empty(); ++region)
+        if (FindRoot(region) == merge.root) merge.regions.push_back(region);
     return merge;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Proc/Effects/Lumetta/Kernels/GridLayout.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -33,6 +34,7 @@ public:
     /// What a worker takes: the boundaries between two sets of regions, from now on one set, busy.
     struct Merge {
         std::vector<BoundaryRecord> records; ///< Empty: nothing can be merged now, or a stop was requested.
+        std::vector<std::uint32_t> regions;  ///< Of the set.
         std::uint32_t root = 0;
         std::uint32_t stamp = 0; ///< Not below that of any node of the set.
         bool isLast = false;     ///< No boundary is left: the set is the whole grid.
@@ -49,6 +51,9 @@ public:
 
     /// Hands a region or a merged set back: whoever takes it next sees all that was written to its nodes.
     void SetIdle(std::uint32_t root, std::uint32_t stamp);
+
+    /// Not below the stamp of any node; to be called while no worker runs.
+    std::uint32_t GetHighestStamp() const { return *std::max_element(stamps.begin(), stamps.end()); }
 
 private:
     std::uint32_t FindRoot(std::uint32_t region);

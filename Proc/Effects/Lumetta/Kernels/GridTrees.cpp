@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <limits>
+#include <utility>
 
 namespace Velnor::Proc::Kernels {
 namespace {
@@ -19,6 +19,19 @@ bool IsLinked(unsigned childLabel, unsigned parentLabel, unsigned direction) {
 }
 
 constexpr std::uint64_t EACH_BYTE = 0x0101010101010101U;
+
+/// Active nodes and steps between two looks at the controller and at the cost of the paths: a millisecond at most.
+constexpr std::uint64_t STEPS_A_LOOK = 1U << 16;
+
+/// Beyond it stamps start anew; what is given until the next look fits.
+constexpr std::uint32_t LAST_STAMP = 0xC0000000U;
+
+/// Steps a node from one growth of the trees to the next: at first, and at least. To grow costs as much as a few.
+constexpr std::uint64_t FIRST_REGROWTH = 16;
+constexpr std::uint64_t SOONEST_REGROWTH = 1;
+
+/// What a path costs in trees grown anew, against what it cost before, if that was worth it.
+constexpr double WORTH_IT = 0.75;
 
 /// Takes the lowest direction out of a set of them.
 unsigned Pop(unsigned& directions) {
@@ -56,42 +69,51 @@ void GridTrees::ActivateRect(NodeRect const& rect) {
         bool const isInside = y > rect.y0 && y + 1 < rect.y1;
         for (std::uint32_t x = rect.x0; x < rect.x1; x += GridLayout::TILE) {
             std::uint32_t const first = layout.GetNode(x, y);
-            if (GetTrees(first) == 0 || (isInside && IsDeep(first))) continue;
+            if (nodes.GetTrees(first) == 0 || (isInside && IsDeep(first))) continue;
             for (std::uint32_t node = first; node < first + GridLayout::TILE; ++node)
                 if (MustBeActive(node)) Activate(node);
         }
     }
 }
 
-/// The trees of a tile's row, a byte each.
-std::uint64_t GridTrees::GetTrees(std::uint32_t first) const {
-    std::uint64_t labels = 0;
-    std::memcpy(&labels, nodes.label + first, sizeof labels);
-    return labels & (EACH_BYTE * TREE_MASK);
+template <std::uint8_t Tree>
+GridTrees::Around GridTrees::LookAround(std::uint32_t node) const {
+    unsigned const label = nodes.GetLabel(node);
+    auto const& steps = layout.GetSteps(node);
+    Around around;
+    for (unsigned direction = 0; direction < 4; ++direction) { // without branches: what comes next is anybody's guess
+        unsigned const other = nodes.GetLabel(node + steps[direction]);
+        unsigned const tree = other & TREE_MASK;
+        auto const isLinked = unsigned{IsLinked<Tree>(other, label, Opposite(direction))};
+        around.free |= (isLinked & unsigned{tree == FREE}) << direction;
+        around.opposed |= (isLinked & unsigned{tree == (SOURCE ^ SINK ^ Tree)}) << direction;
+    }
+    return around;
 }
 
 /// Whether a tile's row and all that touches it are of one tree.
 bool GridTrees::IsDeep(std::uint32_t first) const {
     std::uint64_t const tree = nodes.label[first] & TREE_MASK;
-    std::uint64_t const trees = GetTrees(first);
+    std::uint64_t const trees = nodes.GetTrees(first);
     if (trees != tree * EACH_BYTE) return false; // As at the border of the grid, where there are no more neighbours.
     std::uint32_t const last = first + GridLayout::TILE - 1;
-    return GetTrees(layout.GetNeighbour(first, UP)) == trees && GetTrees(layout.GetNeighbour(first, DOWN)) == trees &&
+    return nodes.GetTrees(layout.GetNeighbour(first, UP)) == trees &&
+           nodes.GetTrees(layout.GetNeighbour(first, DOWN)) == trees &&
            (nodes.GetLabel(layout.GetNeighbour(first, LEFT)) & TREE_MASK) == tree &&
            (nodes.GetLabel(layout.GetNeighbour(last, RIGHT)) & TREE_MASK) == tree;
 }
 
 bool GridTrees::MustBeActive(std::uint32_t node) const {
-    unsigned const label = nodes.GetLabel(node);
-    unsigned const tree = label & TREE_MASK;
-    for (unsigned direction = 0; tree != FREE && direction < 4; ++direction) {
-        unsigned const other = nodes.GetLabel(layout.GetNeighbour(node, direction));
-        bool const isOpen = tree == SOURCE
-                                ? (label & EdgeFlag(direction)) != 0 && (other & TREE_MASK) != SOURCE
-                                : (other & EdgeFlag(Opposite(direction))) != 0 && (other & TREE_MASK) == FREE;
-        if (isOpen) return true;
+    switch (nodes.GetLabel(node) & TREE_MASK) {
+    case SOURCE: {
+        Around const around = LookAround<SOURCE>(node);
+        return (around.free | around.opposed) != 0;
     }
-    return false;
+    case SINK:
+        return LookAround<SINK>(node).free != 0;
+    default:
+        return false;
+    }
 }
 
 std::vector<std::uint32_t> GridTrees::TakeActive() {
@@ -141,9 +163,21 @@ void GridTrees::CutOffTree(std::span<std::uint32_t const> border, unsigned direc
     AdoptOrphans<Tree>();
 }
 
-void GridTrees::Solve(std::uint32_t& stamp, std::atomic<bool> const& stop) {
+void GridTrees::Solve(std::uint32_t& stamp, std::span<NodeRect const> area, StopQuery const& isStopped) {
+    std::uint64_t nodesCount = 0;
+    for (NodeRect const& rect : area) nodesCount += std::uint64_t{rect.x1 - rect.x0} * (rect.y1 - rect.y0);
     now = stamp;
-    while (block.firstActive != 0 && !stop.load(std::memory_order_relaxed)) {
+    regrown = watched = effort;
+    pause = FIRST_REGROWTH * nodesCount;
+    isFresh = false;
+    std::uint64_t nextLook = 0;
+    for (std::uint64_t grown = 0; block.firstActive != 0; ++grown) {
+        if (effort.steps + grown >= nextLook) {
+            nextLook = effort.steps + grown + STEPS_A_LOOK;
+            if (isStopped()) break;
+            if (now > LAST_STAMP) ForgetStamps(area);
+            if (AreTangled(nodesCount)) Regrow(area);
+        }
         std::uint32_t const node = block.firstActive;
         std::uint32_t const next = nodes.nextActive[node];
         block.firstActive = next == node ? 0 : next;
@@ -151,10 +185,10 @@ void GridTrees::Solve(std::uint32_t& stamp, std::atomic<bool> const& stop) {
         nodes.nextActive[node] = 0;
         switch (nodes.GetLabel(node) & TREE_MASK) {
         case SOURCE:
-            Grow<SOURCE>(node, stop);
+            Grow<SOURCE>(node);
             break;
         case SINK:
-            Grow<SINK>(node, stop);
+            Grow<SINK>(node);
             break;
         default: // freed while it waited
             break;
@@ -163,23 +197,52 @@ void GridTrees::Solve(std::uint32_t& stamp, std::atomic<bool> const& stop) {
     stamp = now;
 }
 
-template <std::uint8_t Tree>
-GridTrees::Around GridTrees::LookAround(std::uint32_t node) const {
-    unsigned const label = nodes.GetLabel(node);
-    auto const& steps = layout.GetSteps(node);
-    Around around;
-    for (unsigned direction = 0; direction < 4; ++direction) { // without branches: what comes next is anybody's guess
-        unsigned const other = nodes.GetLabel(node + steps[direction]);
-        unsigned const tree = other & TREE_MASK;
-        auto const isLinked = unsigned{IsLinked<Tree>(other, label, Opposite(direction))};
-        around.free |= (isLinked & unsigned{tree == FREE}) << direction;
-        around.opposed |= (isLinked & unsigned{tree == (SOURCE ^ SINK ^ Tree)}) << direction;
+/// Whether the trees are to grow anew: after a number of steps that is halved each time when that made paths cheaper,
+/// and doubled when it did not.
+bool GridTrees::AreTangled(std::uint64_t nodesCount) {
+    std::uint64_t const steps = effort.steps - watched.steps;
+    if (steps < SOONEST_REGROWTH * nodesCount) return false;
+    double const cost = static_cast<double>(steps) / static_cast<double>(effort.paths - watched.paths + 1);
+    watched = effort;
+    if (std::exchange(isFresh, false))
+        pause = cost < WORTH_IT * tangledCost ? std::max(pause / 2, SOONEST_REGROWTH * nodesCount) : 2 * pause;
+    if (effort.steps - regrown.steps < pause) return false;
+    regrown = effort;
+    tangledCost = cost;
+    isFresh = true;
+    return true;
+}
+
+void GridTrees::Regrow(std::span<NodeRect const> area) {
+    TakeActive();
+    for (NodeRect const& rect : area)
+        for (std::uint32_t y = rect.y0; y < rect.y1; ++y)
+            for (std::uint32_t x = rect.x0; x < rect.x1; x += GridLayout::TILE) CutDown(layout.GetNode(x, y));
+    for (NodeRect const& rect : area) ActivateRect(rect);
+}
+
+/// Starts the stamps anew, so that none comes up again while an old one is still on some node.
+void GridTrees::ForgetStamps(std::span<NodeRect const> area) {
+    for (NodeRect const& rect : area)
+        for (std::uint32_t y = rect.y0; y < rect.y1; ++y)
+            for (std::uint32_t x = rect.x0; x < rect.x1; x += GridLayout::TILE)
+                std::fill_n(nodes.stamp + layout.GetNode(x, y), GridLayout::TILE, 0);
+    now = 0;
+}
+
+/// Frees the nodes of a tile's row, but for roots.
+void GridTrees::CutDown(std::uint32_t first) {
+    if (nodes.GetTrees(first) == 0) return;
+    for (std::uint32_t node = first; node < first + GridLayout::TILE; ++node) {
+        nodes.distance[node] = 0;
+        if (nodes.parent[node] == TERMINAL_PARENT) continue;
+        nodes.parent[node] = NO_PARENT;
+        nodes.SetLabel(node, nodes.GetLabel(node) & ~unsigned{TREE_MASK});
     }
-    return around;
 }
 
 template <std::uint8_t Tree>
-void GridTrees::Grow(std::uint32_t node, std::atomic<bool> const& stop) {
+void GridTrees::Grow(std::uint32_t node) {
     auto const& steps = layout.GetSteps(node);
     while ((nodes.GetLabel(node) & TREE_MASK) == Tree) {
         Around around = LookAround<Tree>(node);
@@ -193,7 +256,6 @@ void GridTrees::Grow(std::uint32_t node, std::atomic<bool> const& stop) {
             Activate(other);
         }
         if (around.opposed == 0) return;
-        if (stop.load(std::memory_order_relaxed)) return Activate(node);
         unsigned const direction = Pop(around.opposed);
         if constexpr (Tree == SOURCE)
             Augment(node, node + steps[direction], direction);
@@ -207,19 +269,14 @@ void GridTrees::Augment(std::uint32_t source, std::uint32_t sink, unsigned direc
     flow = std::min(flow, Trace<SOURCE>(source, sourcePath));
     flow = std::min(flow, Trace<SINK>(sink, sinkPath));
 
-    unsigned const back = Opposite(direction);
-    auto& forth = nodes.residual[direction][source];
-    auto& reverse = nodes.residual[back][sink];
-    forth = static_cast<std::uint16_t>(forth - flow);
-    reverse = static_cast<std::uint16_t>(reverse + flow);
-    if (reverse >= threshold) nodes.SetLabel(sink, nodes.GetLabel(sink) | EdgeFlag(back));
-    if (forth < threshold) nodes.SetLabel(source, nodes.GetLabel(source) & ~unsigned{EdgeFlag(direction)});
-
+    nodes.Move(source, sink, direction, flow, threshold);
     Push<SOURCE>(sourcePath, flow);
     AdoptOrphans<SOURCE>();
     Push<SINK>(sinkPath, flow);
     AdoptOrphans<SINK>();
     block.flow = static_cast<std::uint16_t>(block.flow + flow);
+    ++effort.paths;
+    effort.steps += sourcePath.size() + sinkPath.size();
 }
 
 /// Lists the nodes from one to its root, and returns the least residual on the way, that of the terminal included.
@@ -238,37 +295,34 @@ int GridTrees::Trace(std::uint32_t node, std::vector<PathNode>& path) const {
     }
 }
 
-/// Pushes flow along a path, and gives its nodes the stamp of their segment: between two orphans, or above the last.
+/// Pushes flow along a path, and lists the orphans that it makes, the nearest to the root last.
 template <std::uint8_t Tree>
 void GridTrees::Push(std::vector<PathNode> const& path, int flow) {
-    firstSegment = ++now;
     auto distance = static_cast<std::uint32_t>(path.size());
     for (std::size_t i = 0; i + 1 < path.size(); ++i) {
         auto const [node, up] = path[i];
         std::uint32_t const parent = path[i + 1].node;
         nodes.distance[node] = --distance;
-        nodes.stamp[node] = now;
         // The flow comes down to the node in the source tree, and goes up from it in the sink tree.
-        std::uint32_t const from = Tree == SOURCE ? parent : node;
-        std::uint32_t const to = Tree == SOURCE ? node : parent;
-        unsigned const forth = Tree == SOURCE ? Opposite(up) : up;
-        auto& left = nodes.residual[forth][from];
-        auto& gained = nodes.residual[Opposite(forth)][to];
-        left = static_cast<std::uint16_t>(left - flow);
-        gained = static_cast<std::uint16_t>(gained + flow);
-        if (gained >= threshold) nodes.SetLabel(to, nodes.GetLabel(to) | EdgeFlag(Opposite(forth)));
-        if (left < threshold) {
-            nodes.SetLabel(from, nodes.GetLabel(from) & ~unsigned{EdgeFlag(forth)});
-            AddOrphan(node);
-            ++now;
-        }
+        bool const isOpen = Tree == SOURCE ? nodes.Move(parent, node, Opposite(up), flow, threshold)
+                                           : nodes.Move(node, parent, up, flow, threshold);
+        if (!isOpen) AddOrphan(node);
     }
     std::uint32_t const root = path.back().node;
     nodes.distance[root] = 0;
-    nodes.stamp[root] = now;
     nodes.terminal[root] = static_cast<std::int16_t>(nodes.terminal[root] - flow);
-    if (nodes.terminal[root] == 0) {
-        AddOrphan(root);
+    if (nodes.terminal[root] == 0) AddOrphan(root);
+    if (!orphans.empty()) StampSegments(path);
+}
+
+/// Gives the nodes of a path the stamp of their segment: up to an orphan and with it, or above the last.
+void GridTrees::StampSegments(std::vector<PathNode> const& path) {
+    firstSegment = ++now;
+    std::size_t passed = 0;
+    for (PathNode const& step : path) {
+        nodes.stamp[step.node] = now;
+        if (passed == orphans.size() || step.node != orphans[passed]) continue;
+        ++passed;
         ++now;
     }
 }
@@ -298,6 +352,7 @@ void GridTrees::Adopt(std::uint32_t orphan) {
     nodes.stamp[orphan] = visited;
     for (std::size_t at = 0; at < met.size(); ++at) {
         unsigned const direction = FindRoot<Tree>(met[at]);
+        ++effort.steps;
         if (direction != NO_PARENT) return TurnParents(orphan, met[at], direction);
     }
     for (std::uint32_t const node : met) {
@@ -384,11 +439,13 @@ bool GridTrees::HasRoot(std::uint32_t node) {
         std::uint32_t const stamp = nodes.stamp[at];
         if (up == TERMINAL_PARENT || IsRooted(stamp)) break;
         if (up == NO_PARENT || stamp == visited || stamp == rootless) {
+            effort.steps += steps;
             for (; node != at; node = layout.GetNeighbour(node, nodes.parent[node])) nodes.stamp[node] = rootless;
             return false;
         }
         at = layout.GetNeighbour(at, up);
     }
+    effort.steps += steps;
     for (std::uint32_t distance = nodes.distance[at] + steps; node != at; --distance) {
         nodes.distance[node] = distance;
         nodes.stamp[node] = rooted;

@@ -5,6 +5,8 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <cstring>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -39,6 +41,27 @@ struct GridNodes {
     void SetLabel(std::uint32_t node, unsigned value) const {
         std::atomic_ref(label[node]).store(static_cast<std::uint8_t>(value), std::memory_order_relaxed);
     }
+
+    /// The trees of a tile's row, a byte each.
+    std::uint64_t GetTrees(std::uint32_t first) const {
+        std::uint64_t labels = 0;
+        std::memcpy(&labels, label + first, sizeof labels);
+        return labels & (std::uint64_t{TREE_MASK} * 0x0101010101010101U);
+    }
+
+    /// Moves flow along the edge from a node to its neighbour in that direction: less is left of the edge, more of its
+    /// reverse. Returns whether the edge stays open, which takes `least` of residual capacity.
+    bool Move(std::uint32_t from, std::uint32_t to, unsigned direction, int flow, int least) const {
+        unsigned const back = Opposite(direction);
+        auto& left = residual[direction][from];
+        auto& gained = residual[back][to];
+        left = static_cast<std::uint16_t>(left - flow);
+        gained = static_cast<std::uint16_t>(gained + flow);
+        if (gained >= least) SetLabel(to, GetLabel(to) | EdgeFlag(back));
+        if (left >= least) return true;
+        SetLabel(from, GetLabel(from) & ~unsigned{EdgeFlag(direction)});
+        return false;
+    }
 };
 
 /// Opens those edges of a run of nodes that have at least this residual capacity, and closes their others. What is
@@ -61,8 +84,14 @@ static_assert(sizeof(GridWorkerBlock) <= 32);
 /// side, the branch is turned here: a search from the orphan, within the branch, finds the nearest place where it
 /// touches the rest of the tree, and only the parents on the way there change direction: on photographs a twentieth of
 /// the nodes. Distances are guesses that keep paths short; nothing else depends on them.
+///
+/// A branch turned again and again winds through the grid, and each path along it costs more than the last. So when some
+/// steps a node have been spent the trees are cut down to their roots and grow anew, breadth first: the sooner again the
+/// more paths cost less for it.
 class GridTrees {
 public:
+    using StopQuery = std::function<bool()>;
+
     /// @param residual  as of SetThreshold
     GridTrees(GridLayout const& gridLayout, GridNodes const& gridNodes, GridWorkerBlock& workerBlock, int residual)
         : layout(gridLayout), nodes(gridNodes), block(workerBlock), threshold(residual) {}
@@ -90,9 +119,10 @@ public:
 
     /// Grows and augments until no active node is left: no open edge then leads from the source tree out of it, or into
     /// the sink tree from outside.
-    /// @param stamp  of the region; at least the stamp of each of its nodes. Raised with each search.
-    /// @param stop   ends it early when it turns true, the rest in the active list
-    void Solve(std::uint32_t& stamp, std::atomic<bool> const& stop = NEVER);
+    /// @param stamp      of the region; at least the stamp of each of its nodes. Raised with each search.
+    /// @param area       rectangles of whole tiles: the nodes that are connected by edges, and not by any to others
+    /// @param isStopped  asked once in a while; ends it early, the rest in the active list
+    void Solve(std::uint32_t& stamp, std::span<NodeRect const> area, StopQuery const& isStopped);
 
 private:
     struct PathNode {
@@ -106,9 +136,16 @@ private:
         unsigned opposed = 0; ///< Towards the other tree.
     };
 
-    static constexpr std::atomic<bool> NEVER{false};
+    /// What was spent on paths.
+    struct Effort {
+        std::uint64_t steps = 0; ///< From node to node: along paths, up to roots, around orphans.
+        std::uint64_t paths = 0;
+    };
 
-    std::uint64_t GetTrees(std::uint32_t first) const;
+    bool AreTangled(std::uint64_t nodesCount);
+    void Regrow(std::span<NodeRect const> area);
+    void CutDown(std::uint32_t first);
+    void ForgetStamps(std::span<NodeRect const> area);
     bool IsDeep(std::uint32_t first) const;
     bool MustBeActive(std::uint32_t node) const;
     template <std::uint8_t Tree>
@@ -116,12 +153,13 @@ private:
     template <std::uint8_t Tree>
     Around LookAround(std::uint32_t node) const;
     template <std::uint8_t Tree>
-    void Grow(std::uint32_t node, std::atomic<bool> const& stop);
+    void Grow(std::uint32_t node);
     void Augment(std::uint32_t source, std::uint32_t sink, unsigned direction);
     template <std::uint8_t Tree>
     int Trace(std::uint32_t node, std::vector<PathNode>& path) const;
     template <std::uint8_t Tree>
     void Push(std::vector<PathNode> const& path, int flow);
+    void StampSegments(std::vector<PathNode> const& path);
     template <std::uint8_t Tree>
     void AdoptOrphans();
     template <std::uint8_t Tree>
@@ -146,6 +184,12 @@ private:
     std::uint32_t rootedFrom = 0;   ///< So are those from this one on: of nodes on the path.
     std::uint32_t visited = 0;      ///< Stamp of a node that was met on the current search.
     std::uint32_t rootless = 0;     ///< Stamp of a node that is known to hang on an orphan or on one that was met.
+    Effort effort;                  ///< Since the start.
+    Effort regrown;                 ///< When the trees were last cut down.
+    Effort watched;                 ///< When the cost of a path was last looked at.
+    std::uint64_t pause = 0;        ///< Steps until they are cut down again.
+    bool isFresh = false;           ///< They were when the cost was last looked at,
+    double tangledCost = 0;         ///< and then it had been this before.
     std::vector<PathNode> sourcePath;
     std::vector<PathNode> sinkPath;
     std::vector<std::uint32_t> orphans; ///< Nearest to the root last.
