@@ -359,6 +359,42 @@ TEST_F(CutoutTest, TheMaskBecomesTheAlpha) {
     EXPECT_EQ(AlphaOf("others-cut.png"), sharp);
 }
 
+TEST_F(CutoutTest, AlphaOfThePhotographAndOfTheStrokesCounts) {
+    Paint("veil.png", PixFmt::RGBA, [](std::uint32_t x) {
+        unsigned char const alpha = x < 10 ? 100 : (x < 15 ? 0 : 255);
+        return x < 20 ? Proc::Color(10, 20, 200, alpha) : Proc::Color(180, 30, 10, alpha);
+    });
+    // A second stroke on the object's side is the background's, but clear.
+    Paint("layers.png", PixFmt::RGBA, [](std::uint32_t x) {
+        unsigned char const grey = x == 5 ? 255 : (x == 30 || x == 12 ? 128 : 0);
+        return Proc::Color(grey, grey, grey, x == 12 || grey == 0 ? 0 : 200);
+    });
+    RunWell({"cutout", "veil.png", "--strokes", "layers.png", "-o", "cut.png", "--feather=0", "--smooth=0"});
+    std::vector<int> expected(40, 0);
+    std::fill_n(expected.begin(), 10, 100);
+    std::fill_n(expected.begin() + 15, 5, 255);
+    EXPECT_EQ(AlphaOf("cut.png"), expected);
+}
+
+TEST_F(CutoutTest, AlmostAMarkIsOneAndAWordSaysWhenMostOfThePaintIsNone) {
+    PaintStrokes("near.png", 252, 131);
+    CommandResult const near =
+        Run({"cutout", "two.png", "--strokes", "near.png", "-o", "near-cut.png", "--feather=0", "--smooth=0"});
+    EXPECT_EQ(near.code, 0);
+    EXPECT_EQ(near.error, "");
+    EXPECT_EQ(AlphaOf("near-cut.png")[19], 255);
+    EXPECT_EQ(AlphaOf("near-cut.png")[20], 0);
+
+    Paint("soft.png", PixFmt::GRAY8, [](std::uint32_t x) { // from white to black, and one column of grey
+        auto const grey = static_cast<unsigned char>(x < 10 ? 255 - 20 * x : (x == 30 ? 128 : 0));
+        return Proc::Color(grey, grey, grey, 255);
+    });
+    CommandResult const soft = Run({"cutout", "two.png", "--strokes", "soft.png", "-o", "soft-cut.png"});
+    EXPECT_EQ(soft.code, 0);
+    EXPECT_EQ(soft.error, "velnor: soft.png: most of what is painted is neither 255 (object) nor 128 (background) and "
+                          "marks nothing\n");
+}
+
 TEST_F(CutoutTest, WhatCannotBeCutOutIsSaid) {
     auto const fails = [&](int code, std::string const& line, Words const& more) {
         Words words{"cutout", "two.png", "-o", "x.png"};
@@ -375,7 +411,9 @@ TEST_F(CutoutTest, WhatCannotBeCutOutIsSaid) {
           {"--strokes", "strokes.png", "--algorithm", "opencw"});
     fails(2, "--feather: -1 is outside the range", {"--strokes", "strokes.png", "--feather=-1"});
     fails(3, "gone.png", {"--strokes", "gone.png"});
-    fails(3, "small.png is 20 x 16 pixels, two.png 40 x 32 pixels: they must be of one size",
+    fails(2, "cutout: --foreground and --background are both 7;",
+          {"--strokes", "strokes.png", "--foreground=7", "--background=7"});
+    fails(4, "small.png is 20 x 16 pixels, two.png 40 x 32 pixels: they must be of one size",
           {"--strokes", "small.png"});
     fails(3, "one.png: The strokes picture has no strokes on the background (value 128)", {"--strokes", "one.png"});
     fails(3, "none.png: The strokes picture has no strokes on the object (value 255) or on the background",

@@ -3,6 +3,7 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
@@ -17,6 +18,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
 
 namespace Velnor::Tool {
 namespace {
@@ -34,6 +38,9 @@ Proc::SettingsEffectGrabCut ParseSettings(std::vector<CutoutOptions::Setting> co
     Proc::SettingsEffectGrabCut settings;
     auto const fields = Proc::SettingsEffectGrabCut::StaticType().describe();
     for (CutoutOptions::Setting const& one : given) SetParameter(settings, "cutout", fields, {one.name, one.value});
+    if (settings.GetForeground() == settings.GetBackground())
+        throw WrongCall("cutout: --foreground and --background are both " + std::to_string(settings.GetForeground()) +
+                        "; strokes on the object and on its background need different values");
     return settings;
 }
 
@@ -43,11 +50,49 @@ void RequireRoomForAlpha(std::string const& output) {
         throw WrongCall("cutout: -o " + output + ": this format has no transparency; PNG, WebP and TIFF have");
 }
 
+/// Calls `work` with each sample of a grey picture and that of another at the same place.
+template <class Work>
+void ForEachSample(DataHandle const& grey, DataHandle const& other, Work const& work) {
+    Proc::MutablePlane const samples = Proc::AsVideo(grey).GetMutablePlane(0);
+    Proc::ConstPlane const others = std::as_const(Proc::AsVideo(other)).GetPlane(0);
+    for (std::uint64_t y = 0; y < samples.GetHeight(); ++y)
+        for (std::uint64_t x = 0; x < samples.GetWidth(); ++x) work(samples.GetRow(y)[x], others.GetRow(y)[x]);
+}
+
+/// Takes what is all but the value of a mark for that mark: a brush with soft ends hardly reaches it, and lossy files
+/// miss it by a little. Not more, or the edge of a soft white stroke, which goes through all greys, would be a line of
+/// grey. Returns whether most of what is painted is no mark even so.
+bool RoundToMarks(DataHandle const& strokes, Proc::SettingsEffectGrabCut const& settings) {
+    constexpr int TOLERANCE = 4;
+    std::uint64_t painted = 0;
+    std::uint64_t marks = 0;
+    ForEachSample(strokes, strokes, [&](std::uint8_t& sample, std::uint8_t) {
+        int const value = sample;
+        int const toObject = std::abs(value - settings.GetForeground());
+        int const toGround = std::abs(value - settings.GetBackground());
+        if (value == 0 && toObject != 0 && toGround != 0) return;
+        ++painted;
+        if (std::min(toObject, toGround) > TOLERANCE) return;
+        ++marks;
+        sample = static_cast<std::uint8_t>(toObject < toGround ? settings.GetForeground() : settings.GetBackground());
+    });
+    return 2 * marks < painted;
+}
+
 /// The steps from photograph and strokes to the picture that is written.
 class Cutout {
 public:
     Cutout(EffectCatalogue const& effects, intrusive_ptr<Core::IProgressController> const& progress)
         : factory(*effects.GetHost().GetFactory()), controller(progress) {}
+
+    /// Makes strokes grey; what is more clear than opaque is none.
+    void ReadStrokes(DataHandle& strokes) {
+        DataHandle const opacity = ExtractAlpha(strokes);
+        Convert(strokes, {PixFmt::GRAY8});
+        if (opacity)
+            ForEachSample(strokes, opacity,
+                          [](std::uint8_t& stroke, std::uint8_t a) { stroke = a < 128 ? 0 : stroke; });
+    }
 
     /// Puts the mask into the picture's handle. Returns what is wrong with the strokes, empty for nothing.
     std::string MakeMask(DataHandle& picture, DataHandle const& strokes, Proc::SettingsEffectGrabCut const& settings) {
@@ -69,7 +114,12 @@ public:
         RunOn(mask, soft);
     }
 
+    /// What was clear before stays so, in the same measure.
     void SetAlpha(DataHandle& picture, DataHandle const& mask) {
+        if (DataHandle const own = ExtractAlpha(picture))
+            ForEachSample(mask, own, [](std::uint8_t& sample, std::uint8_t a) {
+                sample = static_cast<std::uint8_t>((sample * a + 127) / 255);
+            });
         Convert(picture, {PixFmt::RGBA, PixFmt::YA8});
         auto const inserter =
             factory.CreateTwoInputEffect(Proc::SettingsEffectAlphaInserter::CLASS_ID, Proc::ImplNames::DEFAULT);
@@ -82,6 +132,12 @@ public:
     }
 
 private:
+    /// Null for a picture without.
+    DataHandle ExtractAlpha(DataHandle picture) {
+        RunOn(picture, Proc::SettingsEffectAlphaExtractor());
+        return picture;
+    }
+
     template <class SettingsClass>
     void RunOn(DataHandle& picture, SettingsClass const& settings) {
         auto const effect = factory.CreateOneInputEffect(SettingsClass::CLASS_ID, Proc::ImplNames::DEFAULT);
@@ -134,12 +190,16 @@ ExitCode RunCutout(CutoutOptions const& options) {
     Proc::LoadedPicture const photo = Proc::ReadPicture(options.photo, context, options.files.ForReading());
     DataHandle picture = photo.picture;
     DataHandle strokes = Proc::ReadPicture(options.strokes, context, options.files.ForReading()).picture;
-    cutout.Convert(strokes, {PixFmt::GRAY8});
+    cutout.ReadStrokes(strokes);
     Proc::FrameFormat const& size = picture->GetFrameFormat();
     Proc::FrameFormat const& strokesSize = strokes->GetFrameFormat();
     if (strokesSize.width != size.width || strokesSize.height != size.height)
-        throw Failure(ExitCode::InputFailed, options.strokes + " is " + Describe(strokesSize) + ", " + options.photo +
-                                                 " " + Describe(size) + ": they must be of one size");
+        throw Failure(ExitCode::OutputFailed, options.strokes + " is " + Describe(strokesSize) + ", " + options.photo +
+                                                  " " + Describe(size) + ": they must be of one size");
+    if (RoundToMarks(strokes, settings))
+        PrintError(options.strokes + ": most of what is painted is neither " +
+                   std::to_string(settings.GetForeground()) + " (object) nor " +
+                   std::to_string(settings.GetBackground()) + " (background) and marks nothing");
     DataHandle mask = picture;
     std::string const warning = cutout.MakeMask(mask, strokes, settings);
     if (!warning.empty()) throw Failure(ExitCode::InputFailed, options.strokes + ": " + warning);
