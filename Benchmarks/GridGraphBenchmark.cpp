@@ -2,7 +2,8 @@
 //
 //     grid-graph-benchmark [options of Google Benchmark] megapixels[,megapixels...] photograph...
 //
-// A photograph called "flat" is one colour with small strokes in two far corners, which such solvers find hardest.
+// A photograph called "flat" is one colour with small strokes in two far corners, which such solvers find hardest on
+// average; PATTERNS has more names of that kind: on them branches wind, or every pixel is a root.
 //
 // Ours is the whole effect: capacities, layout, flow and mask. The peers are their graph and flow alone, from
 // capacities that are already there; --benchmark_filter=Lumetta leaves them out. The first table at the end gives the
@@ -30,6 +31,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <random>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -120,23 +122,67 @@ VideoHandle DrawStrokes(IEffectContext& context, std::uint32_t width, std::uint3
     return strokes;
 }
 
-Scene MakeFlatScene(IEffectContext& context, std::string const& megapixels) {
+struct Point {
+    std::uint32_t x, y, side;
+    std::uint32_t noise; ///< 0 to 9, at random.
+};
+
+/// A picture of greys that is hard for such solvers, and where it is painted on.
+struct Pattern {
+    char const* name;
+    int (*level)(Point const&);
+    std::uint8_t (*stroke)(Point const&);
+};
+
+std::uint8_t EveryPixel(Point const& at) { return (at.x + at.y) % 2 != 0 ? FOREGROUND : BACKGROUND; }
+std::uint8_t EveryRow(Point const& at) { return at.y % 2 != 0 ? FOREGROUND : BACKGROUND; }
+std::uint8_t FarCorners(Point const& at) {
+    std::uint32_t const edge = at.side / 10;
+    if (at.x < edge && at.y < edge) return FOREGROUND;
+    return at.x >= at.side - edge && at.y >= at.side - edge ? BACKGROUND : std::uint8_t{0};
+}
+
+int OneColour(Point const&) { return 90; }
+int Noise(Point const& at) { return static_cast<int>(at.noise); }
+int Ramp(Point const& at) { return static_cast<int>(at.x * 255ULL / at.side); }
+int Comb(Point const& at) { return at.y < at.side / 20 || at.x % 8 < 4 ? 40 : 60; }
+int Zigzag(Point const& at) {
+    bool const isGap = at.y / 4 % 2 != 0 ? at.x < 3 : at.x + 3 >= at.side;
+    return at.y % 4 == 3 && !isGap ? 200 : 90;
+}
+int Rings(Point const& at) {
+    double const middle = at.side / 2.0;
+    return static_cast<int>(std::hypot(at.x - middle, at.y - middle)) / 6 % 2 != 0 ? 80 : 92;
+}
+
+constexpr Pattern PATTERNS[] = {{"flat", OneColour, FarCorners}, {"checkerboard", Noise, EveryPixel},
+                                {"rows", Noise, EveryRow},       {"flat-checkerboard", OneColour, EveryPixel},
+                                {"ramp", Ramp, FarCorners},      {"ramp-checkerboard", Ramp, EveryPixel},
+                                {"comb", Comb, FarCorners},      {"comb-rows", Comb, EveryRow},
+                                {"zigzag", Zigzag, FarCorners},  {"zigzag-checkerboard", Zigzag, EveryPixel},
+                                {"rings", Rings, FarCorners},    {"rings-checkerboard", Rings, EveryPixel}};
+
+Scene MakePatternScene(IEffectContext& context, Pattern const& pattern, std::string const& megapixels) {
     auto const side = static_cast<std::uint32_t>(std::sqrt(std::stod(megapixels) * 1e6));
-    Scene scene{"flat@" + megapixels, context.CreateImage(PixFmt::RGB24, FrameFormat::Square(side, side)),
+    Scene scene{std::string(pattern.name) + "@" + megapixels,
+                context.CreateImage(PixFmt::RGB24, FrameFormat::Square(side, side)),
                 context.CreateImage(PixFmt::GRAY8, FrameFormat::Square(side, side)), side, side};
     MutablePlane const picture = scene.picture->GetMutablePlane(0);
     MutablePlane const strokes = scene.strokes->GetMutablePlane(0);
+    std::minstd_rand random;
     for (std::uint32_t y = 0; y < side; ++y) {
-        std::fill_n(picture.GetRow(y), std::size_t{side} * 3, std::uint8_t{90});
-        std::fill_n(strokes.GetRow(y), side, std::uint8_t{0});
-        if (y < side / 10) std::fill_n(strokes.GetRow(y), side / 10, FOREGROUND);
-        if (y >= side - side / 10) std::fill_n(strokes.GetRow(y) + (side - side / 10), side / 10, BACKGROUND);
+        for (std::uint32_t x = 0; x < side; ++x) {
+            Point const at{x, y, side, static_cast<std::uint32_t>(random() / 7 % 10)};
+            std::fill_n(picture.GetRow(y) + std::size_t{x} * 3, 3, static_cast<std::uint8_t>(pattern.level(at)));
+            strokes.GetRow(y)[x] = pattern.stroke(at);
+        }
     }
     return scene;
 }
 
 Scene MakeScene(IEffectContext& context, std::string const& file, std::string const& megapixels) {
-    if (file == "flat") return MakeFlatScene(context, megapixels);
+    for (Pattern const& pattern : PATTERNS)
+        if (file == pattern.name) return MakePatternScene(context, pattern, megapixels);
     Scene scene;
     scene.name = std::filesystem::path(file).stem().string().substr(0, 20) + "@" + megapixels;
     scene.picture = LoadPhotograph(context, file, std::stod(megapixels));
