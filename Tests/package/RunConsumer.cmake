@@ -17,3 +17,6 @@ foreach(expected SettingsColorspaceConverter SettingsResizer SettingsEffectWhite
     message(FATAL_ERROR "The installed host does not list ${expected}")
   endif()
 endforeach()
+
+set(tree ${work_dir}/prefix)
+include(${CMAKE_CURRENT_LIST_DIR}/CheckRunPaths.cmake)
