@@ -37,7 +37,8 @@ public:
     Host& operator=(Host const&) = delete;
 
     /// Loads a plug-in and has it register its effects. Throws ProcException, the registry as it was, when the file is
-    /// missing, is no library, has no Registrator, or throws while registering.
+    /// missing, is no library, was built against another version of the contract, has no Registrator, or throws or
+    /// finds nothing while registering.
     void LoadPlugin(std::filesystem::path const& file);
 
     /// Loads the plug-ins that came with the host, from the folder "velnor/plugins" beside its library.

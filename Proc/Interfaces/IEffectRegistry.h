@@ -7,6 +7,16 @@
 
 namespace Velnor::Proc {
 
+namespace Details {
+
+/// Stands in the contract's library, and whatever is compiled with this header refers to it: so a plug-in needs that
+/// library, whose name holds the contract's version, even when it calls nothing of it and the linker drops what is not
+/// called.
+extern VELNOR_API char const CONTRACT_MARK;
+[[gnu::used]] static char const* const needsContract = &CONTRACT_MARK;
+
+} // namespace Details
+
 /// Makes one effect. The handle returned is its only one.
 using EffectFactoryFunction = intrusive_ptr<IEffect> (*)(intrusive_ptr<IEffectFactory> const& factory,
                                                          intrusive_ptr<IEffectContext> const& context);

@@ -1,4 +1,5 @@
 #include "Proc/Host/PluginLoader.h"
+#include "Proc/Host/NeededLibraries.h"
 #include "Proc/Host/Registry.h"
 #include "Proc/Interfaces/ProcException.h"
 
@@ -6,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -81,11 +83,42 @@ TEST_F(PluginLoaderTest, SaysWhatIsWrongAndLeavesTheRegistry) {
     EXPECT_EQ(ReasonAgainst(FOLDER / "NoEntry.so"), "it has no entry Registrator, so it is no plug-in.");
     EXPECT_EQ(ReasonAgainst(FOLDER / "ThrowingPlugin.so"), "its Registrator failed: the second effect has no table");
 
-    fs::path const text = fs::path(testing::TempDir()) / "VelnorText.so";
-    std::ofstream(text) << "This is a text, long enough to hold the header of a library, which it has not.\n";
-    EXPECT_EQ(ReasonAgainst(text), "invalid ELF header.");
-    fs::remove(text);
-    EXPECT_NE(ReasonAgainst(FOLDER).find("directory"), std::string::npos);
+    EXPECT_EQ(ReasonAgainst(FOLDER / "EmptyPlugin.so"), "its Registrator registered no effect.");
+    EXPECT_EQ(ReasonAgainst(FOLDER), "it is a directory.");
+}
+
+TEST_F(PluginLoaderTest, APluginOfAnotherContractIsRefusedBeforeAnyOfItRuns) {
+    std::string const ours = "), and this host has version " VELNOR_CONTRACT ".";
+    std::string const theirs = "it was built against the contract ";
+    EXPECT_EQ(ReasonAgainst(FOLDER / "PastPlugin.so"), theirs + "without a version (it needs libVelnorProc.so" + ours);
+    EXPECT_EQ(ReasonAgainst(FOLDER / "FuturePlugin.so"), theirs + "version 99 (it needs libVelnorCore.so.99" + ours);
+    EXPECT_EQ(ReasonAgainst(FOLDER / "LostPlugin.so"), theirs + "version 98 (it needs libVelnorHost.so.98" + ours);
+    EXPECT_EQ(ReasonAgainst(FOLDER / "StrangePlugin.so"),
+              "it links to none of the libraries of the contract, such as libVelnorProc.so." VELNOR_CONTRACT
+              ", so it is no plug-in for this host.");
+}
+
+TEST_F(PluginLoaderTest, DamagedFilesAreRefused) {
+    fs::path const file = fs::path(testing::TempDir()) / "VelnorDamaged.so";
+    auto const write = [&](std::string const& content) { std::ofstream(file, std::ios::binary) << content; };
+    write("This is a text, long enough to hold the header of a library, which it has not.\n");
+    EXPECT_EQ(ReasonAgainst(file), "it is no shared library.");
+    std::ifstream plugin(FOLDER / "PastPlugin.so", std::ios::binary);
+    std::string const whole{std::istreambuf_iterator<char>(plugin), {}};
+    for (std::size_t length = 0; length < whole.size(); length += 397) {
+        write(whole.substr(0, length));
+        EXPECT_NE(ErrorOfLoading(file, registry), "no exception") << length;
+    }
+    for (std::size_t at = 0; at < whole.size(); at += at < 64 ? 1 : 61) {
+        std::string damaged = whole;
+        damaged[at] = static_cast<char>(~damaged[at]);
+        write(damaged);
+        try {
+            EXPECT_LT(ReadNeededLibraries(file).size(), whole.size());
+        } catch (ProcException const&) {
+        }
+    }
+    fs::remove(file);
 }
 
 TEST_F(PluginLoaderTest, AFailedPluginDoesNotHinderTheNext) {

@@ -1,4 +1,4 @@
-#include "Core/Export.h"
+#include "Proc/Interfaces/IEffectRegistry.h"
 
 // A library, but no plug-in.
 extern "C" VELNOR_API int Answer();
