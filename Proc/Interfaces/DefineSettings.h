@@ -81,6 +81,14 @@ void DescribeField(AnyField<Value> const& field, Settings const& owner, std::vec
 }
 
 template <class Class>
+std::vector<PictureRole> ListPictures() {
+    if constexpr (requires { Class::PICTURES; })
+        return {Class::PICTURES.begin(), Class::PICTURES.end()};
+    else
+        return {};
+}
+
+template <class Class>
 SettingsType MakeSettingsType() {
     return {Class::CLASS_ID, std::string(Class::SUMMARY),
             []() -> std::unique_ptr<Settings> { return std::make_unique<Class>(); },
@@ -89,7 +97,8 @@ SettingsType MakeSettingsType() {
                 std::vector<SettingsField> described;
                 ForEachField<Class>([&](auto field) { DescribeField(ForgetOwner(field), defaults, described); });
                 return described;
-            }};
+            },
+            ListPictures<Class>()};
 }
 
 } // namespace Details

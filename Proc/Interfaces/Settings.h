@@ -3,6 +3,7 @@
 #include "Core/Export.h"
 #include "Proc/Interfaces/ProcException.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,12 +46,22 @@ struct SettingsField {
     std::function<std::string(Settings const&)> print;
 };
 
+/// What a picture is to the effect that takes it.
+enum class PictureRole : std::uint8_t {
+    Photograph,
+    Mask, ///< GRAY8: opacity, or strokes.
+};
+
 /// What the users of a settings class can know of it at run time.
 struct SettingsType {
     std::string classId;
     std::string summary; ///< One line: what the effect does.
     std::unique_ptr<Settings> (*create)() = nullptr;
     std::vector<SettingsField> (*describe)() = nullptr; ///< In order of declaration.
+
+    /// What the effect's pictures are, in their order; it takes no more. Empty where the class does not say: photographs,
+    /// as many as an effect of the kind takes.
+    std::vector<PictureRole> pictures = {};
 
     /// The name that people type: the class identifier without "Settings" or "SettingsEffect", in kebab case.
     VELNOR_API std::string GetEffectName() const;

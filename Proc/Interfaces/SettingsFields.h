@@ -9,6 +9,10 @@
 //         VELNOR_SETTINGS_END
 //     };
 //
+// A class whose effect takes masks, or not any number of pictures though it is one on any number, says what they are:
+//
+//         static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Mask};
+//
 // From a field come the getter (GetStrength, IsKeepAlpha), the setter, equality, copying, the parameter of the command
 // line with its help and checks, and the reference pages. A default value or attribute that holds commas is written as
 // a call: Color(0, 0, 0, 255). The class is added to the list in Proc/Settings/SettingsTypes.cpp; a class of another

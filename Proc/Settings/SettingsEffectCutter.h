@@ -10,6 +10,7 @@ public:
     enum PadMode : int { MIRROR = 0, COLOR = 1 };
 
     VELNOR_SETTINGS(SettingsEffectCutter, "Cuts the picture into patches of one size, which may overlap.")
+    static constexpr std::array PICTURES{PictureRole::Photograph};
     VELNOR_FIELD(int, PatchWidth, 256, "width of a patch", Unit("pixels"), Range(1, 4096))
     VELNOR_FIELD(int, PatchHeight, 256, "height of a patch", Unit("pixels"), Range(1, 4096))
     VELNOR_FIELD(int, OverlapX, 0, "how far a patch reaches into the one to its right", Unit("pixels"),

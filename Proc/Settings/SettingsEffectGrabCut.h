@@ -13,6 +13,7 @@ public:
     };
 
     VELNOR_SETTINGS(SettingsEffectGrabCut, "Cuts an object out by strokes on it and on its background: makes its mask.")
+    static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Mask};
     VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the object", Range(0, 255))
     VELNOR_FIELD(int, Background, 128, "value of the strokes on the background", Range(0, 255))
     VELNOR_FIELD(Algorithm, Algorithm, GRID_GRAPH, "how the cut is found")

@@ -8,6 +8,7 @@ namespace Velnor::Proc {
 class VELNOR_API SettingsEffectGrabCutSegmentation final : public SettingsOf<SettingsEffectGrabCutSegmentation> {
     VELNOR_SETTINGS(SettingsEffectGrabCutSegmentation,
                     "Separates an object from its background, starting from strokes on both.")
+    static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Mask};
     VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the object, and of the object in the result",
                  Range(0, 255))
     VELNOR_FIELD(int, Background, 128, "value of the strokes on the background, and of the background in the result",

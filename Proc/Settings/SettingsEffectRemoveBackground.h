@@ -15,6 +15,8 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectRemoveBackground,
                     "Finds the subject, by strokes or without, and takes away what is behind it.")
+    /// Strokes, a background or both may follow the photograph; the effect tells them apart.
+    static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Photograph, PictureRole::Photograph};
     VELNOR_FIELD(Result, Result, CLEAR, "what takes the background's place")
     VELNOR_FIELD(Color, Color, Color(255, 255, 255, 255), "colour behind the subject, with result color")
     VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the subject", Range(1, 255))

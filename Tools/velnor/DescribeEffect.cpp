@@ -63,8 +63,8 @@ std::string FormatAsText(CatalogueEntry const& entry, Proc::SettingsType const& 
     std::vector<std::string> implementations;
     for (Proc::RegisteredEffect const& effect : entry.implementations)
         implementations.push_back(ToLower(effect.implName) + " (" + effect.origin + ")");
-    return entry.name + ": " + type.summary + "\n" + "Works on " + GetKindText(entry.GetDefault().kind) + ". Class " +
-           entry.classId + ", implemented by " + JoinAlternatives(implementations, "and") + ".\n" +
+    return entry.name + ": " + type.summary + "\n" + "Works on " + GetKindText(entry.GetDefault().kind, type) +
+           ". Class " + entry.classId + ", implemented by " + JoinAlternatives(implementations, "and") + ".\n" +
            FormatSection("Parameters", fields, false) + FormatSection("Results", fields, true) + "\nExample\n  " +
            MakeExample(entry.name, fields) + "\n";
 }

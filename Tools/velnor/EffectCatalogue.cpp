@@ -83,12 +83,14 @@ Proc::RegisteredEffect const& GetImplementation(CatalogueEntry const& entry, std
                     JoinAlternatives(names, "and"));
 }
 
-std::string GetKindText(Proc::EffectKind kind) {
+std::string GetKindText(Proc::EffectKind kind, Proc::SettingsType const& type) {
+    std::size_t const most = type.pictures.size();
     switch (kind) {
     case Proc::EffectKind::TwoInput:
         return "two pictures";
     case Proc::EffectKind::VarInput:
-        return "any number of pictures";
+        if (most == 0) return "any number of pictures, which it joins";
+        return most == 1 ? "one picture, of which it makes several" : "one to " + std::to_string(most) + " pictures";
     default:
         return "one picture";
     }

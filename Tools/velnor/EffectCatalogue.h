@@ -45,6 +45,6 @@ private:
 Proc::RegisteredEffect const& GetImplementation(CatalogueEntry const& entry, std::string const& typed);
 
 /// "one picture", "two pictures" or "any number of pictures": what an effect works on.
-std::string GetKindText(Proc::EffectKind kind);
+std::string GetKindText(Proc::EffectKind kind, Proc::SettingsType const& type);
 
 } // namespace Velnor::Tool

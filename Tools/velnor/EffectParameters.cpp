@@ -48,7 +48,7 @@ std::string DescribeAccepted(Proc::SettingsField const& field, std::string const
 
 std::vector<Proc::SettingsField> DescribeParameters(Proc::SettingsType const& type, Proc::EffectKind kind) {
     std::vector<Proc::SettingsField> fields = type.describe();
-    if (kind != Proc::EffectKind::OneInput) fields.push_back(MakeInputParameter(kind));
+    if (kind != Proc::EffectKind::OneInput && type.pictures.size() != 1) fields.push_back(MakeInputParameter(kind));
     fields.push_back(MakeBypassParameter());
     return fields;
 }
