@@ -53,6 +53,15 @@ TEST(EffectArgumentTest, PartsWithoutEqualsSignGoOnWithTheValueBefore) {
     EXPECT_THAT(ParseEffectArgument("x:a=,b==,").parameters, ElementsAre(Parameter{"a", ""}, Parameter{"b", "=,"}));
 }
 
+TEST(EffectArgumentTest, QuotedValuesMayHoldCommasAndEqualsSigns) {
+    EXPECT_THAT(ParseEffectArgument("x:input=\"a,b=c.jpg\",input='\"',d=\"\"").parameters,
+                ElementsAre(Parameter{"input", "a,b=c.jpg"}, Parameter{"input", "\""}, Parameter{"d", ""}));
+    EXPECT_THAT(ParseEffectArgument("x:a='it''s, b=c',b=5\" disk").parameters,
+                ElementsAre(Parameter{"a", "it's, b=c"}, Parameter{"b", "5\" disk"}));
+    for (char const* text : {"x:a=\"b", "x:a=\"", "x:a='b'c,d=e", "x:a='b''"})
+        EXPECT_THAT(WrongCallOf([&] { ParseEffectArgument(text); }), HasSubstr("a value that begins with")) << text;
+}
+
 TEST(EffectArgumentTest, RefusesWhatCannotBeMeant) {
     for (char const* text : {"", ":a=1", "/velnor"})
         EXPECT_THAT(WrongCallOf([&] { ParseEffectArgument(text); }), HasSubstr("names no effect")) << text;

@@ -7,6 +7,32 @@
 namespace Velnor::Tool {
 namespace {
 
+bool IsQuote(char c) { return c == '"' || c == '\''; }
+
+/// Where the part of the text between two commas ends. A comma in a quoted value is none.
+std::size_t FindEndOfPart(std::string const& effect, std::string_view text) {
+    std::size_t const comma = std::min(text.find(','), text.size());
+    std::size_t const value = std::min(text.find('='), comma) + 1;
+    if (value >= text.size() || value > comma || !IsQuote(text[value])) return comma;
+    for (std::size_t at = value + 1; (at = text.find(text[value], at)) != std::string_view::npos; at += 2) {
+        if (at + 1 == text.size() || text[at + 1] == ',') return at + 1;
+        if (text[at + 1] != text[value]) break;
+    }
+    throw WrongCall(effect + ": " + std::string(text) + ": a value that begins with " + text[value] +
+                    " ends with another, before a comma or the end; twice in a row it stands for itself");
+}
+
+/// A quoted value as it is meant, any other as it is.
+std::string Unquote(std::string_view value) {
+    if (value.size() < 2 || !IsQuote(value.front()) || value.back() != value.front()) return std::string(value);
+    std::string text;
+    for (std::size_t i = 1; i + 1 < value.size(); ++i) {
+        text += value[i];
+        if (value[i] == value.front()) ++i;
+    }
+    return text;
+}
+
 void AddPart(EffectArgument& argument, std::string_view part) {
     auto& parameters = argument.parameters;
     std::size_t const equals = part.find('=');
@@ -20,7 +46,7 @@ void AddPart(EffectArgument& argument, std::string_view part) {
     std::string const key(part.substr(0, equals));
     if (key != INPUT_PARAMETER && std::ranges::count(parameters, key, &EffectArgument::Parameter::key) > 0)
         throw WrongCall(argument.name + ": " + key + " is given twice");
-    parameters.push_back({key, std::string(part.substr(equals + 1))});
+    parameters.push_back({key, Unquote(part.substr(equals + 1))});
 }
 
 } // namespace
@@ -44,10 +70,10 @@ EffectArgument ParseEffectArgument(std::string_view text) {
 
     std::string_view rest = text.substr(colon + 1);
     for (bool more = true; more;) {
-        std::size_t const comma = rest.find(',');
-        AddPart(argument, rest.substr(0, comma));
-        more = comma != std::string_view::npos;
-        if (more) rest.remove_prefix(comma + 1);
+        std::size_t const end = FindEndOfPart(argument.name, rest);
+        AddPart(argument, rest.substr(0, end));
+        more = end < rest.size();
+        if (more) rest.remove_prefix(end + 1);
     }
     return argument;
 }
