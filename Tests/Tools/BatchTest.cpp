@@ -4,7 +4,8 @@
 #include "Tests/Support/Pictures.h"
 #include "Tests/Tools/RunCommand.h"
 #include "Tools/velnor/ApplyCommand.h"
-#include "Tools/velnor/EffectCatalogue.h"
+#include "Tools/velnor/EffectStep.h"
+#include "Tools/velnor/Synonyms.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -142,6 +143,16 @@ TEST_F(BatchTest, EveryEffectTreatsAPieceAsIfItWereAPhotograph) {
         }
     }
     EXPECT_GT(compared, 200U);
+}
+
+TEST_F(BatchTest, EverySynonymLeadsToAnEffect) {
+    EffectCatalogue const catalogue({});
+    for (Synonym const& synonym : GetSynonyms()) {
+        EffectArgument argument = ParseEffectArgument(synonym.effect);
+        bool const isOnTwo = catalogue.Get(argument.name).GetDefault().kind == Proc::EffectKind::TwoInput;
+        if (isOnTwo) argument.parameters.push_back({INPUT_PARAMETER, "second.png"});
+        EXPECT_NO_THROW(EffectStep(argument, catalogue, {}, nullptr)) << synonym.words;
+    }
 }
 
 } // namespace

@@ -82,6 +82,7 @@ TEST(SuggestionsTest, DistanceCountsInsertionsDeletionsReplacementsAndSwaps) {
 TEST(SuggestionsTest, NearestNamesComeFirstAndFarOnesNotAtAll) {
     std::vector<std::string> const names{"white-balance", "pixelate", "vignette", "posterize", "color-balance-auto"};
     EXPECT_THAT(FindNearest("Pixellate", names), ElementsAre("pixelate"));
+    EXPECT_THAT(FindNearest("vinetee", names), ElementsAre("vignette")); // Three letters off.
     EXPECT_THAT(FindNearest("balance", names), ElementsAre("white-balance", "color-balance-auto"));
     EXPECT_THAT(FindNearest("qqqqqqqq", names), IsEmpty());
     EXPECT_THAT(FindNearest("", names), IsEmpty());

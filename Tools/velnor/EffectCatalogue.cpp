@@ -5,6 +5,7 @@
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/Suggestions.h"
+#include "Tools/velnor/Synonyms.h"
 
 #include <algorithm>
 
@@ -59,6 +60,11 @@ EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins) : host
 CatalogueEntry const& EffectCatalogue::Get(std::string const& name) const {
     auto const found = std::ranges::find(entries, name, &CatalogueEntry::name);
     if (found != entries.end()) return *found;
+    if (Synonym const* const synonym = FindSynonym(name)) {
+        std::string const effect(synonym->effect);
+        throw WrongCall("there is no effect \"" + name + "\"; " +
+                        (synonym->isNear ? "near is " + effect : effect + " does that"));
+    }
     std::vector<std::string> names;
     for (CatalogueEntry const& entry : entries) names.push_back(entry.name);
     throw WrongCall("there is no effect \"" + name + "\"" +

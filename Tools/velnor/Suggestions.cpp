@@ -4,6 +4,15 @@
 #include <utility>
 
 namespace Velnor::Tool {
+namespace {
+
+/// How far from each other two words of that length may be and one still be meant by the other.
+std::size_t AllowedDistance(std::size_t length) {
+    constexpr std::size_t LONG_WORD = 8;
+    return length >= LONG_WORD ? std::max<std::size_t>(3, length / 3) : std::max<std::size_t>(1, length / 3);
+}
+
+} // namespace
 
 std::size_t EditDistance(std::string_view a, std::string_view b) {
     // Three rows of the table of distances between the beginnings of both: two back, one back, this one.
@@ -30,7 +39,7 @@ std::vector<std::string> FindNearest(std::string_view typed, std::vector<std::st
     std::vector<std::pair<std::size_t, std::string>> near;
     for (std::string const& name : known) {
         std::size_t const distance = EditDistance(wanted, ToLower(name));
-        std::size_t const allowed = std::max<std::size_t>(1, std::max(wanted.size(), name.size()) / 3);
+        std::size_t const allowed = AllowedDistance(std::max(wanted.size(), name.size()));
         bool const isPart = wanted.size() >= LEAST_PART && ToLower(name).find(wanted) != std::string::npos;
         if (distance <= allowed || isPart) near.emplace_back(isPart ? std::min(distance, allowed) : distance, name);
     }
