@@ -229,6 +229,17 @@ bool StartLogging(Arguments const& arguments) {
     return level > 0;
 }
 
+/// What stands before the command is no part of it, and must not be dropped.
+void RequireCommandFirst(CLI::App const& app) {
+    std::vector<std::string> const extras = app.remaining();
+    if (extras.empty()) return;
+    std::string const& first = extras.front();
+    if (first.starts_with('-'))
+        throw WrongCall("there is no option " + first + " before a command" +
+                        SuggestNearest(first, GetOptionNames(app), "`velnor --help` lists them"));
+    throw WrongCall("there is no command \"" + first + "\"" + SuggestNearest(first, COMMANDS));
+}
+
 ExitCode RunApplyCommand(Arguments const& arguments) {
     ApplyOptions options = arguments.apply;
     if (options.photos.empty()) throw WrongCall("apply: no photograph is given");
@@ -244,14 +255,10 @@ std::string Explain(CLI::ParseError const& error, CLI::App const& app) {
 
 ExitCode RunParsed(CLI::App const& app, Arguments const& arguments) {
     std::vector<CLI::App*> const commands = app.get_subcommands();
-    if (commands.empty()) {
-        std::vector<std::string> const extras = app.remaining();
-        if (extras.empty())
-            throw WrongCall(
-                "no command is given; there is apply, cutout, effects and describe (`velnor --help` tells more)");
-        throw WrongCall("there is no command \"" + extras.front() + "\"" +
-                        SuggestNearest(extras.front(), {"apply", "cutout", "effects", "describe"}));
-    }
+    RequireCommandFirst(app);
+    if (commands.empty())
+        throw WrongCall("no command is given; there is " + JoinAlternatives(COMMANDS, "and") +
+                        " (`velnor --help` tells more)");
     CLI::App const& command = *commands.front();
     RequireNoExtras(command);
     ApplyOptions const& options = arguments.apply;
@@ -273,6 +280,7 @@ ExitCode Run(int argumentsCount, char const* const* given) {
     app.set_version_flag("--version", "velnor " VELNOR_VERSION, "Print the version");
     app.footer(EXIT_CODES);
     app.allow_extras();
+    app.require_subcommand(0, 1); // After the first, a word that is a command's name too is a photograph's.
     AddApply(app, arguments);
     AddCutout(app, arguments);
     CLI::App* const effects = app.add_subcommand("effects", "List the effects that there are");
@@ -289,6 +297,7 @@ ExitCode Run(int argumentsCount, char const* const* given) {
         Print(version.what() + std::string("\n"));
         return ExitCode::Done;
     } catch (CLI::ParseError const& error) {
+        RequireCommandFirst(app);
         for (CLI::App const* command : app.get_subcommands()) RequireNoExtras(*command);
         throw WrongCall(Explain(error, app));
     }
