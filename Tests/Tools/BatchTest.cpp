@@ -89,14 +89,16 @@ protected:
         return outcomes;
     }
 
-    /// Every implementation of every effect, with the examples of its parameters.
+    /// Every implementation of every effect that works on one photograph, with the examples of its parameters.
     static Names ListEffects() {
         EffectCatalogue const catalogue({});
         Names effects;
         for (CatalogueEntry const& entry : catalogue.GetEntries())
             for (Proc::RegisteredEffect const& implementation : entry.implementations) {
+                Proc::SettingsType const& type = catalogue.GetSettingsType(entry);
+                if (implementation.kind == Proc::EffectKind::VarInput && type.pictures.empty()) continue;
                 std::string text = entry.name + "/" + implementation.implName + ":bypass=false";
-                for (Proc::SettingsField const& field : catalogue.GetSettingsType(entry).describe())
+                for (Proc::SettingsField const& field : type.describe())
                     if (!field.isOutput && !field.example.empty()) text += "," + field.name + "=" + field.example;
                 if (implementation.kind == Proc::EffectKind::TwoInput) text += ",input=second.png";
                 effects.push_back(text);

@@ -111,11 +111,16 @@ TEST(OutputNamesTest, PiecesAreNamedByTheirPlace) {
     std::vector<Place> const places{{0, 0}, {256, 0}, {0, 100}};
     OutputPlan const plan = PlanOutputs({"a.jpg", "b{x}.jpg"}, "o/{index}-{name}-{y}-{x}.png")[1];
     EXPECT_EQ(plan.output, "o/2-b{x}-0-0.png");
-    EXPECT_THAT(NamePieces(plan, places), ElementsAre("o/2-b{x}-0-0.png", "o/2-b{x}-0-256.png", "o/2-b{x}-100-0.png"));
+    EXPECT_THAT(NamePieces(plan, places),
+                ElementsAre("o/2-b{x}-000-000.png", "o/2-b{x}-000-256.png", "o/2-b{x}-100-000.png"));
     EXPECT_THAT(NamePieces(PlanOutputs({"a.jpg"}, "b.png")[0], {{7, 8}}), ElementsAre("b.png"));
     EXPECT_THAT(WrongCallOf([&] { NamePieces(PlanOutputs({"a.jpg"}, "{x}.png")[0], places); }),
                 HasSubstr("a.jpg becomes 3 pictures, and -o {x}.png gives several of them one name"));
     EXPECT_EQ(PlanOutputs({"a.jpg", "b.jpg"}, "")[1].output, "");
+    std::vector<OutputPlan> const joined = PlanOutputs({"a/1.jpg", "b/2.jpg"}, "o/{name}{index}.png", true);
+    ASSERT_EQ(joined.size(), 1U);
+    EXPECT_THAT(joined[0].inputs, ElementsAre("a/1.jpg", "b/2.jpg"));
+    EXPECT_EQ(joined[0].output, "o/11.png");
 }
 
 TEST(OutputNamesTest, RefusesPatternsAndCollisions) {

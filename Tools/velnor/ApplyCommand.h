@@ -13,6 +13,7 @@ struct ApplyOptions {
     std::vector<std::string> photos;
     std::vector<std::string> effects; ///< As typed.
     std::string output;               ///< Empty: nothing is written.
+    std::string format;               ///< Of the picture when the output is standard output.
     std::vector<std::string> plugins;
     FileOptions files;
     bool showStatistics = false;

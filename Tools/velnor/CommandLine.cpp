@@ -36,10 +36,13 @@ constexpr char const* EFFECT_SYNTAX =
   -e pixelate:strength=40,method-upscale=bilinear
   -e white-balance:reference=#c8b496
 Effects run left to right. `velnor effects` lists them, `velnor describe EFFECT` shows the parameters of one.
-An effect on two pictures reads the second from its parameter input=FILE; one on any number of pictures
-takes the photograph and every input=FILE, which may be repeated. Effects after one that cuts the photograph
-into pieces run on each piece. What effects find out is printed, "photograph: effect: name=value" a line;
+An effect on two pictures reads the second from its parameter input=FILE. One on any number of pictures joins all
+photographs, and every input=FILE, which may be repeated; -o then names one output. Effects after one that cuts
+the photograph into pieces run on each piece, until one joins them. A file name with a comma and an equals sign
+is quoted: input="a,b=c.jpg". What effects find out is printed, "photograph: effect: name=value" a line;
 with --json each photograph is one line, an object.)";
+
+std::vector<std::string> const COMMANDS{"apply", "cutout", "effects", "describe"};
 
 struct Arguments {
     ApplyOptions apply; ///< What other commands share with it too.
@@ -153,7 +156,9 @@ void AddLogOptions(CLI::App& command, Arguments& arguments) {
 void AddApply(CLI::App& app, Arguments& arguments) {
     ApplyOptions& options = arguments.apply;
     CLI::App* const apply = app.add_subcommand("apply", "Run effects on photographs and write the results");
-    apply->add_option("photos", options.photos, "Photographs to read; after -- names may begin with a dash")
+    apply
+        ->add_option("photos", options.photos,
+                     "Photographs to read; - is standard input, and after -- names may begin with a dash")
         ->type_name("PHOTO");
     apply->add_option("-e,--effect", options.effects, "Effect to run; may be repeated")
         ->type_name("EFFECT")
@@ -162,8 +167,10 @@ void AddApply(CLI::App& app, Arguments& arguments) {
         ->add_option("-o,--output", options.output,
                      "File to write; a folder (out/) for several photographs, or a pattern with {name}, {index} and "
                      "{ext}, and {x} and {y} of the pieces that an effect cuts a photograph into. Folders that are "
-                     "missing are made. Not needed with effects that only find something out")
+                     "missing are made. - is standard output. Not needed with effects that only find something out")
         ->type_name("OUT");
+    apply->add_option("--to", options.format, "Format of the picture on standard output, by extension: png, jpg, ...")
+        ->type_name("FORMAT");
     AddFileOptions(*apply, options.files);
     apply
         ->add_option_function<std::string>(

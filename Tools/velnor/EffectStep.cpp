@@ -3,6 +3,8 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Tools/velnor/EffectParameters.h"
+#include "Tools/velnor/Masks.h"
+#include "Tools/velnor/StandardStreams.h"
 
 #include <algorithm>
 
@@ -20,36 +22,60 @@ void CutBack(Proc::IDataVideo& picture, Proc::FrameFormat const& before) {
     picture.SetRectangle(0, 0, before.width, before.height);
 }
 
+/// "at most 2 pictures", as refusals say it.
+std::string DescribeMost(std::size_t pictures) {
+    return pictures == 1 ? "one picture" : "at most " + std::to_string(pictures) + " pictures";
+}
+
 } // namespace
 
 EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue,
                        Proc::ReadOptions const& reading, intrusive_ptr<Core::IProgressController> const& progress)
-    : name(argument.name), factory(catalogue.GetHost().GetFactory()), controller(progress) {
+    : name(argument.name),
+      factory(catalogue.GetHost().GetFactory()),
+      context(catalogue.GetHost().GetContext()),
+      controller(progress) {
     CatalogueEntry const& entry = catalogue.Get(argument.name);
     chosen = GetImplementation(entry, argument.implementation);
     Proc::SettingsType const& type = catalogue.GetSettingsType(entry);
+    roles = type.pictures;
     fields = DescribeParameters(type, chosen.kind);
-    settings = Parse(argument, type);
-    for (std::string const& file : furtherFiles)
-        furtherInputs.push_back(Proc::ReadPicture(file, *catalogue.GetHost().GetContext(), reading).picture);
+    std::unique_ptr<Proc::Settings> parsed = type.create();
+    std::vector<std::string> files;
+    for (EffectArgument::Parameter const& parameter : argument.parameters)
+        if (parameter.key == INPUT_PARAMETER && std::ranges::count(fields, INPUT_PARAMETER, &Proc::SettingsField::name))
+            files.push_back(parameter.value);
+        else
+            SetParameter(*parsed, name, fields, parameter);
+    settings = std::move(parsed);
+    ReadFurtherInputs(files, reading);
     statistic = Make()->GetStatistic(); // Made here too, so that one that cannot be made is told before any work.
 }
 
-std::unique_ptr<Proc::Settings> EffectStep::Parse(EffectArgument const& argument, Proc::SettingsType const& type) {
-    std::unique_ptr<Proc::Settings> parsed = type.create();
-    for (EffectArgument::Parameter const& parameter : argument.parameters) {
-        if (chosen.kind != Proc::EffectKind::OneInput && parameter.key == INPUT_PARAMETER)
-            furtherFiles.push_back(parameter.value);
-        else
-            SetParameter(*parsed, name, fields, parameter);
-    }
+void EffectStep::ReadFurtherInputs(std::vector<std::string> const& files, Proc::ReadOptions const& reading) {
     if (chosen.kind == Proc::EffectKind::TwoInput) {
-        if (furtherFiles.empty())
-            throw WrongCall(name + " works on two pictures; " + name + ":input=FILE names the second");
-        if (furtherFiles.size() > 1) throw WrongCall(name + " works on two pictures; input is given twice");
+        if (files.empty()) throw WrongCall(name + " works on two pictures; " + name + ":input=FILE names the second");
+        if (files.size() > 1) throw WrongCall(name + " works on two pictures; input is given twice");
     }
-    return parsed;
+    if (!roles.empty() && files.size() >= roles.size() && !files.empty())
+        throw WrongCall(name + " works on " + DescribeMost(roles.size()) + "; input is given " +
+                        std::to_string(files.size()) + " times");
+    for (std::string const& file : files) {
+        Proc::DataHandle picture = ReadPhoto(file, *context, reading).picture;
+        if (IsMask(1 + furtherInputs.size())) picture = MakeMask(std::move(picture), *factory);
+        furtherInputs.push_back(std::move(picture));
+    }
 }
+
+bool EffectStep::IsMask(std::size_t input) const {
+    return input < roles.size() && roles[input] == Proc::PictureRole::Mask;
+}
+
+bool EffectStep::Joins() const {
+    return chosen.kind == Proc::EffectKind::VarInput && roles.empty() && !settings->IsEmpty();
+}
+
+bool EffectStep::Cuts() const { return chosen.kind == Proc::EffectKind::VarInput && roles.size() == 1; }
 
 intrusive_ptr<Proc::IEffect> EffectStep::Make() const {
     intrusive_ptr<Proc::IEffect> effect = factory->CreateEffect(chosen.classId, chosen.implName);
@@ -58,16 +84,23 @@ intrusive_ptr<Proc::IEffect> EffectStep::Make() const {
     return effect;
 }
 
-StepOutcome EffectStep::Run(Piece piece) {
+StepOutcome EffectStep::Run(std::vector<Piece> pieces) {
     intrusive_ptr<Proc::IEffect> const effect = Make();
     StepOutcome outcome;
+    Proc::DataHandle& picture = pieces.front().picture;
+    if (IsMask(0)) picture = MakeMask(std::move(picture), *factory);
     // The typed entries take our only handle, so that an effect that replaces the picture can drop the old one at once.
     if (auto* const one = dynamic_cast<Proc::IOneInputEffect*>(effect.get()))
-        outcome.pieces = RunOnOne(*one, std::move(piece));
+        RunOnOne(*one, picture);
     else if (auto* const two = dynamic_cast<Proc::ITwoInputEffect*>(effect.get()))
-        outcome.pieces = RunOnTwo(*two, std::move(piece));
+        RunOnTwo(*two, picture);
     else
-        outcome.pieces = RunOnMany(*effect, piece);
+        pieces = RunOnMany(*effect, pieces);
+    for (Piece& piece : pieces) {
+        if (!piece.picture) throw NoPicture();
+        TakeExtraAlpha(piece.picture, *factory);
+    }
+    outcome.pieces = std::move(pieces);
     outcome.results = FindResults(effect->GetSettingsBase());
     Core::Property const run = effect->GetStatistic();
     if (Core::Property const* const warning = run.FindChild(Proc::WARNING_NODE)) outcome.warning = warning->GetValue();
@@ -75,42 +108,26 @@ StepOutcome EffectStep::Run(Piece piece) {
     return outcome;
 }
 
-std::vector<Piece> EffectStep::RunOnOne(Proc::IOneInputEffect& one, Piece piece) const {
-    Proc::FrameFormat const before = piece.picture->GetFrameFormat();
-    one.ProcessData(piece.picture);
-    if (!piece.picture) throw NoPicture();
+void EffectStep::RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture) const {
+    Proc::FrameFormat const before = picture->GetFrameFormat();
+    one.ProcessData(picture);
     // The host's own tools, such as resizing and padding, give just the size that they are asked for.
-    if (chosen.implName != Proc::ImplNames::DEFAULT) CutBack(Proc::AsVideo(piece.picture), before);
-    return {piece};
+    if (picture && chosen.implName != Proc::ImplNames::DEFAULT) CutBack(Proc::AsVideo(picture), before);
 }
 
-std::vector<Piece> EffectStep::RunOnTwo(Proc::ITwoInputEffect& two, Piece piece) const {
-    two.ProcessData(piece.picture, furtherInputs.front()->MakeCopy(Proc::CopyMode::Value));
-    if (!piece.picture) throw NoPicture();
-    return {piece};
+void EffectStep::RunOnTwo(Proc::ITwoInputEffect& two, Proc::DataHandle& picture) const {
+    two.ProcessData(picture, Proc::AsVideo(furtherInputs.front()).MakeCopy(Proc::CopyMode::Value));
 }
 
 /// An effect on any number of pictures gives one, or puts several into the vector of its inputs.
-std::vector<Piece> EffectStep::RunOnMany(Proc::IEffect& many, Piece const& piece) const {
-    if (settings->IsEmpty()) return {piece};
-    std::vector<Proc::DataHandle> pictures{piece.picture};
-    for (Proc::VideoHandle const& input : furtherInputs)
-        pictures.push_back(input->MakeCopy(Proc::CopyMode::Value)); // Kept as it is for the next photograph.
-    if (Proc::DataHandle const result = many.ProcessData(pictures)) return {{result, piece.place}};
+std::vector<Piece> EffectStep::RunOnMany(Proc::IEffect& many, std::vector<Piece> const& pieces) const {
+    if (settings->IsEmpty()) return pieces;
+    std::vector<Proc::DataHandle> pictures = PutInPlace(pieces, *context);
+    for (Proc::DataHandle const& input : furtherInputs)
+        pictures.push_back(Proc::AsVideo(input).MakeCopy(Proc::CopyMode::Value)); // Kept for the next photograph.
+    if (Proc::DataHandle const result = many.ProcessData(pictures)) return {JoinPieces(pieces, result)};
     if (pictures.empty()) throw NoPicture();
-
-    // Places are counted from where the pieces begin together: the photograph may be a part of a larger picture itself.
-    Place origin{UINT32_MAX, UINT32_MAX};
-    for (Proc::DataHandle const& picture : pictures) {
-        Proc::Rectangle const at = Proc::AsVideo(picture).GetRectangle();
-        origin = {std::min(origin.x, at.x), std::min(origin.y, at.y)};
-    }
-    std::vector<Piece> pieces;
-    for (Proc::DataHandle const& picture : pictures) {
-        Proc::Rectangle const at = Proc::AsVideo(picture).GetRectangle();
-        pieces.push_back({picture, {piece.place.x + at.x - origin.x, piece.place.y + at.y - origin.y}});
-    }
-    return pieces;
+    return CutPiece(pieces.front(), pictures);
 }
 
 bool EffectStep::HasResults() const {

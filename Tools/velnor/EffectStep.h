@@ -6,6 +6,7 @@
 #include "Tools/velnor/EffectArgument.h"
 #include "Tools/velnor/EffectCatalogue.h"
 #include "Tools/velnor/Failure.h"
+#include "Tools/velnor/Pieces.h"
 
 #include <memory>
 #include <string>
@@ -17,19 +18,6 @@ namespace Velnor::Tool {
 struct EffectResult {
     Proc::SettingsField const* field = nullptr;
     std::string text;
-};
-
-/// Where a piece of a photograph begins, in pixels of the photograph as it was when it was cut up.
-struct Place {
-    std::uint32_t x = 0;
-    std::uint32_t y = 0;
-    friend bool operator==(Place const&, Place const&) = default;
-};
-
-/// A photograph on its way through the effects, or one of its pieces after an effect that cuts it up.
-struct Piece {
-    Proc::DataHandle picture;
-    Place place;
 };
 
 /// What a run of an effect gave.
@@ -52,9 +40,17 @@ public:
 
     std::string const& GetName() const { return name; }
 
-    /// What the effect makes of the piece: another one, or several. Throws what the effect throws, and Failure (output)
-    /// when it gives no picture.
-    StepOutcome Run(Piece piece);
+    /// Whether the effect makes one picture of all that there are: photographs, or the pieces of one. Any other works on
+    /// one at a time, with its own further pictures.
+    bool Joins() const;
+
+    /// Whether the effect makes several pictures of one.
+    bool Cuts() const;
+
+    /// What the effect makes of one piece, or of all when it joins them. An extra alpha that it gives a picture without
+    /// alpha becomes the picture's own, since files and other effects know no other. Throws what the effect throws, and
+    /// Failure (output) when it gives no picture.
+    StepOutcome Run(std::vector<Piece> pieces);
 
     bool HasResults() const;                                         ///< Whether it is one that finds something out.
     Core::Property const& GetStatistic() const { return statistic; } ///< Of all runs together.
@@ -62,20 +58,23 @@ public:
 private:
     std::unique_ptr<Proc::Settings> Parse(EffectArgument const& argument, Proc::SettingsType const& type);
     intrusive_ptr<Proc::IEffect> Make() const;
-    std::vector<Piece> RunOnOne(Proc::IOneInputEffect& one, Piece piece) const;
-    std::vector<Piece> RunOnTwo(Proc::ITwoInputEffect& two, Piece piece) const;
-    std::vector<Piece> RunOnMany(Proc::IEffect& many, Piece const& piece) const;
+    void ReadFurtherInputs(std::vector<std::string> const& files, Proc::ReadOptions const& reading);
+    bool IsMask(std::size_t input) const;
+    void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture) const;
+    void RunOnTwo(Proc::ITwoInputEffect& two, Proc::DataHandle& picture) const;
+    std::vector<Piece> RunOnMany(Proc::IEffect& many, std::vector<Piece> const& pieces) const;
     std::vector<EffectResult> FindResults(Proc::Settings const& after) const;
     Failure NoPicture() const;
 
     std::string const name;
     Proc::FactoryHandle const factory;
+    Proc::ContextHandle const context;
     intrusive_ptr<Core::IProgressController> const controller;
     Proc::RegisteredEffect chosen;
+    std::vector<Proc::PictureRole> roles; ///< Of its pictures, where it says so.
     std::vector<Proc::SettingsField> fields;
-    std::vector<std::string> furtherFiles; ///< One for an effect on two pictures.
     std::unique_ptr<Proc::Settings const> settings;
-    std::vector<Proc::VideoHandle> furtherInputs; ///< Of those files.
+    std::vector<Proc::DataHandle> furtherInputs; ///< One for an effect on two pictures.
     Core::Property statistic{""};
 };
 

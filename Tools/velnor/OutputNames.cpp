@@ -4,6 +4,7 @@
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/Suggestions.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <system_error>
@@ -13,9 +14,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Pad(std::size_t index, std::size_t count) {
-    std::string digits = std::to_string(index);
-    digits.insert(0, std::to_string(count).size() - digits.size(), '0');
+/// With zeros before it, so that its like up to the largest sort as texts.
+std::string Pad(std::size_t number, std::size_t largest) {
+    std::string digits = std::to_string(number);
+    digits.insert(0, std::to_string(largest).size() - digits.size(), '0');
     return digits;
 }
 
@@ -24,13 +26,14 @@ std::string GetExtension(fs::path const& photo) {
     return extension.empty() ? extension : extension.substr(1);
 }
 
-/// What is typed with its placeholders replaced, for a piece of the photograph.
-std::string FillPattern(OutputPlan const& plan, Place const& place) {
-    std::map<std::string, std::string> const values{{"name", plan.input.stem().string()},
+/// What is typed with its placeholders replaced, for a piece of the photograph. No piece is farther off than `last`.
+std::string FillPattern(OutputPlan const& plan, Place const& place, Place const& last) {
+    fs::path const& input = plan.inputs.front();
+    std::map<std::string, std::string> const values{{"name", input.stem().string()},
                                                     {"index", Pad(plan.index, plan.count)},
-                                                    {"ext", GetExtension(plan.input)},
-                                                    {"x", std::to_string(place.x)},
-                                                    {"y", std::to_string(place.y)}};
+                                                    {"ext", GetExtension(input)},
+                                                    {"x", Pad(place.x, last.x)},
+                                                    {"y", Pad(place.y, last.y)}};
     std::string const& pattern = plan.given;
     std::string filled;
     for (std::size_t at = 0; at < pattern.size();) {
@@ -69,34 +72,37 @@ bool IsPattern(std::string const& output) { return output.find('{') != std::stri
 void RequireApart(std::vector<OutputPlan> const& plans) {
     std::map<fs::path, fs::path> inputOf;
     for (OutputPlan const& plan : plans) {
-        auto const [other, isNew] = inputOf.emplace(Identify(plan.output), plan.input);
+        auto const [other, isNew] = inputOf.emplace(Identify(plan.output), plan.inputs.front());
         if (!isNew)
-            throw WrongCall(other->second.string() + " and " + plan.input.string() + " would both become " +
+            throw WrongCall(other->second.string() + " and " + plan.inputs.front().string() + " would both become " +
                             plan.output.string() + "; a pattern with {index} tells them apart");
     }
     for (OutputPlan const& plan : plans) {
-        fs::path const photo = Identify(plan.input);
+        fs::path const photo = Identify(plan.inputs.front());
         auto const written = inputOf.find(photo);
         if (written != inputOf.end() && Identify(written->second) != photo)
-            throw WrongCall("the output of " + written->second.string() + " would replace " + plan.input.string() +
-                            ", which is a photograph of this call itself");
+            throw WrongCall("the output of " + written->second.string() + " would replace " +
+                            plan.inputs.front().string() + ", which is a photograph of this call itself");
     }
 }
 
 } // namespace
 
-std::vector<OutputPlan> PlanOutputs(std::vector<std::string> const& photos, std::string const& output) {
+std::vector<OutputPlan> PlanOutputs(std::vector<std::string> const& photos, std::string const& output, bool areJoined) {
     std::vector<OutputPlan> plans;
-    for (fs::path const photo : photos) plans.push_back({photo, {}, output, plans.size() + 1, photos.size()});
+    if (areJoined)
+        plans.push_back({{photos.begin(), photos.end()}, {}, output, 1, 1});
+    else
+        for (std::string const& photo : photos) plans.push_back({{photo}, {}, output, plans.size() + 1, photos.size()});
     if (output.empty()) return plans;
     bool const isPattern = IsPattern(output);
     bool const isFolder = !isPattern && IsFolder(output);
-    if (photos.size() > 1 && !isPattern && !isFolder)
+    if (plans.size() > 1 && !isPattern && !isFolder)
         throw WrongCall("-o " + output + " is one file for " + std::to_string(photos.size()) +
                         " photographs; say a folder, such as -o out/, or a pattern, such as -o 'out/{name}.{ext}'");
     for (OutputPlan& plan : plans) {
-        plan.output = isPattern ? fs::path(FillPattern(plan, {}))
-                                : (isFolder ? fs::path(output) / plan.input.filename() : fs::path(output));
+        plan.output = isPattern ? fs::path(FillPattern(plan, {}, {}))
+                                : (isFolder ? fs::path(output) / plan.inputs.front().filename() : fs::path(output));
         if (isPattern && !plan.output.has_filename())
             throw WrongCall("-o " + output + " gives a folder, not the name of a file");
     }
@@ -105,12 +111,15 @@ std::vector<OutputPlan> PlanOutputs(std::vector<std::string> const& photos, std:
 }
 
 std::vector<fs::path> NamePieces(OutputPlan const& plan, std::vector<Place> const& places) {
+    Place last;
+    for (Place const& place : places) last = {std::max(last.x, place.x), std::max(last.y, place.y)};
     std::vector<fs::path> names;
     for (Place const& place : places)
-        names.push_back(IsPattern(plan.given) ? fs::path(FillPattern(plan, place)) : plan.output);
+        names.push_back(IsPattern(plan.given) ? fs::path(FillPattern(plan, place, last)) : plan.output);
     if (std::set<fs::path>(names.begin(), names.end()).size() < names.size())
-        throw WrongCall(plan.input.string() + " becomes " + std::to_string(places.size()) + " pictures, and -o " +
-                        plan.given + " gives several of them one name; say a pattern with {x} and {y}, such as -o '" +
+        throw WrongCall(plan.inputs.front().string() + " becomes " + std::to_string(places.size()) +
+                        " pictures, and -o " + plan.given +
+                        " gives several of them one name; say a pattern with {x} and {y}, such as -o '" +
                         "out/{name}-{y}-{x}.{ext}'");
     return names;
 }

@@ -5,8 +5,17 @@
 #include <algorithm>
 
 namespace Velnor::Tool {
+namespace {
 
-void PhotoReport::Warn(std::vector<std::string> const& texts) {
+Json ListFiles(std::vector<std::filesystem::path> const& files) {
+    Json list = Json::array();
+    for (std::filesystem::path const& file : files) list.push_back(file.string());
+    return list;
+}
+
+} // namespace
+
+void PhotoReport::Warn(std::filesystem::path const& input, std::vector<std::string> const& texts) {
     for (std::string const& text : texts)
         if (std::string const line = input.string() + ": " + text; std::ranges::count(warnings, line) == 0)
             warnings.push_back(line);
@@ -18,7 +27,7 @@ std::string FormatResults(PhotoReport const& photo) {
         std::string place;
         if (found.place) place = " at " + std::to_string(found.place->x) + "," + std::to_string(found.place->y);
         for (EffectResult const& result : found.results)
-            text += photo.input.string() + place + ": " + found.effect + ": " + result.field->name + "=" + result.text +
+            text += found.input.string() + place + ": " + found.effect + ": " + result.field->name + "=" + result.text +
                     "\n";
     }
     return text;
@@ -26,15 +35,16 @@ std::string FormatResults(PhotoReport const& photo) {
 
 std::string FormatJson(PhotoReport const& photo) {
     Json entry;
-    entry["input"] = photo.input.string();
-    entry["outputs"] = Json::array();
-    for (std::filesystem::path const& output : photo.outputs) entry["outputs"].push_back(output.string());
+    entry["input"] = photo.inputs.front().string();
+    if (photo.inputs.size() > 1) entry["inputs"] = ListFiles(photo.inputs);
+    entry["outputs"] = ListFiles(photo.outputs);
     entry["code"] = static_cast<int>(photo.report.code);
     if (!photo.report.text.empty()) entry["error"] = photo.report.text;
     if (!photo.warnings.empty()) entry["warnings"] = photo.warnings;
     entry["results"] = Json::array();
     for (PhotoReport::Found const& found : photo.found) {
         Json result{{"effect", found.effect}};
+        if (photo.inputs.size() > 1) result["input"] = found.input.string();
         if (found.place) result["at"] = {found.place->x, found.place->y};
         for (EffectResult const& one : found.results) result["values"][one.field->name] = ToJson(*one.field, one.text);
         entry["results"].push_back(result);

@@ -1,7 +1,6 @@
 #include "Tools/velnor/PictureOutput.h"
 
-#include "Proc/Interfaces/ImplNames.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Tools/velnor/Conversion.h"
 #include "Tools/velnor/Failure.h"
 
 #include <algorithm>
@@ -55,10 +54,7 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
         formats.insert(formats.end(), {PixFmt::RGBA, PixFmt::YA8});
     if (std::ranges::count(formats, picture->GetPixFmt()) > 0) return picture;
     std::erase(formats, PixFmt::PAL8);
-    auto const converter =
-        factory.CreateOneInputEffect(Proc::SettingsColorspaceConverter::CLASS_ID, Proc::ImplNames::DEFAULT);
-    converter->SetSettings(Proc::SettingsColorspaceConverter(formats, true));
-    converter->ProcessData(picture);
+    Convert(picture, formats, factory);
     return picture;
 }
 
