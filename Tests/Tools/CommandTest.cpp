@@ -354,6 +354,35 @@ TEST_F(CommandTest, MasksAreTakenAsTheirLuma) {
     EXPECT_EQ(run("mask.png", "extra-alpha-extractor:pixel-format=yuv420p"), "gray8 200");
 }
 
+TEST_F(CommandTest, EffectsLeaveTransparencyAndGreyOrTheCommandSaysSo) {
+    Make("grey.png", Proc::Color(90, 90, 90, 255), PixFmt::GRAY8);
+    Make("grey-glass.png", Proc::Color(90, 90, 90, 40), PixFmt::YA8);
+    Make("rgb.png", Proc::Color(90, 90, 90, 255), PixFmt::RGB24);
+    auto const run = [&](std::string const& photo, std::string const& effect) {
+        EXPECT_EQ(RunWithProbe({"apply", photo, "-e", effect, "-o", "x.png", "-f"}).error, "") << effect;
+        return Look("x.png");
+    };
+    for (char const* effect : {"auto-enhance", "blur-bokeh", "gradient", "black-white"})
+        EXPECT_THAT(run("glass.png", effect), AllOf(StartsWith("rgba "), EndsWith(" 128"))) << effect;
+    EXPECT_EQ(run("glass.png", "alpha-extractor"), "gray8 128"); // A mask has no use for it.
+    EXPECT_EQ(run("grey.png", "pixelate"), "gray8 90");
+    EXPECT_EQ(run("grey-glass.png", "pixelate"), "ya8 90 40");
+    std::string const gradient = "gradient:stops=0:#000000,90:#c81400,255:#ffffff";
+    EXPECT_EQ(run("grey.png", gradient), run("rgb.png", gradient));
+    EXPECT_EQ(run("grey-glass.png", gradient), "rgba" + run("rgb.png", gradient).substr(5) + " 40");
+    EXPECT_EQ(run("grey.png", "auto-enhance").substr(0, 6), "gray8 ");
+    EXPECT_THAT(run("grey.png", "blend-palette:input=red.png"), StartsWith("rgb24 "));
+    EXPECT_THAT(run("grey.png", "tint-temperature:temperature=60"), StartsWith("rgb24 "));
+
+    // Once for a photograph, whatever pieces it was in.
+    CommandResult const result = Run({"apply", "red.png", "-e", "cutter:patch-width=20,patch-height=32", "-e",
+                                      "white-balance", "-e", "stitcher", "-o", "y.png", "--json"});
+    std::string const warning =
+        "red.png: white-balance: changes nothing with these parameters; `velnor describe white-balance` shows others";
+    EXPECT_EQ(result.error, "velnor: " + warning + "\n");
+    EXPECT_EQ(nlohmann::json::parse(result.out)["warnings"], nlohmann::json{warning});
+}
+
 TEST_F(CommandTest, ADashIsStandardInputAndOutput) {
     CommandResult const piped = RunShell(
         "$VELNOR apply - -e white-balance:reference=#c81400 -e probe -o - --to png --plugin " VELNOR_PROBE_PLUGIN

@@ -153,26 +153,42 @@ private:
 
     std::vector<Piece> RunStep(EffectStep& step, fs::path const& input, std::vector<Piece> pieces, PhotoReport& photo) {
         bool const areSeveral = pieces.size() > 1;
-        if (areSeveral && step.Joins()) return RunOnce(step, input, std::nullopt, std::move(pieces), photo);
+        std::vector<StepOutcome> outcomes;
+        if (areSeveral && step.Joins())
+            outcomes.push_back(RunOnce(step, input, std::nullopt, std::move(pieces), photo));
+        else
+            for (Piece& piece : pieces) {
+                auto const at = areSeveral ? std::optional(piece.place) : std::nullopt;
+                std::vector<Piece> one;
+                one.push_back(std::move(piece));
+                outcomes.push_back(RunOnce(step, input, at, std::move(one), photo));
+            }
+        Warn(step, input, outcomes, photo);
         std::vector<Piece> made;
-        for (Piece& piece : pieces) {
-            auto const at = areSeveral ? std::optional(piece.place) : std::nullopt;
-            std::vector<Piece> one;
-            one.push_back(std::move(piece));
-            std::ranges::move(RunOnce(step, input, at, std::move(one), photo), std::back_inserter(made));
-        }
+        for (StepOutcome& outcome : outcomes) std::ranges::move(outcome.pieces, std::back_inserter(made));
         return made;
     }
 
-    std::vector<Piece> RunOnce(EffectStep& step, fs::path const& input, std::optional<Place> const& at,
-                               std::vector<Piece> pieces, PhotoReport& photo) {
+    StepOutcome RunOnce(EffectStep& step, fs::path const& input, std::optional<Place> const& at,
+                        std::vector<Piece> pieces, PhotoReport& photo) {
         Announce(input, step.GetName());
         place = input.string() + ": " + step.GetName() + ": ";
         StepOutcome outcome = step.Run(std::move(pieces));
         if (!outcome.warning.empty()) photo.warnings.push_back(place + outcome.warning);
         place.clear();
         if (!outcome.results.empty()) photo.found.push_back({input, step.GetName(), at, std::move(outcome.results)});
-        return std::move(outcome.pieces);
+        return outcome;
+    }
+
+    /// What a person may not expect of the effect, once for a photograph in pieces.
+    static void Warn(EffectStep const& step, fs::path const& input, std::vector<StepOutcome> const& outcomes,
+                     PhotoReport& photo) {
+        std::string const begin = input.string() + ": " + step.GetName() + ": ";
+        if (std::ranges::any_of(outcomes, &StepOutcome::isMadeOpaque))
+            photo.warnings.push_back(begin + "the photograph's transparency is lost");
+        if (std::ranges::all_of(outcomes, &StepOutcome::isUnchanged) && step.ChangesNothing())
+            photo.warnings.push_back(begin + "changes nothing with these parameters; `velnor describe " +
+                                     step.GetName() + "` shows others");
     }
 
     /// Of several, all are found free to write before the first is written.

@@ -3,6 +3,7 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Tools/velnor/EffectParameters.h"
+#include "Tools/velnor/Handling.h"
 #include "Tools/velnor/Masks.h"
 #include "Tools/velnor/StandardStreams.h"
 
@@ -91,9 +92,9 @@ StepOutcome EffectStep::Run(std::vector<Piece> pieces) {
     if (IsMask(0)) picture = MakeMask(std::move(picture), *factory);
     // The typed entries take our only handle, so that an effect that replaces the picture can drop the old one at once.
     if (auto* const one = dynamic_cast<Proc::IOneInputEffect*>(effect.get()))
-        RunOnOne(*one, picture);
+        RunOnOne(*one, picture, outcome);
     else if (auto* const two = dynamic_cast<Proc::ITwoInputEffect*>(effect.get()))
-        RunOnTwo(*two, picture);
+        RunOnTwo(*two, picture, outcome);
     else
         pieces = RunOnMany(*effect, pieces);
     for (Piece& piece : pieces) {
@@ -108,15 +109,33 @@ StepOutcome EffectStep::Run(std::vector<Piece> pieces) {
     return outcome;
 }
 
-void EffectStep::RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture) const {
-    Proc::FrameFormat const before = picture->GetFrameFormat();
-    one.ProcessData(picture);
-    // The host's own tools, such as resizing and padding, give just the size that they are asked for.
-    if (picture && chosen.implName != Proc::ImplNames::DEFAULT) CutBack(Proc::AsVideo(picture), before);
+void EffectStep::RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const {
+    bool const mayStay = HasResults() || settings->IsBypassed();
+    std::uint64_t const before = mayStay ? 0 : Digest(Proc::AsVideo(picture));
+    // The host's own tools, such as resizing and padding, give just the size and the format that they are asked for.
+    if (chosen.implName == Proc::ImplNames::DEFAULT || IsMask(0))
+        one.ProcessData(picture);
+    else
+        RunWithCare(one, picture, outcome);
+    outcome.isUnchanged = picture && !mayStay && Digest(Proc::AsVideo(picture)) == before;
 }
 
-void EffectStep::RunOnTwo(Proc::ITwoInputEffect& two, Proc::DataHandle& picture) const {
-    two.ProcessData(picture, Proc::AsVideo(furtherInputs.front()).MakeCopy(Proc::CopyMode::Value));
+void EffectStep::RunWithCare(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const {
+    Proc::FrameFormat const before = picture->GetFrameFormat();
+    Handling const handling(picture, *factory);
+    one.ProcessData(picture);
+    if (!picture) return;
+    CutBack(Proc::AsVideo(picture), before);
+    outcome.isMadeOpaque = handling.TakeBack(picture);
+}
+
+void EffectStep::RunOnTwo(Proc::ITwoInputEffect& two, Proc::DataHandle& picture, StepOutcome& outcome) const {
+    Proc::DataHandle second = Proc::AsVideo(furtherInputs.front()).MakeCopy(Proc::CopyMode::Value);
+    if (chosen.implName == Proc::ImplNames::DEFAULT || IsMask(1)) return two.ProcessData(picture, second);
+    Handling const handling(picture, *factory);
+    Handling const handlingOfSecond(second, *factory);
+    two.ProcessData(picture, second);
+    if (picture) outcome.isMadeOpaque = handling.TakeBack(picture);
 }
 
 /// An effect on any number of pictures gives one, or puts several into the vector of its inputs.
@@ -128,6 +147,19 @@ std::vector<Piece> EffectStep::RunOnMany(Proc::IEffect& many, std::vector<Piece>
     if (Proc::DataHandle const result = many.ProcessData(pictures)) return {JoinPieces(pieces, result)};
     if (pictures.empty()) throw NoPicture();
     return CutPiece(pieces.front(), pictures);
+}
+
+bool EffectStep::ChangesNothing() const {
+    Proc::DataHandle specimen = MakeSpecimen(*context);
+    std::uint64_t const before = Digest(Proc::AsVideo(specimen));
+    intrusive_ptr<Proc::IEffect> const effect = Make();
+    auto* const one = dynamic_cast<Proc::IOneInputEffect*>(effect.get());
+    try {
+        if (one != nullptr) one->ProcessData(specimen);
+    } catch (Proc::ProcException const&) {
+        return false;
+    }
+    return one != nullptr && specimen && Digest(Proc::AsVideo(specimen)) == before;
 }
 
 bool EffectStep::HasResults() const {

@@ -25,6 +25,8 @@ struct StepOutcome {
     std::vector<Piece> pieces;
     std::vector<EffectResult> results; ///< In order of declaration; none of an effect that is switched off.
     std::string warning;               ///< That the effect has about the result; mostly empty.
+    bool isUnchanged = false;          ///< The picture is as it was, though the effect is there to change it.
+    bool isMadeOpaque = false;         ///< The picture has lost the transparency that it had.
 };
 
 /// One effect of the chain: what was typed for it is understood once, with the further pictures that it names. Each run
@@ -52,6 +54,10 @@ public:
     /// Failure (output) when it gives no picture.
     StepOutcome Run(std::vector<Piece> pieces);
 
+    /// Whether the effect leaves every picture as it is, with these parameters: it is tried on one that shows all sorts of
+    /// things.
+    bool ChangesNothing() const;
+
     bool HasResults() const;                                         ///< Whether it is one that finds something out.
     Core::Property const& GetStatistic() const { return statistic; } ///< Of all runs together.
 
@@ -60,8 +66,9 @@ private:
     intrusive_ptr<Proc::IEffect> Make() const;
     void ReadFurtherInputs(std::vector<std::string> const& files, Proc::ReadOptions const& reading);
     bool IsMask(std::size_t input) const;
-    void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture) const;
-    void RunOnTwo(Proc::ITwoInputEffect& two, Proc::DataHandle& picture) const;
+    void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const;
+    void RunWithCare(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const;
+    void RunOnTwo(Proc::ITwoInputEffect& two, Proc::DataHandle& picture, StepOutcome& outcome) const;
     std::vector<Piece> RunOnMany(Proc::IEffect& many, std::vector<Piece> const& pieces) const;
     std::vector<EffectResult> FindResults(Proc::Settings const& after) const;
     Failure NoPicture() const;
