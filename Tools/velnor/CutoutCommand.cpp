@@ -205,10 +205,10 @@ ExitCode RunCutout(CutoutOptions const& options) {
     if (!warning.empty()) throw Failure(ExitCode::InputFailed, options.strokes + ": " + warning);
     cutout.Feather(mask, options.feather);
     cutout.SetAlpha(picture, mask);
-    PhotoReport report{options.photo, {}, {}, {}, {}};
-    report.Warn(photo.warnings);
-    report.Warn(SavePicture(std::move(picture), options.output, true, photo.metadata.get(), options.files.ForWriting(),
-                            *catalogue.GetHost().GetFactory()));
+    PhotoReport report;
+    report.Warn(options.photo, photo.warnings);
+    report.Warn(options.photo, SavePicture(std::move(picture), options.output, true, photo.metadata.get(),
+                                           options.files.ForWriting(), *catalogue.GetHost().GetFactory()));
     for (std::string const& line : report.warnings) PrintError(line);
     return ExitCode::Done;
 }
