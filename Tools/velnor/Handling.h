@@ -7,7 +7,8 @@
 
 namespace Velnor::Tool {
 
-/// A number that is the same for pictures with the same format, size and samples, and all but surely another for others.
+/// A number that is the same for pictures with the same format, size and samples, and all but surely another for others,
+/// unless they differ in a few rows only.
 std::uint64_t Digest(Proc::IDataVideo const& picture);
 
 /// How a photograph is handed to an effect and taken back, so that it loses nothing which the effect has no eye for: grey
