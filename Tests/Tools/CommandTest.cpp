@@ -321,6 +321,7 @@ TEST_F(CommandTest, PhotographsAndPiecesAreJoined) {
     EXPECT_EQ(look({"red.png", "-e", cut, "-e", "pixelate", "-e", "stitcher", "-o", "1.png"}), photo);
     EXPECT_EQ(look({"red.png", "-e", cut, "-e", "resizer:mode=by-factor,factor=0.5", "-e", "stitcher", "-o", "2.png"}),
               "20x16 rgb24 200 20 10");
+    EXPECT_EQ(look({"red.png", "-e", "cutter", "-e", "stitcher", "-o", "0.png"}), photo); // A piece larger than it.
     // From files, in the order in which the shell names them.
     ASSERT_EQ(Run({"apply", "red.png", "-e", cut, "-o", "tiles/{y}-{x}.png"}).code, 0);
     EXPECT_EQ(RunShell("$VELNOR apply tiles/*.png -e stitcher:columns=3,overlap-x=4 -o 3.png", folder).code, 0);

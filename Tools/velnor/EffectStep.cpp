@@ -144,9 +144,11 @@ std::vector<Piece> EffectStep::RunOnMany(Proc::IEffect& many, std::vector<Piece>
     std::vector<Proc::DataHandle> pictures = PutInPlace(pieces, *context);
     for (Proc::DataHandle const& input : furtherInputs)
         pictures.push_back(Proc::AsVideo(input).MakeCopy(Proc::CopyMode::Value)); // Kept for the next photograph.
-    if (Proc::DataHandle const result = many.ProcessData(pictures)) return {JoinPieces(pieces, result)};
+    Piece const& first = pieces.front();
+    if (Proc::DataHandle const result = many.ProcessData(pictures))
+        return {Joins() ? JoinPieces(pieces, result) : Piece{result, first.place, first.cut}};
     if (pictures.empty()) throw NoPicture();
-    return CutPiece(pieces.front(), pictures);
+    return CutPiece(first, pictures);
 }
 
 bool EffectStep::ChangesNothing() const {

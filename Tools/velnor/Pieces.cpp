@@ -86,7 +86,6 @@ std::vector<Proc::DataHandle> PutInPlace(std::vector<Piece> const& pieces, Proc:
 }
 
 Piece JoinPieces(std::vector<Piece> const& pieces, Proc::DataHandle const& joined) {
-    if (pieces.size() == 1) return {joined, pieces.front().place, pieces.front().cut};
     if (!AreOfOnePhotograph(pieces)) return {joined, {}};
     FrameFormat const covered = FindCovered(pieces);
     FrameFormat const& made = joined->GetFrameFormat();
