@@ -139,7 +139,7 @@ private:
             Kernels::MakeMatte(Read(small), Read(cut), SUBJECT, static_cast<std::size_t>(std::lround(radius)),
                                Read(rgba), mask->GetMutablePlane(0));
         } else {
-            VLOG(VERBOSE_LEVEL) << "No subject stands out from a background";
+            VLOG(VERBOSE_LEVEL) << GetInstanceName() << " finds no subject that stands out from a background";
             mask->Fill(Color::White(Color::Opacity::Opaque));
         }
         KeepClear(Read(rgba), mask->GetMutablePlane(0));
@@ -207,30 +207,25 @@ private:
         return strokes;
     }
 
-    /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large. Faces are a help only:
-    /// without a detector, what stands out is the subject.
+    /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large.
     std::vector<FaceBox> FindFaces(intrusive_ptr<IData> const& small, float scale) {
+        if (!faceDetector) faceDetector = MakeOneInput(SettingsEffectFaceDetector());
         std::vector<FaceBox> boxes;
-        try {
-            if (!faceDetector) faceDetector = MakeOneInput<SettingsEffectFaceDetector>();
-            for (Face const& face : FaceFinder(faceDetector).Find(small, "RemoveBackground"))
-                boxes.push_back({static_cast<float>(face.left) * scale, static_cast<float>(face.top) * scale,
-                                 static_cast<float>(face.width) * scale, static_cast<float>(face.height) * scale});
-        } catch (ProcException const& exception) {
-            VLOG(VERBOSE_LEVEL) << "Faces are not looked for: " << DescribeException(exception);
-        }
+        for (Face const& face : FaceFinder(faceDetector).Find(small, GetInstanceName()))
+            boxes.push_back({static_cast<float>(face.left) * scale, static_cast<float>(face.top) * scale,
+                             static_cast<float>(face.width) * scale, static_cast<float>(face.height) * scale});
         return boxes;
     }
 
     intrusive_ptr<IData> CleanEdge(intrusive_ptr<IData> const& rgba, VideoHandle const& mask) {
-        if (!edgeRemove)
-            edgeRemove = factory->CreateVarInputEffect(SettingsEffectEdgeRemove::CLASS_ID, ImplNames::VELNOR);
+        // A part of this effect: the contract has no operation to ask the host's factory for one of its kind.
+        if (!edgeRemove) edgeRemove = CreateEdgeRemove(factory, context);
         SettingsEffectEdgeRemove edge;
         edge.SetStrength(settings.GetDecontaminate());
         edge.SetFringe(2);
         edge.SetFeather(0);
         edgeRemove->SetSettings(edge);
-        return edgeRemove->Process({rgba, mask});
+        return edgeRemove->ProcessData({rgba, mask});
     }
 
     intrusive_ptr<IData> Compose(intrusive_ptr<IData> const& subject, intrusive_ptr<IData> const& given) const {
@@ -261,7 +256,7 @@ private:
     intrusive_ptr<IOneInputEffectVideo> resizer;
     intrusive_ptr<ITwoInputEffectVideo> segmentation;
     intrusive_ptr<IOneInputEffectVideo> faceDetector; ///< Made when it is needed first.
-    intrusive_ptr<IVarInputEffectVideo> edgeRemove;   ///< The same.
+    intrusive_ptr<IEffect> edgeRemove;                ///< The same.
 };
 
 intrusive_ptr<IEffect> CreateRemoveBackground(FactoryHandle const& factory, ContextHandle const& context) {

@@ -1,6 +1,9 @@
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Tests/Support/HostRun.h"
+#include "Tests/Support/LogCapture.h"
+#include "Tests/Support/RecordingFactory.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gmock/gmock.h>
 
@@ -142,7 +145,10 @@ TEST_F(RemoveBackgroundTest, LaysTheSubjectOverAColourOrAPicture) {
 }
 
 TEST_F(RemoveBackgroundTest, KeepsAllWhenNothingStandsOut) {
+    LogCapture const log(30);
     VideoHandle const result = Run({}, {Draw({})});
+    EXPECT_THAT(log.lines, ::testing::Contains("RemoveBackground.cpp: SettingsEffectRemoveBackground_Velnor finds no "
+                                               "subject that stands out from a background"));
     for (std::uint32_t y = 0; y < HEIGHT; y += 7)
         for (std::uint32_t x = 0; x < WIDTH; x += 7) EXPECT_EQ(At(result, x, y), GROUND);
 }
@@ -155,6 +161,22 @@ TEST_F(RemoveBackgroundTest, TakesThinAndTinyPictures) {
         EXPECT_EQ(result->GetFrameFormat().width, size.width);
         EXPECT_EQ(result->GetFrameFormat().height, size.height);
     }
+}
+
+TEST_F(RemoveBackgroundTest, AsksForDefaultsAloneAndLetsADetectorsErrorPass) {
+    Recorder recorder;
+    auto const recorded = CreateRemoveBackground(MakeShared<RecordingFactory>(recorder), host.GetContext());
+    LogCapture const log(30);
+    recorded->ProcessData(Pictures{Draw({})});
+    for (std::string const& call : recorder.Take())
+        if (call.starts_with("create")) {
+            EXPECT_THAT(call, ::testing::EndsWith("/Default"));
+            EXPECT_THAT(call, ::testing::Not(HasSubstr("EdgeRemove")));
+        }
+    EXPECT_THAT(log.lines, ::testing::Contains("Faces.h: SettingsEffectRemoveBackground_Velnor finds no face"));
+    constexpr int DETECTOR = 6;
+    recorder.oneInput[DETECTOR] = [](DataHandle&) { VELNOR_THROW(EffectException, "The model is missing."); };
+    EXPECT_EQ(RefusalOf([&] { recorded->ProcessData(Pictures{Draw({})}); }), "The model is missing.");
 }
 
 TEST_F(RemoveBackgroundTest, SaysWhatIsWrong) {
