@@ -8,7 +8,7 @@ namespace Velnor::Proc {
 class VELNOR_API SettingsColorspaceConverter final : public SettingsOf<SettingsColorspaceConverter> {
     VELNOR_SETTINGS(SettingsColorspaceConverter, "Converts the picture to one of several pixel formats.")
     VELNOR_FIELD(std::vector<PixFmt>, Formats, {},
-                 "accepted formats; the one that loses least of the picture is taken, the first among equals",
+                 "accepted formats; the picture's own, else the one that loses least of it, the first among equals",
                  Example("rgb24,gray8"))
     VELNOR_FLAG(KeepExtras, true, "whether extra alpha and the time attributes go on to the result")
     VELNOR_SETTINGS_END

@@ -15,8 +15,8 @@ class VELNOR_API SettingsEffectBlurBokeh final : public SettingsOf<SettingsEffec
     VELNOR_FIELD(double, BokehGain, 1.0, "factor of those samples", Range(0, 10))
     VELNOR_FIELD(double, ImageThreshold, 0.93, "samples of the picture above it are amplified", Range(0, 1))
     VELNOR_FIELD(double, ImageGain, 1.8, "factor of those samples", Range(0, 10))
-    VELNOR_FIELD(double, Threshold, 0.0,
-                 "where between the dark and the bright levels the sharp picture begins to show", Range(0, 1))
+    VELNOR_FIELD(double, Threshold, 0.0, "from where between the dark and the bright levels on the blur shows",
+                 Range(0, 1))
     VELNOR_FIELD(double, Strength, 1.0, "how much of the sharp picture gives way", Range(0, 1))
     VELNOR_FIELD(SettingsEffectVideoGenerator, Generator, {}, "the aperture")
     VELNOR_SETTINGS_END

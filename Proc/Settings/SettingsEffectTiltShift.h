@@ -19,7 +19,8 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectTiltShift, "Blurs all but a band, as if the scene were a miniature.")
     VELNOR_FIELD(int, Blur, 100, "strength of the blur", Unit("%"), Range(0, 100))
-    VELNOR_FIELD(int, Sharpen, 0, "how much edges in the blurred area are sharpened", Unit("%"), Range(0, 100))
+    VELNOR_FIELD(int, Sharpen, 0, "how much edges in the blurred area are sharpened; a blur of 100 leaves none",
+                 Unit("%"), Range(0, 100))
     VELNOR_FIELD(SettingsEffectShapeMask, ShapeMask, DefaultMask(), "the area that stays sharp")
     VELNOR_SETTINGS_END
 

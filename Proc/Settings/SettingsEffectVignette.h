@@ -19,7 +19,8 @@ public:
     }
 
     VELNOR_SETTINGS(SettingsEffectVignette, "Darkens or tints the edges of the picture.")
-    VELNOR_FIELD(Color, Color, ::Velnor::Proc::Color(0, 0, 0, 255), "colour of the edges", Example("#302010"))
+    VELNOR_FIELD(Color, Color, ::Velnor::Proc::Color(0, 0, 0, 255), "colour of the edges; its opacity is not used",
+                 Example("#302010"))
     VELNOR_FIELD(SettingsEffectShapeMask, ShapeMask, DefaultMask(), "the area that stays clear")
     VELNOR_SETTINGS_END
 
