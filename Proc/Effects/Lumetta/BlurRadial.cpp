@@ -87,8 +87,7 @@ private:
             Kernels::MeanOfTwo(from, to, pixelBytes, first, second);
             bool const holdsAlpha = i == format.alpha.plane;
             if (alpha.IsEmpty() || (holdsAlpha && pixelBytes == 1)) continue;
-            Kernels::WeighMeanOfTwo(from, to, pixelBytes, alpha, holdsAlpha ? format.alpha.offset : Kernels::NO_ALPHA,
-                                    first, second);
+            Kernels::WeighMeanOfTwo(from, to, pixelBytes, alpha, holdsAlpha ? format.alpha.offset : -1, first, second);
         }
     }
 };

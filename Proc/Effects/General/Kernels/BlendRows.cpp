@@ -1,5 +1,7 @@
 #include "Proc/Effects/General/Kernels/BlendRows.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -63,11 +65,6 @@ __attribute__((target("avx2"))) void BlendAvx2(unsigned char* first, unsigned ch
                                                BlendShape const& shape) {
     Blend(first, second, alpha, pixels, shape);
 }
-
-bool HasAvx2() {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2");
-}
 #endif
 
 } // namespace
@@ -75,8 +72,7 @@ bool HasAvx2() {
 void BlendPixels(unsigned char* first, unsigned char const* second, unsigned char const* alpha, std::size_t pixels,
                  BlendShape const& shape) {
 #if defined(__x86_64__)
-    static bool const hasAvx2 = HasAvx2();
-    if (hasAvx2) return BlendAvx2(first, second, alpha, pixels, shape);
+    if (HasTarget(Target::Avx2)) return BlendAvx2(first, second, alpha, pixels, shape);
 #endif
     Blend(first, second, alpha, pixels, shape);
 }

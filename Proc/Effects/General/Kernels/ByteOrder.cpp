@@ -1,5 +1,7 @@
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #if defined(__x86_64__) && defined(__GNUC__)
 #define VELNOR_BYTE_SHUFFLE
 #include <tmmintrin.h>
@@ -53,18 +55,13 @@ __attribute__((target("ssse3"))) std::size_t ReorderBlocks(unsigned char const* 
     }
     return x;
 }
-
-bool HasByteShuffle() {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("ssse3");
-}
 #endif
 
 template <std::size_t From, std::size_t To>
 void ReorderRows(ConstPlane const& source, MutablePlane const& target, ByteOrder const& order) {
     std::size_t const pixels = target.GetWidth() / To;
 #ifdef VELNOR_BYTE_SHUFFLE
-    static bool const isFast = HasByteShuffle();
+    bool const isFast = HasTarget(Target::Ssse3);
 #endif
     for (std::uint64_t y = 0; y < target.GetHeight(); ++y) {
         std::size_t done = 0;

@@ -1,5 +1,7 @@
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -56,13 +58,8 @@ inline __attribute__((always_inline)) void VibranceRow(unsigned char* row, std::
 // The same code once more, for products of 32 bits, which the oldest of these processors cannot do in vectors.
 #if defined(__x86_64__)
 #define VELNOR_AVX2 __attribute__((target("avx2")))
-bool HasAvx2() {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2");
-}
 #else
 #define VELNOR_AVX2
-bool HasAvx2() { return false; }
 #endif
 
 template <unsigned int Bytes, unsigned int Red>
@@ -99,7 +96,7 @@ void ForEachRow(MutablePlane const& plane, PackedRgb const& format, Work const& 
 void ApplyVibrance(MutablePlane const& plane, PackedRgb const& format, int strength) {
     // |c - luma| * weight stays below 255 * 255 * 258 < 2^24.
     int const factor = (strength * (1 << FRACTION_BITS)) / (100 * 255);
-    bool const hasAvx2 = HasAvx2();
+    bool const hasAvx2 = HasTarget(Target::Avx2);
     ForEachRow(plane, format, [&]<unsigned int Bytes, unsigned int Red>(unsigned char* row, std::size_t pixels) {
         if (hasAvx2)
             VibranceRowAvx2<Bytes, Red>(row, pixels, factor);

@@ -1,5 +1,7 @@
 #include "Proc/Effects/General/Kernels/RemapRows.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -67,11 +69,6 @@ inline __attribute__((always_inline)) void Split(float const* positions, std::ui
 VELNOR_AVX2 void SplitAvx2(float const* positions, std::uint32_t size, std::int32_t* index, float* weight,
                            std::size_t count) {
     Split(positions, size, index, weight, count);
-}
-
-bool HasAvx2() {
-    static bool const has = __builtin_cpu_supports("avx2") != 0;
-    return has;
 }
 
 /// Sample and right neighbour of two rows, spread so that each byte becomes a lane: a0 a1 a2 a3 c0 c1 c2 c3 from the
@@ -175,7 +172,7 @@ template <unsigned int Bytes>
 std::size_t SampleFast([[maybe_unused]] Source const& source, [[maybe_unused]] RowTaps const& taps,
                        [[maybe_unused]] unsigned char* target) {
 #if defined(__x86_64__)
-    if (!HasAvx2()) return 0;
+    if (!HasTarget(Target::Avx2)) return 0;
     if constexpr (Bytes == 1)
         return SampleBytesAvx2(source, taps, target);
     else
@@ -205,7 +202,7 @@ void WithBytes(unsigned int bytes, Work const& work) {
 void SplitPositions(float const* x, float const* y, std::uint32_t width, std::uint32_t height, RowTaps& taps) {
     auto split = &Split;
 #if defined(__x86_64__)
-    if (HasAvx2()) split = &SplitAvx2;
+    if (HasTarget(Target::Avx2)) split = &SplitAvx2;
 #endif
     split(x, width, taps.column.data(), taps.right.data(), taps.column.size());
     split(y, height, taps.row.data(), taps.lower.data(), taps.row.size());

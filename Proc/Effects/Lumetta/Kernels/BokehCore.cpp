@@ -77,32 +77,13 @@ struct Entry {
     std::size_t blockSamples = 0;
 };
 
-Entry FindEntry(BokehTarget target) {
-    switch (target) {
-    case BokehTarget::Plain:
-        break;
-    case BokehTarget::Sse2:
-        return {BokehSse2::SumRows, BokehSse2::BLOCK_SAMPLES};
-    case BokehTarget::Avx2:
-        return {BokehAvx2::SumRows, BokehAvx2::BLOCK_SAMPLES};
-    case BokehTarget::Avx512:
-        return {BokehAvx512::SumRows, BokehAvx512::BLOCK_SAMPLES};
-    }
-    return {};
-}
+constexpr std::array CODED{Target::Scalar, Target::Sse2, Target::Avx2, Target::Avx512};
 
-bool IsSupported(BokehTarget target) {
-    __builtin_cpu_init();
-    switch (target) {
-    case BokehTarget::Plain:
-    case BokehTarget::Sse2:
-        return true;
-    case BokehTarget::Avx2:
-        return __builtin_cpu_supports("avx2");
-    case BokehTarget::Avx512:
-        return __builtin_cpu_supports("avx512f");
-    }
-    return false;
+Entry FindEntry(Target target) {
+    if (target >= Target::Avx512) return {BokehAvx512::SumRows, BokehAvx512::BLOCK_SAMPLES};
+    if (target >= Target::Avx2) return {BokehAvx2::SumRows, BokehAvx2::BLOCK_SAMPLES};
+    if (target >= Target::Sse2) return {BokehSse2::SumRows, BokehSse2::BLOCK_SAMPLES};
+    return {};
 }
 
 /// In blocks a weight of 0 is multiplied where a neighbouring row has one: 0 must come of it.
@@ -110,7 +91,7 @@ bool AreHarmless(std::vector<float> const& values) {
     return std::ranges::all_of(values, [](float value) { return std::isfinite(value) && !std::signbit(value); });
 }
 #else
-bool IsSupported(BokehTarget target) { return target == BokehTarget::Plain; }
+constexpr std::array CODED{Target::Scalar};
 #endif
 
 } // namespace
@@ -175,20 +156,14 @@ std::vector<float> ConvolvePlain(PaddedPicture const& picture, BokehKernel const
     return sums;
 }
 
-std::string_view GetTargetName(BokehTarget target) {
-    static constexpr std::array<std::string_view, 4> NAMES{"plain", "sse2", "avx2", "avx512"};
-    return NAMES.at(static_cast<std::size_t>(target));
-}
-
-std::vector<BokehTarget> SupportedBokehTargets() {
-    std::vector<BokehTarget> targets{BokehTarget::Plain, BokehTarget::Sse2, BokehTarget::Avx2, BokehTarget::Avx512};
-    std::erase_if(targets, [](BokehTarget target) { return !IsSupported(target); });
+std::vector<Target> SupportedBokehTargets() {
+    std::vector<Target> targets(CODED.begin(), CODED.end());
+    std::erase_if(targets, [](Target target) { return !HasTarget(target); });
     return targets;
 }
 
-std::vector<float> ConvolveWith(BokehTarget target, PaddedPicture const& picture, BokehKernel const& kernel) {
-    if (!IsSupported(target))
-        VELNOR_THROW(ProcException, "this processor has no " + std::string(GetTargetName(target)));
+std::vector<float> ConvolveWith(Target target, PaddedPicture const& picture, BokehKernel const& kernel) {
+    if (!HasTarget(target)) VELNOR_THROW(ProcException, "kernels may not use " + std::string(GetTargetName(target)));
 #ifdef VELNOR_BOKEH_X86
     Entry const entry = FindEntry(target);
     bool const isLargeEnough = picture.rows >= BOKEH_ROWS && picture.samples >= entry.blockSamples;
@@ -202,8 +177,7 @@ std::vector<float> ConvolveWith(BokehTarget target, PaddedPicture const& picture
 }
 
 std::vector<float> Convolve(PaddedPicture const& picture, BokehKernel const& kernel) {
-    static BokehTarget const BEST = SupportedBokehTargets().back();
-    return ConvolveWith(BEST, picture, kernel);
+    return ConvolveWith(UsedTarget(), picture, kernel);
 }
 
 void WriteLevels(std::vector<float> const& sums, float kernelSum, MutablePlane const& target) {

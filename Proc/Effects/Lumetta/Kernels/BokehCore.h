@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
 #include "Proc/Interfaces/Plane.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 namespace Velnor::Proc::Kernels {
@@ -45,16 +45,11 @@ std::vector<float> Convolve(PaddedPicture const& picture, BokehKernel const& ker
 /// The meaning of Convolve in plain loops: every other way gives the same floats.
 std::vector<float> ConvolvePlain(PaddedPicture const& picture, BokehKernel const& kernel);
 
-/// The instruction sets that Convolve has code for, slowest first.
-enum class BokehTarget { Plain, Sse2, Avx2, Avx512 };
+/// The targets that Convolve has code for and may use, slowest first; it takes the last.
+std::vector<Target> SupportedBokehTargets();
 
-std::string_view GetTargetName(BokehTarget target);
-
-/// The targets that the processor at hand can run, slowest first; Convolve takes the last.
-std::vector<BokehTarget> SupportedBokehTargets();
-
-/// Convolve by the code for one target, which must be among SupportedBokehTargets().
-std::vector<float> ConvolveWith(BokehTarget target, PaddedPicture const& picture, BokehKernel const& kernel);
+/// Convolve by the code for one target, which kernels must be allowed to use.
+std::vector<float> ConvolveWith(Target target, PaddedPicture const& picture, BokehKernel const& kernel);
 
 /// Writes sums as bytes: 255 x value / kernel sum, rounded and clamped. What is not a number becomes 0.
 void WriteLevels(std::vector<float> const& sums, float kernelSum, MutablePlane const& target);

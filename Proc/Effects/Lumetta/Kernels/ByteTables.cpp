@@ -23,28 +23,13 @@ void Check(ConstPlane const& source, MutablePlane const& target, std::size_t tab
 }
 
 #ifdef VELNOR_BYTE_TABLES_X86
-bool IsSupported(Target target) {
-    __builtin_cpu_init();
-    bool const avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq");
-    switch (target) {
-    case Target::Scalar:
-        return true;
-    case Target::Sse4:
-        return __builtin_cpu_supports("sse4.1");
-    case Target::Avx2:
-        return __builtin_cpu_supports("avx2");
-    case Target::Avx512:
-        return avx512;
-    case Target::Avx512Vbmi:
-        return avx512 && __builtin_cpu_supports("avx512vbmi");
-    }
-    return false;
-}
+constexpr std::array CODED{Target::Scalar, Target::Sse4, Target::Avx2, Target::Avx512, Target::Avx512Vbmi};
 
 auto FindEntry(Target target) {
     switch (target) {
     case Target::Scalar:
+    case Target::Sse2:
+    case Target::Ssse3:
         break;
     case Target::Sse4:
         return Sse4::MapRows;
@@ -58,20 +43,15 @@ auto FindEntry(Target target) {
     return MapBytesScalar;
 }
 #else
-bool IsSupported(Target target) { return target == Target::Scalar; }
+constexpr std::array CODED{Target::Scalar};
 auto FindEntry(Target) { return MapBytesScalar; }
 #endif
 
 } // namespace
 
-std::string_view GetTargetName(Target target) {
-    static constexpr std::array<std::string_view, 5> NAMES{"scalar", "sse4", "avx2", "avx512", "avx512vbmi"};
-    return NAMES.at(static_cast<std::size_t>(target));
-}
-
 std::vector<Target> SupportedTargets() {
-    std::vector<Target> targets{Target::Scalar, Target::Sse4, Target::Avx2, Target::Avx512, Target::Avx512Vbmi};
-    std::erase_if(targets, [](Target target) { return !IsSupported(target); });
+    std::vector<Target> targets(CODED.begin(), CODED.end());
+    std::erase_if(targets, [](Target target) { return !HasTarget(target); });
     return targets;
 }
 
@@ -89,8 +69,8 @@ void MapBytesScalar(ConstPlane const& source, MutablePlane const& target, std::s
 void MapBytesWith(Target instructionSet, ConstPlane const& source, MutablePlane const& target,
                   std::span<Table const> tables, unsigned int pixelBytes) {
     Check(source, target, tables.size(), pixelBytes);
-    if (!IsSupported(instructionSet))
-        VELNOR_THROW(ProcException, "this processor has no " + std::string(GetTargetName(instructionSet)));
+    if (!HasTarget(instructionSet))
+        VELNOR_THROW(ProcException, "kernels may not use " + std::string(GetTargetName(instructionSet)));
     if (source.IsEmpty()) return;
     // One table for every byte needs no telling apart of the bytes.
     auto const differs = [&](Table const& table) { return table != tables[0]; };
@@ -106,8 +86,7 @@ void MapBytesWith(Target instructionSet, ConstPlane const& source, MutablePlane 
 
 void MapBytes(ConstPlane const& source, MutablePlane const& target, std::span<Table const> tables,
               unsigned int pixelBytes) {
-    static Target const BEST = SupportedTargets().back();
-    MapBytesWith(BEST, source, target, tables, pixelBytes);
+    MapBytesWith(UsedTarget(), source, target, tables, pixelBytes);
 }
 
 } // namespace Velnor::Proc::Kernels

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
 #include "Proc/Interfaces/Plane.h"
 
 #include <array>
 #include <span>
-#include <string_view>
 #include <vector>
 
 namespace Velnor::Proc::Kernels {
@@ -27,12 +27,7 @@ void MapBytes(ConstPlane const& source, MutablePlane const& target, std::span<Ta
 void MapBytesScalar(ConstPlane const& source, MutablePlane const& target, std::span<Table const> tables,
                     unsigned int pixelBytes);
 
-/// The instruction sets that MapBytes has code for, slowest first.
-enum class Target { Scalar, Sse4, Avx2, Avx512, Avx512Vbmi };
-
-std::string_view GetTargetName(Target target);
-
-/// The targets that the processor at hand can run, slowest first; MapBytes takes the last.
+/// The targets that MapBytes has code for and may use, slowest first; it takes the last.
 std::vector<Target> SupportedTargets();
 
 /// MapBytes by the code for one target, which must be among SupportedTargets().

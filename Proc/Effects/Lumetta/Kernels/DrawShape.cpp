@@ -1,5 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/DrawShape.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -93,8 +95,7 @@ __attribute__((target("avx2"))) void DrawSpanAvx2(unsigned char* row, int from, 
 template <class Measure>
 void DrawSpan(unsigned char* row, int from, int to, Edge const& edge, Measure const& measure) {
 #if defined(__x86_64__)
-    static bool const hasAvx2 = __builtin_cpu_supports("avx2") != 0;
-    if (hasAvx2) return DrawSpanAvx2(row, from, to, edge, measure);
+    if (HasTarget(Target::Avx2)) return DrawSpanAvx2(row, from, to, edge, measure);
 #endif
     DrawSpanBaseline(row, from, to, edge, measure);
 }

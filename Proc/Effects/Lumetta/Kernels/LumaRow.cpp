@@ -1,5 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/LumaRow.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -8,11 +10,6 @@ namespace Velnor::Proc::Kernels {
 namespace {
 
 #if defined(__x86_64__)
-
-bool HasShuffle() {
-    static bool const has = __builtin_cpu_supports("ssse3") != 0;
-    return has;
-}
 
 /// Byte numbers that bring bytes `first` and `second` of four pixels into the halves of 32 bits; -1 is a zero.
 __m128i PickPairs(int pixelBytes, int first, int second) {
@@ -64,7 +61,7 @@ void WriteLumaRow(unsigned char const* row, std::uint64_t pixels, unsigned int p
                   unsigned char* luma) {
     std::uint64_t x = 0;
 #if defined(__x86_64__)
-    if (HasShuffle()) x = WriteByEights(row, pixels, pixelBytes, weights, luma);
+    if (HasTarget(Target::Ssse3)) x = WriteByEights(row, pixels, pixelBytes, weights, luma);
 #endif
     for (; x < pixels; ++x) {
         unsigned char const* const pixel = row + x * pixelBytes;

@@ -1,5 +1,7 @@
 #include "Proc/Effects/Lumetta/Kernels/TurnedMean.h"
 
+#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -151,6 +153,7 @@ private:
 /// Writes the part of a row where both walks are inside.
 template <std::size_t Bytes>
 Span WriteInside(ConstPlane const& source, Walk const& one, Walk const& other, unsigned char* to, std::int64_t count) {
+    if (!HasTarget(Target::Sse2)) return {0, 0};
     using Inner = InnerWalk<Bytes>;
     Span const inside = Common(Inner::FindInside(source, one, count), Inner::FindInside(source, other, count));
     Inner first(source, one, inside.begin);
@@ -197,8 +200,8 @@ void MeanRows(ConstPlane const& source, MutablePlane const& target, Similarity c
 
 /// A pixel's mean with weights times alpha; it stays where those are equal.
 template <std::size_t Bytes>
-void WeighPixel(ConstPlane const& source, ConstPlane const& alpha, unsigned int alphaByte, Walk const& one,
-                Walk const& other, unsigned char* to) {
+void WeighPixel(ConstPlane const& source, ConstPlane const& alpha, int alphaByte, Walk const& one, Walk const& other,
+                unsigned char* to) {
     Corners const opacity[] = {FindCorners<Bytes>(alpha, one.x, one.y), FindCorners<Bytes>(alpha, other.x, other.y)};
     std::array<std::int64_t, 8> weights;
     std::int64_t total = 0;
@@ -215,7 +218,7 @@ void WeighPixel(ConstPlane const& source, ConstPlane const& alpha, unsigned int 
     if (least == most || total == 0) return;
     Corners const colours[] = {FindCorners<Bytes>(source, one.x, one.y), FindCorners<Bytes>(source, other.x, other.y)};
     for (std::size_t k = 0; k < Bytes; ++k) {
-        if (k == alphaByte) continue;
+        if (static_cast<int>(k) == alphaByte) continue;
         std::int64_t sum = total / 2;
         for (std::size_t i = 0; i < weights.size(); ++i) sum += weights[i] * colours[i / 4].at[i % 4][k];
         to[k] = static_cast<unsigned char>(sum / total);
@@ -223,7 +226,7 @@ void WeighPixel(ConstPlane const& source, ConstPlane const& alpha, unsigned int 
 }
 
 template <std::size_t Bytes>
-void WeighRows(ConstPlane const& source, MutablePlane const& target, ConstPlane const& alpha, unsigned int alphaByte,
+void WeighRows(ConstPlane const& source, MutablePlane const& target, ConstPlane const& alpha, int alphaByte,
                Similarity const& first, Similarity const& second) {
     for (std::uint64_t row = 0; row < target.GetHeight(); ++row) {
         Walk one = MakeWalk(first, row);
@@ -242,8 +245,7 @@ void WeighRows(ConstPlane const& source, MutablePlane const& target, ConstPlane 
 } // namespace
 
 void WeighMeanOfTwo(ConstPlane const& source, MutablePlane const& target, unsigned int pixelBytes,
-                    ConstPlane const& alpha, unsigned int alphaByte, Similarity const& first,
-                    Similarity const& second) {
+                    ConstPlane const& alpha, int alphaByte, Similarity const& first, Similarity const& second) {
     constexpr std::array LOOPS{&WeighRows<1>, &WeighRows<2>, &WeighRows<3>, &WeighRows<4>};
     LOOPS.at(pixelBytes - 1)(source, target, alpha, alphaByte, first, second);
 }

@@ -19,13 +19,11 @@ struct Similarity {
 void MeanOfTwo(ConstPlane const& source, MutablePlane const& target, unsigned int pixelBytes, Similarity const& first,
                Similarity const& second);
 
-constexpr unsigned int NO_ALPHA = 4; ///< Of pixels whose bytes are all colours.
-
 /// Writes colours of that mean anew, each pixel counting by its alpha too, where those differ and are not all 0: what
 /// is clear has no colour to give.
 /// @param alpha      of the source, one byte a pixel, at the distance of its pixel bytes
-/// @param alphaByte  of a pixel, that is left as it is, or NO_ALPHA
+/// @param alphaByte  of a pixel, that is left as it is; -1 where all bytes are colours
 void WeighMeanOfTwo(ConstPlane const& source, MutablePlane const& target, unsigned int pixelBytes,
-                    ConstPlane const& alpha, unsigned int alphaByte, Similarity const& first, Similarity const& second);
+                    ConstPlane const& alpha, int alphaByte, Similarity const& first, Similarity const& second);
 
 } // namespace Velnor::Proc::Kernels

@@ -92,7 +92,7 @@ TEST(BokehConvolution, EveryInstructionSetGivesTheFloatsOfThePlainLoops) {
         BokehKernel const kernel = MakeKernel(kw, kh, kw + kh);
         PaddedPicture const padded = PadPicture(Bytes(width * 3, height, height).View(), kernel, 0.8, 2.5);
         std::vector<float> const expected = ConvolvePlain(padded, kernel);
-        for (BokehTarget const target : SupportedBokehTargets())
+        for (Target const target : SupportedBokehTargets())
             EXPECT_EQ(ConvolveWith(target, padded, kernel), expected)
                 << GetTargetName(target) << " " << width << " x " << height << ", kernel " << kw << " x " << kh;
     }
@@ -104,7 +104,7 @@ TEST(BokehConvolution, ZeroWeightsCountForNothingEvenBesideInfiniteSamples) {
     PaddedPicture const padded = PadPicture(Bytes(150, 20, 8).View(), kernel, 0.9, 1e300);
     std::vector<float> const expected = ConvolvePlain(padded, kernel);
     for (float const value : expected) ASSERT_FALSE(std::isnan(value));
-    for (BokehTarget const target : SupportedBokehTargets()) EXPECT_EQ(ConvolveWith(target, padded, kernel), expected);
+    for (Target const target : SupportedBokehTargets()) EXPECT_EQ(ConvolveWith(target, padded, kernel), expected);
 }
 
 TEST(BokehConvolution, APictureOfOneValueIsLiftedByItsOwnWeight) {
