@@ -14,12 +14,15 @@ namespace {
 /// Sums of up to 65535 samples, the three numbers of a class in one word: 24 bits of blue, 24 of red, 16 of the count.
 class ShortSums {
 public:
-    bool HasRoom(std::uint64_t samples) const { return added + samples <= MOST; }
+    /// Makes room for so many samples, of which MOST at a time are possible.
+    void MakeRoom(std::uint64_t samples, std::span<ChromaSum> sums) {
+        if (added + samples > MOST) MoveTo(sums);
+        added += samples;
+    }
 
     /// A sample of column x. Neighbours are of one class mostly: sums in turn do not wait for each other.
     void Add(std::uint64_t x, unsigned char number, unsigned char blue, unsigned char red) {
         lanes[x % LANES][number] += blue | std::uint64_t{red} << RED_AT | std::uint64_t{1} << COUNT_AT;
-        ++added;
     }
 
     void MoveTo(std::span<ChromaSum> sums) {
@@ -61,7 +64,7 @@ void AddChroma(ChromaClasses const& picture, std::span<ChromaSum> sums) {
         unsigned char const* const red = picture.red.GetRow(y);
         for (std::uint64_t from = 0; from < width; from += STRETCH) {
             std::uint64_t const to = std::min(from + STRETCH, width);
-            if (!part.HasRoom(to - from)) part.MoveTo(sums);
+            part.MakeRoom(to - from, sums);
             for (std::uint64_t x = from; x < to; ++x) part.Add(x, classes[x << picture.shiftX], blue[x], red[x]);
         }
     }
