@@ -158,6 +158,7 @@ TEST(FailureTest, ReportsAreOneLineWhateverIsThrown) {
 }
 
 TEST(LastWordsDeathTest, WhatWouldEndTheProcessEndsItWithALine) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe"; // One of them starts a thread.
     auto const dies = [](auto const& action, char const* line) {
         EXPECT_EXIT(
             {
