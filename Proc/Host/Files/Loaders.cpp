@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
+#include <string>
 
 namespace Velnor::Proc::Files {
 namespace {
@@ -22,14 +22,22 @@ constexpr std::array<LoaderRecord, 8> LOADERS{{{ReadKind::Jpeg, "VipsForeignLoad
                                                {ReadKind::Heif, "VipsForeignLoadHeif", "HEIC, AVIF"},
                                                {ReadKind::Jxl, "VipsForeignLoadJxl", "JPEG XL"}}};
 
-/// By the loader that is made for sources and knows these first bytes, even one that is closed.
-std::optional<ReadKind> MatchLoader(VipsSource* source) {
-    char const* const found = vips_foreign_find_load_source(source);
+/// The loader from sources; null while the module that has it is not loaded.
+VipsForeignLoadClass const* FindLoader(LoaderRecord const& record) {
+    GType const type = g_type_from_name((std::string(record.loader) + "Source").c_str());
+    return type == 0 ? nullptr : VIPS_FOREIGN_LOAD_CLASS(g_type_class_ref(type));
+}
+
+/// Each is asked by itself: among those that are closed there is one that looks for the end of the first line, however
+/// far that is.
+std::optional<FoundLoader> MatchLoader(VipsSource* source) {
+    for (LoaderRecord const& record : LOADERS) {
+        VipsForeignLoadClass const* const loader = FindLoader(record);
+        bool const isIt = loader != nullptr && vips_source_rewind(source) == 0 && loader->is_a_source(source) != 0;
+        if (isIt) return FoundLoader{record.kind, VIPS_OBJECT_CLASS(loader)->nickname};
+    }
     vips_error_clear();
-    auto const record = std::ranges::find_if(LOADERS, [found](LoaderRecord const& each) {
-        return found != nullptr && std::string_view(found).starts_with(each.loader);
-    });
-    return record == LOADERS.end() ? std::nullopt : std::optional(record->kind);
+    return std::nullopt;
 }
 
 } // namespace
@@ -39,9 +47,9 @@ void CloseOtherLoaders() {
     for (LoaderRecord const& record : LOADERS) vips_operation_block_set(record.loader, FALSE);
 }
 
-std::optional<ReadKind> FindReadKind(VipsSource* source) {
-    std::optional<ReadKind> const kind = MatchLoader(source);
-    if (kind) return kind;
+std::optional<FoundLoader> FindLoaderOf(VipsSource* source) {
+    std::optional<FoundLoader> const found = MatchLoader(source);
+    if (found) return found;
     LoadRarerKinds();
     return MatchLoader(source);
 }

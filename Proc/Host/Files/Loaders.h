@@ -15,8 +15,13 @@ enum class ReadKind : std::uint8_t { Jpeg, Png, Tiff, WebP, Gif, Pnm, Heif, Jxl 
 /// pictures, reads without end, or is not made for hostile files. To be called again when loaders have come.
 void CloseOtherLoaders();
 
-/// The kind of the file by its first bytes. Loads what knows the rarer kinds when no other knows it.
-std::optional<ReadKind> FindReadKind(VipsSource* source);
+struct FoundLoader {
+    ReadKind kind;
+    char const* operation; ///< The library's operation that loads from a source.
+};
+
+/// What reads the file, by its first bytes. Loads what knows the rarer kinds when no other knows it.
+std::optional<FoundLoader> FindLoaderOf(VipsSource* source);
 
 /// "JPEG, PNG, TIFF...", all kinds.
 std::string ListReadKinds();

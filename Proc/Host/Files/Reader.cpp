@@ -90,22 +90,25 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
     // By descriptor, since a name given to the library may end in loader options: "photo.jpg[shrink=2]".
     Owned<VipsSource> const source(vips_source_new_from_descriptor(file.Get()));
     if (source == nullptr) FailInLibrary(path);
-    std::optional<ReadKind> const kind = FindReadKind(source.get());
-    if (!kind)
+    std::optional<FoundLoader> const loader = FindLoaderOf(source.get());
+    if (!loader)
         Fail(path, "it is no picture file of a known kind, or damaged from the start; read are " + ListReadKinds());
-    FileFacts const facts = ReadFileFacts(file.Get(), *kind);
+    ReadKind const kind = loader->kind;
+    FileFacts const facts = ReadFileFacts(file.Get(), kind);
     RequireLittleMetadata(path, facts);
     if (!facts.damage.empty() && !options.acceptDamaged) Fail(path, "it is damaged: " + facts.damage);
     VipsFailOn const failOn = options.acceptDamaged ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_WARNING;
-    OwnedImage image(
-        vips_image_new_from_source(source.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn, nullptr));
-    auto const check = [&](VipsImage* header) { RequireLimits(path, header, *kind, facts, options); };
-    if (image == nullptr && options.acceptDamaged && *kind == ReadKind::WebP) image = SalvageWebp(file.Get(), check);
+    VipsImage* loaded = nullptr;
+    (void)vips_call(loader->operation, source.get(), &loaded, "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn,
+                    nullptr);
+    OwnedImage image(loaded);
+    auto const check = [&](VipsImage* header) { RequireLimits(path, header, kind, facts, options); };
+    if (image == nullptr && options.acceptDamaged && kind == ReadKind::WebP) image = SalvageWebp(file.Get(), check);
     if (image == nullptr) FailInLibrary(path);
     check(image.get());
     Header header;
-    header.memory = EstimateMemory(image.get(), *kind, facts);
-    bool const isInterlaced = *kind == ReadKind::Png && vips_image_get_typeof(image.get(), "interlaced") != 0;
+    header.memory = EstimateMemory(image.get(), kind, facts);
+    bool const isInterlaced = kind == ReadKind::Png && vips_image_get_typeof(image.get(), "interlaced") != 0;
     if (options.acceptDamaged && isInterlaced) header.salvaged = SalvageInterlacedPng(file.Get());
     header.image = std::move(image);
     return header;
