@@ -28,10 +28,9 @@ std::uint64_t GetGroupLimit() {
     return std::min(ReadLimit("/sys/fs/cgroup/memory.max"), ReadLimit("/sys/fs/cgroup/memory/memory.limit_in_bytes"));
 }
 
-std::uint64_t GetResourceLimit(int resource) {
+std::uint64_t GetResourceLimit(auto resource) { // An enumerator or a number, as the system likes.
     rlimit limit{};
-    bool const isLimited =
-        getrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+    bool const isLimited = getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
     return isLimited ? limit.rlim_cur : UNLIMITED;
 }
 
