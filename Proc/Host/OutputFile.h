@@ -13,8 +13,8 @@ namespace Velnor::Proc {
 
 /// A file that appears whole or not at all, even when the process is killed or the disk is full. It is written to a
 /// temporary file without a name in the same folder, which the system drops by itself, and gets its name at the end.
-/// Where the file system has no such files, a hidden named one serves, as it does for a moment where a file is replaced.
-/// What a killed process leaves of these, the next output into that folder removes.
+/// Where the file system has no such files, a hidden named one serves, as it does for a moment where a file is
+/// replaced. What a killed process leaves of these, the next output into that folder removes.
 class VELNOR_API OutputFile {
 public:
     enum class Temporary : std::uint8_t { Unnamed, Named }; ///< Named: never try without a name.
@@ -37,8 +37,8 @@ public:
     void SetTimes(timespec const (&times)[2]) const;
 
     /// Brings the content to the disk, gives the file its name, at once and whole, and brings that to the disk. Throws
-    /// FileOutputException, the old target untouched; in particular when somebody made a file of that name meanwhile and
-    /// it may not be replaced.
+    /// FileOutputException, the old target untouched; in particular when somebody made a file of that name meanwhile
+    /// and it may not be replaced.
     void Commit();
 
 private:
