@@ -70,10 +70,19 @@ void TakeTiffTags(int descriptor, MetadataBlocks& blocks) {
     }
 }
 
+/// Texts of older kinds are in Latin-1.
+std::string ToUtf8(std::string const& text) {
+    if (g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE) return text;
+    std::unique_ptr<char, decltype(&g_free)> const converted(
+        g_convert(text.data(), static_cast<gssize>(text.size()), "UTF-8", "ISO-8859-1", nullptr, nullptr, nullptr),
+        &g_free);
+    return converted == nullptr ? std::string() : converted.get();
+}
+
 void TakePngText(std::string const& key, std::string const& text, MetadataBlocks& blocks) {
     // Text that people put in about the picture. Other texts speak of the program that wrote the file.
     constexpr std::array<std::string_view, 5> CARRIED{"Title", "Author", "Description", "Copyright", "Comment"};
-    if (std::ranges::find(CARRIED, key) != CARRIED.end()) blocks.texts.emplace_back(key, text);
+    if (std::ranges::find(CARRIED, key) != CARRIED.end()) blocks.texts.emplace_back(key, ToUtf8(text));
     if (!key.starts_with("Raw profile type ")) return;
     std::string const content = UnwrapRawProfile(text);
     if ((key.ends_with(" exif") || key.ends_with(" APP1")) && blocks.exif.empty()) {
@@ -239,7 +248,8 @@ private:
 
     void MoveComments() {
         std::string whole;
-        for (std::string const& comment : fitted.blocks.comments) whole += (whole.empty() ? "" : "\n") + comment;
+        for (std::string const& comment : fitted.blocks.comments)
+            whole += (whole.empty() ? "" : "\n") + ToUtf8(comment);
         fitted.blocks.comments.clear();
         if (traits.hasTexts &&
             std::ranges::count(fitted.blocks.texts, "Comment", [](auto const& text) { return text.first; }) == 0)
@@ -289,11 +299,7 @@ private:
 
 std::shared_ptr<FileMetadata const> FileMetadata::Take(VipsImage* image, int descriptor) {
     auto const taken = std::make_shared<FileMetadata>();
-    struct stat status {};
-    if (fstat(descriptor, &status) == 0) {
-        taken->times[0] = status.st_atim;
-        taken->times[1] = status.st_mtim;
-    }
+    taken->TakeTimes(descriptor);
     MetadataBlocks& blocks = taken->blocks;
     blocks.exif = GetBlob(image, VIPS_META_EXIF_NAME);
     blocks.xmp = GetBlob(image, VIPS_META_XMP_NAME);
@@ -311,6 +317,21 @@ std::shared_ptr<FileMetadata const> FileMetadata::Take(VipsImage* image, int des
     if (loader.starts_with("tiffload")) TakeTiffTags(descriptor, blocks);
     TakeExifResolution(blocks);
     return taken;
+}
+
+std::shared_ptr<FileMetadata const> FileMetadata::TakeRaw(int descriptor) {
+    auto const taken = std::make_shared<FileMetadata>();
+    taken->TakeTimes(descriptor);
+    TakeTiffTags(descriptor, taken->blocks);
+    TakeExifResolution(taken->blocks);
+    return taken;
+}
+
+void FileMetadata::TakeTimes(int descriptor) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) return;
+    times[0] = status.st_atim;
+    times[1] = status.st_mtim;
 }
 
 FileMetadata::Fitted FileMetadata::Fit(FileKind kind, IDataVideo const& picture, Strip strip) const {

@@ -18,6 +18,9 @@ public:
     /// Takes all there is: from the image, whose header was read, and from the file where the library leaves some.
     static std::shared_ptr<FileMetadata const> Take(VipsImage* image, int descriptor);
 
+    /// Takes EXIF and IPTC of a camera's raw file, as far as it is built like a TIFF file.
+    static std::shared_ptr<FileMetadata const> TakeRaw(int descriptor);
+
     /// What a file of a kind can hold of it, changed to fit a picture that stands upright and shows other pixels.
     struct Fitted {
         MetadataBlocks blocks;
@@ -28,6 +31,8 @@ public:
     timespec const (&GetTimes() const)[2] { return times; } ///< Last access and change.
 
 private:
+    void TakeTimes(int descriptor);
+
     MetadataBlocks blocks;
     timespec times[2]{};
 };

@@ -116,6 +116,34 @@ TEST_F(MetadataTest, MakerNotesKeepTheirPlaceAndThumbnailsGo) {
     }
 }
 
+TEST_F(MetadataTest, RawFilesAreDevelopedUprightWithTheirMetadata) {
+    ASSERT_EQ(VIPS_INIT("test"), 0);
+    std::vector<std::uint16_t> mosaic(64 * 48);
+    for (std::size_t i = 0; i < mosaic.size(); ++i) mosaic[i] = i % 64 < 32 ? 2000 : 20000;
+    VipsImage* const image =
+        vips_image_new_from_memory(mosaic.data(), mosaic.size() * 2, 64, 48, 1, VIPS_FORMAT_USHORT);
+    ASSERT_EQ(vips_tiffsave(image, In("in.dng").c_str(), nullptr), 0);
+    g_object_unref(image);
+    RunExifTool("-overwrite_original -m -n -IFD0:PhotometricInterpretation=32803 -IFD0:CFARepeatPatternDim='2 2' "
+                "-IFD0:CFAPattern2='0 1 1 2' -DNGVersion='1 4 0 0' -UniqueCameraModel=Test -Make=Test -Model=One "
+                "-ColorMatrix1='3.24 -1.54 -0.5 -0.97 1.88 0.04 0.06 -0.2 1.06' -AsShotNeutral='1 1 1' "
+                "-CalibrationIlluminant1=21 -IFD0:WhiteLevel=40000 -IFD0:SubfileType=0 -IFD0:Orientation=6 "
+                "-Artist=Ann -GPSLatitude=48.5 -GPSLatitudeRef=N in.dng");
+    LoadedPicture const loaded = ReadPicture(In("in.dng"), *context);
+    EXPECT_EQ(loaded.picture->GetFrameFormat(), FrameFormat::Square(48, 64));
+    auto const at = [&](std::uint64_t x, std::uint64_t y) { return loaded.picture->GetPlane(0).GetRow(y) + 3 * x; };
+    EXPECT_GT(at(24, 48)[1], at(24, 16)[1] + 50) << "what was right is below";
+    for (std::uint64_t const y : {16U, 48U})
+        for (int channel : {0, 2}) EXPECT_NEAR(at(24, y)[channel], at(24, y)[1], 3) << "neutral as the camera has it";
+    Convert("in.dng", "out.jpg");
+    auto values = ReadValues("out.jpg");
+    EXPECT_EQ(FindValue(values["out.jpg"], {"IFD0:Artist"}), "Ann");
+    EXPECT_EQ(FindValue(values["out.jpg"], {"GPS:GPSLatitude"}), "48.5");
+    EXPECT_EQ(FindValue(values["out.jpg"], {"IFD0:Orientation"}), "1");
+    fs::resize_file(In("in.dng"), 3000);
+    EXPECT_THROW(ReadPicture(In("in.dng"), *context), FileInputException);
+}
+
 TEST_F(MetadataTest, WhatAFormatDoesNotHoldIsSaid) {
     MakePicture("in.jpg");
     RunExifTool("-overwrite_original -Artist=Ann -IPTC:City=Rome -IPTC:EditStatus=new -Comment=remark "
