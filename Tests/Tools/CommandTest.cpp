@@ -118,7 +118,9 @@ TEST_F(CommandTest, AlphaIsWrittenWhenTheInputHadItOrAnEffectMadeIt) {
     EXPECT_EQ(run({"glass.png", "-o", "1.png"}), "rgba 90 60 30 128");
     EXPECT_EQ(run({"red.png", "-e", "colorspace-converter:formats=rgba", "-o", "2.png"}), "rgb24 200 20 10");
     EXPECT_EQ(run({"red.png", "-e", "many", "-o", "3.png"}), "rgba 255 0 0 128");
-    EXPECT_THAT(run({"glass.png", "-o", "4.jpg"}), testing::ContainsRegex("^rgb24 4[4-6] ")); // Over black: half of 90.
+    EXPECT_THAT(run({"glass.png", "-o", "4.jpg"}),
+                testing::ContainsRegex("^rgb24 17[0-5] ")); // Half of 90, over white.
+    EXPECT_THAT(run({"glass.png", "--background", "#000000", "-o", "5.jpg"}), testing::ContainsRegex("^rgb24 4[4-6] "));
 }
 
 TEST_F(CommandTest, ReplacesOnlyWithForce) {
@@ -146,6 +148,10 @@ TEST_F(CommandTest, WrongCallsSayWhatIsAccepted) {
     for (auto const& [arguments, line] : std::vector<std::pair<Words, std::string>>{
              {{"--quality", "101"}, "--quality: 101 is outside the range 1 to 100"},
              {{"--quality", "high"}, "--quality: \"high\" is no whole number"},
+             {{"--quality", "50"}, "such a file has no quality"},
+             {{"--strip", "names"}, "--strip: there is no \"names\"; it takes all, gps or thumbnail"},
+             {{"--subsample", "yes"}, "--subsample: there is no \"yes\"; it takes on or off"},
+             {{"--background", "glas"}, "--background: \"glas\" is no colour"},
              {{"--max-megapixels", "0"}, "--max-megapixels: 0 is outside the range"},
              {{"-e"}, "--effect"},
              {{"-e", "pixellate"}, "there is no effect \"pixellate\"; did you mean pixelate?"},

@@ -59,6 +59,7 @@ Proc::DataHandle PrepareForFile(Proc::DataHandle picture, std::filesystem::path 
 }
 
 void RequireOptions(std::filesystem::path const& file, Proc::WriteOptions const& options) {
+    Proc::GetWritableFormats(file); // An unknown kind of file is no matter of options.
     try {
         Proc::RequireWriteOptions(file, options);
     } catch (Proc::FileException const& error) {

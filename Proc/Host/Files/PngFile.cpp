@@ -79,6 +79,7 @@ struct Content {
     std::vector<png_text> texts;
     std::exception_ptr failure; ///< Of the file: exceptions cannot pass through the library.
     std::string complaint;      ///< Of the library.
+    bool isProfileKept = true;
 };
 
 void AddText(Content& content, std::string const& key, std::string const& text, int compression) {
@@ -114,8 +115,10 @@ void SetMetadata(png_structp png, png_infop info, Content& content) {
     auto const bytesOf = [](std::string const& block) { return reinterpret_cast<png_const_bytep>(block.data()); };
     auto const sizeOf = [](std::string const& block) { return static_cast<png_uint_32>(block.size()); };
     // A profile that the library finds fault with is left out with a warning.
-    if (!metadata.profile.empty())
+    if (!metadata.profile.empty()) {
         png_set_iCCP(png, info, "icc", PNG_COMPRESSION_TYPE_BASE, bytesOf(metadata.profile), sizeOf(metadata.profile));
+        content.isProfileKept = png_get_valid(png, info, PNG_INFO_iCCP) != 0;
+    }
     if (!metadata.exif.empty())
         png_set_eXIf_1(png, info, sizeOf(metadata.exif), const_cast<png_bytep>(bytesOf(metadata.exif)));
     if (metadata.xResolution > 0)
@@ -153,8 +156,8 @@ constexpr std::string_view RAW_PROFILE = "Raw profile type ";
 
 } // namespace
 
-void WritePng(OutputFile& file, IDataVideo const& picture, MetadataBlocks const& metadata, int compression) {
-    Content content{file, picture, metadata, compression, Describe(picture), {}, {}, {}};
+bool WritePng(OutputFile& file, IDataVideo const& picture, MetadataBlocks const& metadata, int compression) {
+    Content content{file, picture, metadata, compression, Describe(picture), {}, {}, {}, true};
     std::string const resourcesKey = std::string(RAW_PROFILE) + "iptc";
     std::string const xmpKey = "XML:com.adobe.xmp";
     std::string const resources = WrapRawProfile("iptc", metadata.resources);
@@ -169,6 +172,7 @@ void WritePng(OutputFile& file, IDataVideo const& picture, MetadataBlocks const&
     png_destroy_write_struct(&png, &info);
     if (content.failure) std::rethrow_exception(content.failure);
     if (!done) VELNOR_THROW(FileOutputException, "A PNG file cannot be made: " + content.complaint + ".");
+    return content.isProfileKept;
 }
 
 std::string WrapRawProfile(std::string const& name, std::string const& block) {

@@ -169,16 +169,18 @@ int PutRows(VipsImage* image, MutablePlane const& plane, RowSink& sink) {
     return height;
 }
 
-void Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo& picture, bool acceptDamaged) {
+/// Returns how many rows of the file there were.
+int Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo& picture, bool acceptDamaged) {
     SampleDepth const depth =
         vips_image_get_format(image) == VIPS_FORMAT_USHORT ? SampleDepth::Bits16 : SampleDepth::Bits8;
     MutablePlane const plane = picture.GetMutablePlane(0);
     RowSink sink(plane, depth, orientation);
     int const rows = PutRows(image, plane, sink);
-    if (rows == vips_image_get_height(image)) return;
+    if (rows == vips_image_get_height(image)) return rows;
     std::string const reason = TakeError();
     RequireMemory(reason);
     if (!acceptDamaged || rows == 0) Fail(path, "it is damaged: " + reason);
+    return rows;
 }
 
 } // namespace
@@ -189,7 +191,7 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     RequireRoom(header.memory + WORKING_ROOM);
     int const orientation = vips_image_get_orientation(header.image.get());
     std::vector<std::string> warnings = DescribeConversions(header.image.get(), file.Get());
-    OwnedImage const image = MakeDisplayable(std::move(header.image));
+    OwnedImage image = MakeDisplayable(std::move(header.image));
     if (image == nullptr) FailInLibrary(path);
     LoadedPicture loaded;
     loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
@@ -197,7 +199,14 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     loaded.warnings = std::move(warnings);
     bool const isSalvaged =
         header.salvaged != nullptr && vips_image_get_bands(header.salvaged.get()) == vips_image_get_bands(image.get());
-    Decode(path, isSalvaged ? header.salvaged.get() : image.get(), orientation, *loaded.picture, options.acceptDamaged);
+    OwnedImage source = std::move(isSalvaged ? header.salvaged : image);
+    int const height = vips_image_get_height(source.get());
+    TakeWarned();
+    bool const isWhole =
+        Decode(path, source.get(), orientation, *loaded.picture, options.acceptDamaged) == height && !isSalvaged;
+    source.reset(); // Some decoders warn at the end alone.
+    if (options.acceptDamaged && (TakeWarned() || !isWhole))
+        loaded.warnings.emplace_back("it is damaged: some of its rows are invented");
     return loaded;
 }
 

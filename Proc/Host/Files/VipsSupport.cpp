@@ -13,6 +13,7 @@
 #include <gmodule.h>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace Velnor::Proc::Files {
 namespace {
@@ -22,10 +23,13 @@ constexpr int LOG_LEVEL = 30;
 /// What a module and the codecs under it take to load and to set themselves up.
 constexpr std::uint64_t MODULE_ROOM = 64 << 20;
 
+thread_local bool hasWarned = false;
+
 /// GLib ends the process when this returns from a fatal message. With the first step of the message no more memory may
 /// be had, so nothing is done before it is told.
 void LogMessage(char const*, GLogLevelFlags level, char const* message, void*) {
     if ((level & (G_LOG_FLAG_FATAL | G_LOG_LEVEL_ERROR)) == 0) {
+        hasWarned = hasWarned || (level & G_LOG_LEVEL_WARNING) != 0;
         VLOG(LOG_LEVEL) << "libvips: " << message;
         return;
     }
@@ -81,6 +85,8 @@ void LoadRarerKinds() {
     static std::once_flag loaded;
     std::call_once(loaded, LoadModules);
 }
+
+bool TakeWarned() { return std::exchange(hasWarned, false); }
 
 std::string TakeError() {
     std::unique_ptr<char, decltype(&g_free)> const buffer(vips_error_buffer_copy(), &g_free);

@@ -28,6 +28,10 @@ void StartVips();
 /// Makes the rarer kinds of file known, once, which takes longer than all of StartVips.
 void LoadRarerKinds();
 
+/// Whether the file library has warned on this thread since this was last asked: a decoder that is told to accept damage
+/// goes on with a warning.
+bool TakeWarned();
+
 /// The file library's latest complaint as part of a sentence: one line, without the name of its inner part and without
 /// a full stop. Empties the list of complaints, which the library keeps for all threads together: when several fail at
 /// the same time, one may get the other's reason.

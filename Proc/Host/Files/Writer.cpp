@@ -102,7 +102,11 @@ public:
         : file(output), path(name), picture(video), fitted(fittedMetadata), options(writeOptions) {}
 
     void Run(FileKind kind) {
-        if (kind == FileKind::Png) return WritePng(file, picture, metadata, GetPngCompression());
+        if (kind == FileKind::Png) {
+            if (!WritePng(file, picture, metadata, GetPngCompression()))
+                fitted.losses.emplace_back("the colour profile, which is damaged, is left out");
+            return;
+        }
         plane = picture.GetPlane(0);
         if (kind == FileKind::Avif || kind == FileKind::Heic || kind == FileKind::Jxl) return WriteRarer(kind);
         image = WrapPlane(plane);

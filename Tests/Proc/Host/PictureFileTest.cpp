@@ -345,6 +345,11 @@ TEST_F(PictureFileTest, DamageIsAnErrorUnlessItIsAccepted) {
         std::string const error = ReadError(name);
         bool const isReadable = name != "a.tif"; // The directory stands at its end.
         EXPECT_EQ(ReadError(name, accept).empty(), isReadable) << name;
+        if (isReadable) {
+            EXPECT_EQ(Read(name, accept).warnings,
+                      std::vector<std::string>{"it is damaged: some of its rows are invented"})
+                << name;
+        }
         EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << name;
         EXPECT_TRUE(error.starts_with(In(name).string() + " cannot be read: ")) << error;
         EXPECT_EQ(error.find('\n'), std::string::npos) << error;
