@@ -48,14 +48,15 @@ public:
             if (!toRgba) toRgba = MakeOneInput(SettingsColorspaceConverter(PixFmt::RGBA, true));
             toRgba->ProcessData(first);
         }
-        IDataVideo& picture = OwnPicture(first);
-        PixFmtDescription const& format = picture.GetDescription();
+        PixFmtDescription const& format = AsVideo(first).GetDescription();
         VideoHandle const chroma = MakeChromaMask(*context, opacity, format);
+        IDataVideo& picture = ReplacePicture(first, [&](IDataVideo& copy) {
+            copy.SetPlane(0, opacity);
+            copy.SetPlane(1, std::as_const(*chroma).GetPlane(0));
+        });
         if (format.hasAlpha)
             WriteAlpha(opacity, picture.GetMutablePlane(format.alpha.plane), format.alpha.offset,
                        format.planes[format.alpha.plane].bytes);
-        picture.SetPlane(0, opacity);
-        picture.SetPlane(1, std::as_const(*chroma).GetPlane(0));
     }
 
 private:

@@ -48,8 +48,7 @@ public:
         }
         // Red-first and blue-first take turns in many chains: where nobody else holds the picture, it needs no second
         // one.
-        bool const isAlone = data->GetRefCount() == 1 && !picture.IsShared();
-        if (isAlone && FormatConverter::ConvertInPlace(picture, format)) {
+        if (IsAlone(data) && !picture.IsShared() && FormatConverter::ConvertInPlace(picture, format)) {
             if (!settings.IsKeepExtras()) picture.DropExtraAlpha();
             return;
         }

@@ -56,10 +56,12 @@ private:
 /// Gives the alpha of rows, joined with the constant.
 class AlphaRows {
 public:
-    AlphaRows(AlphaPlane const& source, BlendAlphaMode alphaMode, int alphaConstant)
-        : alpha(source), mode(alphaMode), constant(static_cast<unsigned char>(std::clamp(alphaConstant, 0, 255))) {}
+    AlphaRows(AlphaPlane const& source, BlendAlphaMode alphaMode, int alphaConstant, std::size_t mostPixels)
+        : alpha(source), mode(alphaMode), constant(static_cast<unsigned char>(std::clamp(alphaConstant, 0, 255))) {
+        buffer.reserve(mostPixels);
+    }
 
-    /// `pixels` bytes from sample x of row y of the second picture, valid until the next call.
+    /// `pixels` bytes, no more than the most, from sample x of row y of the second picture, valid until the next call.
     unsigned char const* Get(std::uint64_t x, std::uint64_t y, std::size_t pixels) {
         if (alpha.plane.IsEmpty() || mode == BLEND_CONSTANT) {
             buffer.resize(pixels, mode == BLEND_LARGER ? 255 : constant);
@@ -139,22 +141,26 @@ private:
     }
 
     DataHandle Convert(IDataVideo const& picture, PixFmt format) {
-        if (!converter) converter = MakeOneInput<SettingsColorspaceConverter>();
+        if (!converter) converter = MakeOneInput(SettingsColorspaceConverter());
         converter->SetSettings(SettingsColorspaceConverter(format, true));
         DataHandle data = picture.MakeCopy(CopyMode::Value);
         converter->ProcessData(data);
         return data;
     }
 
+    /// Whatever can fail does so before the first sample is written.
     void Blend(IDataVideo& first, IDataVideo const& second) const {
         PixFmtDescription const& format = first.GetDescription();
         first.Detach();
         AlphaPlane const alpha = FindAlpha(second);
         VideoHandle means;
+        std::vector<AlphaRows> rows;
         for (unsigned char i = 0; i < format.planesCount; ++i) {
             bool const isChroma = format.model == ColorModel::Luma && (i == 1 || i == 2);
-            BlendPlane(first, second, i, isChroma ? FindChromaAlpha(second, alpha, means) : alpha);
+            rows.emplace_back(isChroma ? FindChromaAlpha(second, alpha, means) : alpha, settings.GetAlphaMode(),
+                              settings.GetAlpha(), first.GetPlane(i).GetWidth());
         }
+        for (unsigned char i = 0; i < format.planesCount; ++i) BlendPlane(first, second, i, rows[i]);
         first.DropExtraAlpha();
     }
 
@@ -168,7 +174,7 @@ private:
         return {std::as_const(*means).GetPlane(0)};
     }
 
-    void BlendPlane(IDataVideo& first, IDataVideo const& second, unsigned char index, AlphaPlane const& alpha) const {
+    void BlendPlane(IDataVideo& first, IDataVideo const& second, unsigned char index, AlphaRows& rows) const {
         PixFmtDescription const& format = first.GetDescription();
         PlaneLayout const& layout = format.planes[index];
         Kernels::BlendShape const shape = GetShape(format, index);
@@ -180,7 +186,6 @@ private:
         if (overlap.IsEmpty()) return;
         auto const pixels = static_cast<std::size_t>(overlap.right - overlap.left);
         auto const x = static_cast<std::uint64_t>(overlap.left - overlap.x);
-        AlphaRows rows(alpha, settings.GetAlphaMode(), settings.GetAlpha());
         for (std::int64_t row = overlap.top; row < overlap.bottom; ++row) {
             auto const y = static_cast<std::uint64_t>(row - overlap.y);
             Kernels::BlendPixels(to.GetRow(static_cast<std::uint64_t>(row)) + overlap.left * layout.bytes,

@@ -43,15 +43,14 @@ public:
     }
 
     void ProcessInternalCSC(DataHandle& data) override {
-        IDataVideo& picture = OwnPicture(data);
-        Kernels::PackedRgb const format(picture.GetPixFmt());
-        FrameFormat const& frame = picture.GetFrameFormat();
+        Kernels::PackedRgb const format(data->GetPixFmt());
+        FrameFormat const frame = data->GetFrameFormat();
         // A channel is a colour, wherever the format has its byte.
         std::vector<Kernels::GrainField> fields;
         for (std::uint32_t channel = 0; channel < (settings.IsMonochrome() ? 1U : 3U); ++channel)
             fields.emplace_back(settings.GetSeed(), channel, static_cast<float>(settings.GetGrainSize()),
                                 settings.GetDistribution() == SettingsEffectNoiseVideo::UNIFORM, frame.width);
-        MutablePlane const plane = picture.GetMutablePlane(0);
+        MutablePlane const plane = OwnPicture(data).GetMutablePlane(0);
         for (std::uint32_t y = 0; y < frame.height; ++y) {
             std::array<float const*, 3> noise;
             noise.fill(fields[0].GetRow(y));

@@ -3,12 +3,6 @@
 #include "Proc/Effects/General/Kernels/ChromaMean.h"
 
 namespace Velnor::Proc {
-IDataVideo& OwnPicture(DataHandle& data) {
-    IDataVideo& picture = AsVideo(data);
-    if (data->GetRefCount() == 1) return picture;
-    data = picture.MakeCopy(CopyMode::Independent);
-    return AsVideo(data);
-}
 
 std::vector<PixFmt> const& StandInFormats() {
     static std::vector<PixFmt> const formats{PixFmt::YUV411P, PixFmt::YUV422P, PixFmt::RGBA};

@@ -6,11 +6,6 @@
 
 namespace Velnor::Proc {
 
-/// The picture that an effect may write to: the one behind the handle when nobody else holds it, else a copy that takes
-/// its place in the handle. So the picture of a caller who kept a second handle stays as it is. Throws ProcException
-/// when the handle holds no picture.
-IDataVideo& OwnPicture(DataHandle& data);
-
 /// The formats in which pictures are handled whose planes do not hold one kind of sample each (those that interleave
 /// luma with subsampled chroma, and palettes), in an order in which each finds the one that loses nothing of it.
 std::vector<PixFmt> const& StandInFormats();

@@ -195,7 +195,7 @@ private:
     }
 
     DataHandle Convert(DataHandle const& data, PixFmt format) {
-        if (!converter) converter = MakeOneInput<SettingsColorspaceConverter>();
+        if (!converter) converter = MakeOneInput(SettingsColorspaceConverter());
         converter->SetSettings(SettingsColorspaceConverter(format, true));
         DataHandle copy = AsVideo(data).MakeCopy(CopyMode::Value);
         converter->ProcessData(copy);

@@ -210,7 +210,7 @@ public:
 private:
     DataHandle Convert(IDataVideo const& picture, PixFmt format) {
         if (picture.GetPixFmt() == format) return picture.MakeCopy(CopyMode::Value);
-        if (!converter) converter = MakeOneInput<SettingsColorspaceConverter>();
+        if (!converter) converter = MakeOneInput(SettingsColorspaceConverter());
         converter->SetSettings(SettingsColorspaceConverter(format, true));
         DataHandle data = picture.MakeCopy(CopyMode::Value);
         converter->ProcessData(data);

@@ -41,28 +41,30 @@ class Aligner : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectAl
 public:
     Aligner(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
-          finder(MakeOneInput<SettingsEffectFaceDetector>()),
-          remapper(MakeOneInput<SettingsEffectRemapping>()),
-          resizer(MakeOneInput<SettingsResizer>()) {}
+          finder(MakeOneInput(SettingsEffectFaceDetector())),
+          remapper(MakeOneInput(SettingsEffectRemapping())),
+          resizer(MakeOneInput(SettingsResizer())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        settings.SetFacesFound(0);
         RequireSettings(settings);
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
+        if (!faces.empty()) Align(data, faces.front());
         settings.SetFacesFound(static_cast<int>(faces.size()));
-        if (faces.empty()) return;
+    }
+
+private:
+    void Align(intrusive_ptr<IData>& data, Face const& face) const {
         FrameFormat const frame = data->GetFrameFormat();
         FrameFormat target = frame;
         if (settings.GetWidth() > 0) target.width = static_cast<std::uint32_t>(settings.GetWidth());
         if (settings.GetHeight() > 0) target.height = static_cast<std::uint32_t>(settings.GetHeight());
         FrameFormat const crop = FitCrop(frame, target);
-        remapper->SetSettings(SettingsEffectRemapping(MakeMap(faces.front(), crop)));
+        remapper->SetSettings(SettingsEffectRemapping(MakeMap(face, crop)));
         remapper->ProcessData(data);
-        AsVideo(data).SetRectangle(0, 0, crop.width, crop.height);
+        data = AsVideo(data).MakePart({0, 0, crop.width, crop.height});
         if (crop.width != target.width || crop.height != target.height) Resize(data, target);
     }
 
-private:
     /// The similarity that takes the chosen places of the eyes to where they are.
     SettingsEffectRemapping::Map MakeMap(Face const& face, FrameFormat const& crop) const {
         using namespace Kernels;

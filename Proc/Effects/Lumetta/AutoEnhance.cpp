@@ -73,27 +73,31 @@ public:
     AutoEnhance(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
           blender(MakeTwoInput(WithAlpha(HALF))),
-          blur(MakeOneInput<SettingsEffectBlur>()),
+          blur(MakeOneInput(SettingsEffectBlur())),
           localContrast(MakeOneInput(SettingsEffectCLAHE(2.0))),
-          gamma(MakeOneInput<SettingsEffectColorBalance>()),
-          autoBalance(MakeOneInput<SettingsEffectColorBalanceAuto>()),
-          alphaExtractor(MakeOneInput<SettingsEffectExtraAlphaExtractor>()),
-          backConverter(MakeOneInput<SettingsColorspaceConverter>()),
+          gamma(MakeOneInput(SettingsEffectColorBalance())),
+          autoBalance(MakeOneInput(SettingsEffectColorBalanceAuto())),
+          alphaExtractor(MakeOneInput(SettingsEffectExtraAlphaExtractor())),
+          backConverter(MakeOneInput(SettingsColorspaceConverter())),
           lumaConverter(MakeOneInput(SettingsColorspaceConverter(PixFmt::YUV444P, true))) {}
 
     void ProcessInternal(Handle& image) override {
+        if (isBlenderAstray) blender->SetSettings(WithAlpha(opacity));
+        isBlenderAstray = true;
+        int left = HALF;
         ConfigureBack(image->GetPixFmt());
         if (settings.IsIntensityDefault()) {
             Enhance(image);
-            return;
+        } else {
+            Handle const unprocessed = image;
+            Enhance(image);
+            left = OpacityOfInput(settings.GetIntensity());
+            blender->SetSettings(WithAlpha(left));
+            backConverter->ProcessData(image);
+            blender->ProcessData(image, unprocessed);
         }
-        Handle const unprocessed = image;
-        Handle enhanced = image;
-        Enhance(enhanced);
-        blender->SetSettings(WithAlpha(OpacityOfInput(settings.GetIntensity())));
-        backConverter->ProcessData(enhanced);
-        blender->ProcessData(enhanced, unprocessed);
-        image = enhanced;
+        opacity = left;
+        isBlenderAstray = false;
     }
 
 private:
@@ -192,6 +196,8 @@ private:
     intrusive_ptr<IOneInputEffectVideo> backConverter;
     intrusive_ptr<IOneInputEffectVideo> lumaConverter;
     PixFmt lastFormat = PixFmt::NONE; ///< That the back converter is configured for.
+    int opacity = HALF;               ///< That the last finished picture left the blender with.
+    bool isBlenderAstray = false;     ///< A picture that failed left the blender with another.
 };
 
 intrusive_ptr<IEffect> CreateAutoEnhance(FactoryHandle const& factory, ContextHandle const& context) {

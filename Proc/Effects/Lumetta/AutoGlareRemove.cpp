@@ -61,8 +61,8 @@ class AutoGlareRemove : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffec
 public:
     AutoGlareRemove(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC(effectFactory, effectContext),
-          blur(MakeOneInput<SettingsEffectBlur>()),
-          grow(MakeOneInput<SettingsEffectMorphology>()),
+          blur(MakeOneInput(SettingsEffectBlur())),
+          grow(MakeOneInput(SettingsEffectMorphology())),
           toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))) {}
 
     bool ConvertBack() const override { return true; }

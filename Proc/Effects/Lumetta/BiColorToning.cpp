@@ -39,15 +39,15 @@ public:
         : EffectBaseOneInput(effectFactory, effectContext),
           blender(MakeTwoInput(HalfAndHalf())),
           brightness(MakeOneInput(LittleBrighter())),
-          splitToning(MakeOneInput(GetTones())),
+          splitToning(MakeOneInput(TonesOf(settings))),
           vibrance(MakeOneInput(MoreVivid())),
-          backConverter(MakeOneInput<SettingsColorspaceConverter>()) {}
+          backConverter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     using EffectBaseOneInput::SetSettings;
 
     void SetSettings(SettingsEffectBiColorToning const& next) override {
+        splitToning->SetSettings(TonesOf(next));
         EffectBaseOneInput::SetSettings(next);
-        splitToning->SetSettings(GetTones());
     }
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
@@ -64,10 +64,10 @@ public:
 
 private:
     /// The two tones as they are.
-    SettingsEffectSplitToning GetTones() const {
+    static SettingsEffectSplitToning TonesOf(SettingsEffectBiColorToning const& toning) {
         SettingsEffectSplitToning tones;
-        tones.SetShadowColor(settings.GetShadowColor());
-        tones.SetHighlightColor(settings.GetHighlightColor());
+        tones.SetShadowColor(toning.GetShadowColor());
+        tones.SetHighlightColor(toning.GetHighlightColor());
         return tones;
     }
 

@@ -25,23 +25,21 @@ public:
 
     BlurBokeh(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC(effectFactory, effectContext),
-          shapeGenerator(MakeOneInput<SettingsEffectVideoGenerator>()),
-          maskConverter(MakeOneInput<SettingsColorspaceConverter>()),
-          restoreResizer(MakeOneInput<SettingsResizer>()),
-          workingResizer(MakeOneInput<SettingsResizer>()),
-          kernelResizer(MakeOneInput<SettingsResizer>()),
-          blender(factory->CreateTwoInputEffect(SettingsEffectImageBlender::CLASS_ID, ImplNames::DEFAULT)),
-          alphaExtractor(MakeOneInput<SettingsEffectExtraAlphaExtractor>()) {
+          shapeGenerator(MakeOneInput(settings.GetGenerator())),
+          maskConverter(MakeOneInput(SettingsColorspaceConverter())),
+          restoreResizer(MakeOneInput(SettingsResizer())),
+          workingResizer(MakeOneInput(SettingsResizer())),
+          kernelResizer(MakeOneInput(SettingsResizer())),
+          blender(MakeTwoInput(BlendOf(settings))),
+          alphaExtractor(MakeOneInput(SettingsEffectExtraAlphaExtractor())) {
         maskConverter->SetSettings(SettingsColorspaceConverter(PixFmt::GRAY8, true));
         alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(PixFmt::RGB24));
     }
 
     /// Generator and blender are given their settings even when nothing changed.
     void SetSettings(SettingsEffectBlurBokeh const& next) override {
+        Configure(next);
         EffectBaseCSC::SetSettings(next);
-        shapeGenerator->SetSettings(settings.GetGenerator());
-        int const alpha = Kernels::TruncateToInt(255 - 255 * settings.GetStrength()) & 255;
-        blender->SetSettings(SettingsEffectImageBlender(0, 0, alpha, BLEND_LARGER));
     }
 
     void ResetSettings() override {
@@ -56,13 +54,22 @@ public:
         return formats;
     }
 
+    /// A kernel is kept from the first picture that is finished with it.
+    void ProcessInternal(DataHandle& data) override {
+        if (!isConfigured) Configure(settings);
+        EffectBaseCSC::ProcessInternal(data);
+        isKernelReady = true;
+    }
+
     void ProcessInternalCSC(DataHandle& data) override {
         ConfigureResizers(data->GetFrameFormat());
         DataHandle work = AsVideo(data).MakeCopy(CopyMode::Value);
         workingResizer->ProcessData(work);
         FrameFormat const workFrame = work->GetFrameFormat();
         if (!isKernelReady) BuildKernel(workFrame);
-        if (kernel.width >= workFrame.width || kernel.height >= workFrame.height) ThrowTooLarge(workFrame);
+        if (kernel.width >= workFrame.width || kernel.height >= workFrame.height)
+            ThrowTooLarge(workFrame,
+                          " (" + std::to_string(kernel.width) + " x " + std::to_string(kernel.height) + " pixels)");
 
         DataHandle blurred = Blur(AsVideo(ConstDataHandle(work)));
         restoreResizer->ProcessData(blurred);
@@ -75,6 +82,18 @@ public:
 private:
     static constexpr std::uint32_t WORKING_SIDE = 512;
     static constexpr double MAX_SIZE = 16; ///< No aperture of more than one side fits: larger ones are not even made.
+
+    static SettingsEffectImageBlender BlendOf(SettingsEffectBlurBokeh const& bokeh) {
+        int const alpha = Kernels::TruncateToInt(255 - 255 * bokeh.GetStrength()) & 255;
+        return {0, 0, alpha, BLEND_LARGER};
+    }
+
+    void Configure(SettingsEffectBlurBokeh const& bokeh) {
+        isConfigured = false;
+        shapeGenerator->SetSettings(bokeh.GetGenerator());
+        blender->SetSettings(BlendOf(bokeh));
+        isConfigured = true;
+    }
 
     void ConfigureResizers(FrameFormat const& frame) {
         if (frame == configuredFrame) return;
@@ -109,7 +128,6 @@ private:
         maskConverter->ProcessData(shape);
         kernel = Kernels::MakeBokehKernel(AsVideo(ConstDataHandle(shape)).GetPlane(0), settings.GetBokehThreshold(),
                                           settings.GetBokehGain());
-        isKernelReady = true;
     }
 
     DataHandle Blur(IDataVideo const& work) const {
@@ -140,12 +158,10 @@ private:
     }
 
     /// Function, source and line are those by which callers have always known this failure.
-    [[noreturn]] void ThrowTooLarge(FrameFormat const& workFrame) const {
+    [[noreturn]] void ThrowTooLarge(FrameFormat const& workFrame, std::string const& kernelSize = {}) const {
         using std::to_string;
         EffectException error;
         error << TagTranscodingErrorCode(TranscodingErrors::FilterFailed);
-        std::string const kernelSize =
-            isKernelReady ? " (" + to_string(kernel.width) + " x " + to_string(kernel.height) + " pixels)" : "";
         Velnor::Details::ThrowDescribed(
             error,
             "The aperture of size " + TextForm<double>::Print(settings.GetSize()) + kernelSize +
@@ -165,6 +181,7 @@ private:
     intrusive_ptr<IOneInputEffectVideo> alphaExtractor;
     Kernels::BokehKernel kernel;
     bool isKernelReady = false;
+    bool isConfigured = true;    ///< Generator and blender, for the settings.
     FrameFormat configuredFrame; ///< That the resizers are configured for; all zero when they are not.
 };
 

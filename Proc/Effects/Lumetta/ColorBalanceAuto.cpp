@@ -74,11 +74,8 @@ public:
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
         Kernels::PackedRgb const format(data->GetPixFmt());
         Tables const tables = BuildTables(AsVideo(data), format);
-        VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
-        data.reset(); // a picture that nobody else holds is written in place
-        MutablePlane const plane = result->GetMutablePlane(0);
+        MutablePlane const plane = ReplacePicture(data).GetMutablePlane(0);
         Kernels::MapBytes(plane, plane, tables, format.pixelBytes);
-        data = result;
     }
 
 private:

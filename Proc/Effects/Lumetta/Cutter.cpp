@@ -45,7 +45,7 @@ struct Cuts {
 class Cutter : public EffectBaseVarInput<IVarInputEffectVideo, SettingsEffectCutter> {
 public:
     Cutter(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseVarInput(effectFactory, effectContext), pad(MakeOneInput<SettingsEffectPad>()) {}
+        : EffectBaseVarInput(effectFactory, effectContext), pad(MakeOneInput(SettingsEffectPad())) {}
 
     intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
         if (inputs.empty()) VELNOR_THROW(EffectException, "A picture is needed, none is given.");

@@ -41,7 +41,7 @@ class DetailsEnhance : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffect
 public:
     DetailsEnhance(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC(effectFactory, effectContext),
-          smoother(MakeOneInput<SettingsEffectSmartBlur>()),
+          smoother(MakeOneInput(SettingsEffectSmartBlur())),
           toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))) {}
 
     bool ConvertBack() const override { return true; }

@@ -3,8 +3,9 @@
 //
 //     result(x, y) = source((x, y) - displacement(x, y))        within the box of each stroke; the rest stays
 //
-// The field and its source are kept until a picture of another size comes. The host's remapping runs on a part of the
-// source, the box and as much around it as the displacements reach. A palette picture becomes an RGBA picture.
+// The field and its source are kept until a picture of another size comes; strokes of a picture that failed are taken
+// back. The host's remapping runs on a part of the source, the box and as much around it as the displacements reach. A
+// palette picture that a stroke touches becomes an RGBA picture.
 #include "Proc/Effects/Lumetta/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/DisplacementField.h"
@@ -51,22 +52,26 @@ Box FindReach(DisplacementField const& field, Box const& box, FrameFormat const&
                     frame);
 }
 
-/// Writes a box of the target, from a patch of the same format whose first pixel is at (patchX, patchY) of it. Samples
-/// of several pixels are written where any of these is in the box.
-void CopyBox(IDataVideo const& patch, int patchX, int patchY, IDataVideo& target, Box const& box) {
+/// What a box is written from: a picture of the target's format, and where in the target its first pixel is.
+struct Patch {
+    ConstDataHandle picture;
+    int x, y;
+};
+
+/// Writes a box of the target. Samples of several pixels are written where any of these is in the box.
+void CopyBox(Patch const& patch, IDataVideo& target, Box const& box) {
     PixFmtDescription const& format = target.GetDescription();
-    target.Detach();
     for (unsigned char i = 0; i < format.planesCount; ++i) {
         PlaneLayout const& layout = format.planes[i];
-        ConstPlane const from = patch.GetPlane(i);
+        ConstPlane const from = AsVideo(patch.picture).GetPlane(i);
         MutablePlane const to = target.GetMutablePlane(i);
         auto const groups = [](int end, int shift) { return (end + (1 << shift) - 1) >> shift; };
         int const first = box.x0 >> layout.shiftX;
         auto const bytes = static_cast<std::size_t>(groups(box.x1, layout.shiftX) - first) * layout.bytes;
         for (int row = box.y0 >> layout.shiftY; row < groups(box.y1, layout.shiftY); ++row)
             std::memcpy(to.GetRow(static_cast<std::uint64_t>(row)) + first * layout.bytes,
-                        from.GetRow(static_cast<std::uint64_t>(row - (patchY >> layout.shiftY))) +
-                            (first - (patchX >> layout.shiftX)) * layout.bytes,
+                        from.GetRow(static_cast<std::uint64_t>(row - (patch.y >> layout.shiftY))) +
+                            (first - (patch.x >> layout.shiftX)) * layout.bytes,
                         bytes);
     }
 }
@@ -78,20 +83,30 @@ class DirectionalAreaDeformation
 public:
     DirectionalAreaDeformation(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
-          remapper(MakeOneInput<SettingsEffectRemapping>()),
-          converter(MakeOneInput<SettingsColorspaceConverter>()) {}
+          remapper(MakeOneInput(SettingsEffectRemapping())),
+          converter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
         RequireSettings();
-        if (data->GetPixFmt() == PixFmt::PAL8) Convert(data, PixFmt::RGBA);
-        KeepSource(AsVideo(data));
-        std::vector<Box> boxes;
-        AddStroke({settings.GetFromX(), settings.GetFromY(), settings.GetToX(), settings.GetToY()}, boxes);
-        for (PushStroke const& stroke : settings.GetStrokes()) AddStroke(stroke, boxes);
-        for (Box const& box : boxes) Warp(AsVideo(data), box);
+        FrameFormat const& frame = data->GetFrameFormat();
+        if (canvas.source && canvas.field.HasSize(frame.width, frame.height)) return Paint(canvas, data);
+        Canvas fresh{DisplacementField(frame.width, frame.height), AsVideo(data).MakeCopy(CopyMode::Independent)};
+        Paint(fresh, data);
+        canvas = std::move(fresh);
     }
 
 private:
+    struct Canvas {
+        DisplacementField field;
+        VideoHandle source; ///< The first picture of the field's size, as it came.
+    };
+
+    /// What a stroke overwrites of the field.
+    struct Overwritten {
+        Box box;
+        std::vector<DisplacementField::Pair> pairs;
+    };
+
     void RequireSettings() const {
         double const strength = settings.GetStrength();
         if (!std::isfinite(strength) || strength < 0)
@@ -102,33 +117,62 @@ private:
                                               "; it must be 0 or more.");
     }
 
-    void KeepSource(IDataVideo const& picture) {
-        FrameFormat const& frame = picture.GetFrameFormat();
-        if (source && field.HasSize(frame.width, frame.height)) return;
-        source = nullptr;
-        field = DisplacementField(frame.width, frame.height);
-        source = picture.MakeCopy(CopyMode::Independent);
+    void Paint(Canvas& on, DataHandle& data) {
+        std::vector<Overwritten> before;
+        try {
+            AddStroke(on, {settings.GetFromX(), settings.GetFromY(), settings.GetToX(), settings.GetToY()}, before);
+            for (PushStroke const& stroke : settings.GetStrokes()) AddStroke(on, stroke, before);
+            if (before.empty()) return;
+            if (data->GetPixFmt() == PixFmt::PAL8) Convert(data, PixFmt::RGBA);
+            Warp(on, before, data);
+        } catch (...) {
+            for (auto each = before.rbegin(); each != before.rend(); ++each) on.field.Write(each->box, each->pairs);
+            throw;
+        }
     }
 
-    void AddStroke(PushStroke const& stroke, std::vector<Box>& boxes) {
-        Box const box = field.AddStroke(stroke, settings.GetSize(), settings.GetStrength());
-        if (!box.IsEmpty()) boxes.push_back(box);
+    void AddStroke(Canvas& on, PushStroke const& stroke, std::vector<Overwritten>& before) const {
+        Box const box = on.field.FindBox(stroke, settings.GetSize());
+        if (box.IsEmpty()) return;
+        before.push_back({box, on.field.Read(box)});
+        on.field.AddStroke(stroke, settings.GetSize(), settings.GetStrength());
     }
 
-    void Warp(IDataVideo& target, Box const& box) {
+    /// The picture is written in place when all patches are there; when they would take more memory than it, one by one
+    /// into a copy, which is dropped when a later one fails.
+    void Warp(Canvas const& on, std::vector<Overwritten> const& touched, DataHandle& data) {
+        std::size_t pixels = 0;
+        for (Overwritten const& each : touched) pixels += each.pairs.size();
+        FrameFormat const& frame = data->GetFrameFormat();
+        bool const isLater = pixels <= std::size_t{frame.width} * frame.height;
+        if (!isLater) data = AsVideo(data).MakeCopy(CopyMode::Value);
+        std::vector<Patch> patches;
+        for (Overwritten const& each : touched) {
+            Patch patch = MakePatch(on, AsVideo(data), each.box);
+            if (isLater)
+                patches.push_back(std::move(patch));
+            else
+                CopyBox(patch, AsVideo(data), each.box);
+        }
+        AsVideo(data).Detach();
+        for (std::size_t i = 0; i < patches.size(); ++i) CopyBox(patches[i], AsVideo(data), touched[i].box);
+    }
+
+    Patch MakePatch(Canvas const& on, IDataVideo const& target, Box const& box) {
         FrameFormat const& frame = target.GetFrameFormat();
+        DisplacementField const& field = on.field;
         Box const reach = FindReach(field, AlignOut(box, frame), frame);
         auto const place = [](int value) { return static_cast<std::uint32_t>(value); };
-        DataHandle patch = source->MakePart(
+        DataHandle patch = on.source->MakePart(
             {place(reach.x0), place(reach.y0), place(reach.x1 - reach.x0), place(reach.y1 - reach.y0)});
-        remapper->SetSettings(SettingsEffectRemapping([this, reach](int x, int y) {
+        remapper->SetSettings(SettingsEffectRemapping([&field, reach](int x, int y) {
             DisplacementField::Pair const& pair = field.At(x + reach.x0, y + reach.y0);
             return std::pair(static_cast<float>(x) - pair.x, static_cast<float>(y) - pair.y);
         }));
         remapper->ProcessData(patch);
-        remapper->SetSettings(SettingsEffectRemapping()); // whose function must not outlive this effect
+        remapper->SetSettings(SettingsEffectRemapping()); // whose function must not outlive the field
         Convert(patch, target.GetPixFmt());
-        CopyBox(AsVideo(ConstDataHandle(patch)), reach.x0, reach.y0, target, box);
+        return {patch, reach.x0, reach.y0};
     }
 
     void Convert(DataHandle& data, PixFmt format) {
@@ -139,8 +183,7 @@ private:
 
     intrusive_ptr<IOneInputEffectVideo> remapper;
     intrusive_ptr<IOneInputEffectVideo> converter;
-    DisplacementField field;
-    VideoHandle source; ///< The first picture of the field's size, as it came.
+    Canvas canvas;
 };
 
 intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context) {

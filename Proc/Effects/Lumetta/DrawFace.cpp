@@ -64,18 +64,17 @@ void Paint(ConstPlane const& mask, Kernels::PackedRgb const& format, Color const
 class DrawFace : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectDrawFace> {
 public:
     DrawFace(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseCSC(effectFactory, effectContext), finder(MakeOneInput<SettingsEffectFaceDetector>()) {}
+        : EffectBaseCSC(effectFactory, effectContext), finder(MakeOneInput(SettingsEffectFaceDetector())) {}
 
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
     bool ConvertBack() const override { return true; }
 
     /// Without a face nothing is converted: the picture keeps every byte.
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        settings.SetFacesFound(0);
         RequireSetting("face drawing", "line width", settings.GetLineWidth(), 0.5, 100);
         faces = finder.Find(data, GetInstanceName());
-        settings.SetFacesFound(static_cast<int>(faces.size()));
         if (!faces.empty()) EffectBaseCSC::ProcessInternal(data);
+        settings.SetFacesFound(static_cast<int>(faces.size()));
     }
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {

@@ -59,8 +59,8 @@ public:
           toRgba(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGBA, false))),
           toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))),
           alphaExtractor(MakeOneInput(SettingsEffectAlphaExtractor())),
-          erosion(MakeOneInput<SettingsEffectMorphology>()),
-          blur(MakeOneInput<SettingsEffectBlur>()) {}
+          erosion(MakeOneInput(SettingsEffectMorphology())),
+          blur(MakeOneInput(SettingsEffectBlur())) {}
 
     intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
         RequireSetting("edge removal", "strength", settings.GetStrength(), 0, 100);

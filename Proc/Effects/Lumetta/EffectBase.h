@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Effects/Lumetta/SubEffects.h"
 #include "Proc/Interfaces/IEffectRegistry.h"
 #include "Proc/Interfaces/ImplNames.h"
 
@@ -14,8 +15,10 @@ namespace Velnor::Proc {
 
 /// What is common to all effects: typed settings, statistics, log lines, creation of sub-effects. A concrete effect
 /// derives from one of the three bases at the end of this file (or from EffectBaseCSC), creates its sub-effects in its
-/// constructor and implements ProcessInternal. Errors pass through: the picture is then not counted, and no " done" is
-/// logged.
+/// constructor and implements ProcessInternal. Errors pass through: the picture is then not counted, no " done" is
+/// logged, and the caller's handle and picture are as they were. For that the work is done on a handle of the base's own,
+/// sub-effects never see the caller's picture but a copy of it (see SubEffect), and an effect writes to the picture that
+/// it was given in its last step alone, when nothing can fail any more.
 template <class Interface, class SettingsClass>
 class EffectBase : public Interface {
 public:
@@ -66,26 +69,64 @@ protected:
         settings = kept;
     }
 
-    /// A sub-effect, configured at once.
+    /// A sub-effect, configured at once: there is no other way to get one.
     template <class SubSettings>
     intrusive_ptr<IOneInputEffectVideo> MakeOneInput(SubSettings const& subSettings,
                                                      std::string const& impl = ImplNames::DEFAULT) const {
-        auto effect = factory->CreateOneInputEffect(SubSettings::CLASS_ID, impl);
+        auto const effect = factory->CreateOneInputEffect(SubSettings::CLASS_ID, impl);
         effect->SetSettings(subSettings);
-        return effect;
+        return MakeShared<OneInputSubEffect>(effect);
     }
     template <class SubSettings>
     intrusive_ptr<ITwoInputEffectVideo> MakeTwoInput(SubSettings const& subSettings,
                                                      std::string const& impl = ImplNames::DEFAULT) const {
-        auto effect = factory->CreateTwoInputEffect(SubSettings::CLASS_ID, impl);
+        auto const effect = factory->CreateTwoInputEffect(SubSettings::CLASS_ID, impl);
+        effect->SetSettings(subSettings);
+        return MakeShared<TwoInputSubEffect>(effect);
+    }
+    template <class SubSettings>
+    intrusive_ptr<IVarInputEffectVideo> MakeVarInput(SubSettings const& subSettings,
+                                                     std::string const& impl = ImplNames::DEFAULT) const {
+        auto effect = factory->CreateVarInputEffect(SubSettings::CLASS_ID, impl);
         effect->SetSettings(subSettings);
         return effect;
     }
 
-    /// A sub-effect that is configured later.
-    template <class SubSettings>
-    intrusive_ptr<IOneInputEffectVideo> MakeOneInput() const {
-        return factory->CreateOneInputEffect(SubSettings::CLASS_ID, ImplNames::DEFAULT);
+    /// The picture to write to in place, as the last step of the work: the one in the handle where nobody but the caller
+    /// holds it, else a copy that takes its place.
+    IDataVideo& OwnPicture(intrusive_ptr<IData>& work) const {
+        if (!IsAlone(work)) work = AsVideo(work).MakeCopy(CopyMode::Independent);
+        return AsVideo(work);
+    }
+
+    /// Replaces the picture by a copy to write to in place, as the last step of the work. A picture that nobody but the
+    /// caller holds is given up for it at once, so that the samples are the copy's own and need not be duplicated.
+    /// @param prepare  what can fail and must be done on the copy before
+    template <class Prepare>
+    IDataVideo& ReplacePicture(intrusive_ptr<IData>& work, Prepare const& prepare) const {
+        bool const isGivenUp = work == *callersHandle && IsAlone(work) && !work->IsShared();
+        intrusive_ptr<IDataVideo> const copy = AsVideo(work).MakeCopy(CopyMode::Independent);
+        prepare(*copy);
+        work = copy;
+        if (isGivenUp) *callersHandle = copy;
+        return *copy;
+    }
+    IDataVideo& ReplacePicture(intrusive_ptr<IData>& work) const {
+        return ReplacePicture(work, [](IDataVideo&) {});
+    }
+
+    /// Whether nobody but the caller, or this effect, holds the picture.
+    bool IsAlone(intrusive_ptr<IData> const& work) const {
+        return work->GetRefCount() == (work == *callersHandle ? 2U : 1U);
+    }
+
+    /// Does the work on a handle of its own, which the caller's becomes when all is done.
+    template <class Work>
+    void WorkOn(intrusive_ptr<IData>& data, Work const& doWork) {
+        intrusive_ptr<IData> work = data;
+        callersHandle = &data;
+        doWork(work);
+        data = std::move(work);
     }
 
     /// Logs, skips the work when the settings are empty, counts. Returns whether the work was done.
@@ -108,11 +149,15 @@ protected:
 
     static constexpr int VERBOSE_LEVEL = 30;
 
+private:
     FactoryHandle factory;
+
+protected:
     ContextHandle context;
     SettingsClass settings;
 
 private:
+    intrusive_ptr<IData>* callersHandle = nullptr; ///< The caller's handle to the picture in work.
     std::string implName;
     std::int64_t statTotal = 0; ///< Reported, and not measured: the host times its effects.
     std::uint64_t processedCount = 0;
@@ -130,10 +175,12 @@ public:
             this->RequirePicture(data.get());
             std::int64_t const duration = data->GetDuration();
             std::int64_t const timeStamp = data->GetTimeStamp();
-            ProcessInternal(data);
-            if (data == nullptr) return;
-            data->SetDuration(duration);
-            data->SetTimeStamp(timeStamp);
+            this->WorkOn(data, [&](intrusive_ptr<IData>& work) {
+                ProcessInternal(work);
+                if (work == nullptr) return;
+                work->SetDuration(duration);
+                work->SetTimeStamp(timeStamp);
+            });
         });
     }
 
@@ -152,7 +199,7 @@ public:
         this->Run([&] {
             this->RequirePicture(first.get());
             this->RequirePicture(second.get());
-            ProcessInternal(first, second);
+            this->WorkOn(first, [&](intrusive_ptr<IData>& work) { ProcessInternal(work, second); });
         });
     }
 

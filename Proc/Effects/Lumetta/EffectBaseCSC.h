@@ -15,7 +15,7 @@ public:
     EffectBaseCSC(FactoryHandle const& effectFactory, ContextHandle const& effectContext,
                   std::string const& implementation = ImplNames::VELNOR)
         : EffectBaseOneInput<Interface, SettingsClass>(effectFactory, effectContext, implementation),
-          outputConverter(this->template MakeOneInput<SettingsColorspaceConverter>()) {}
+          outputConverter(this->MakeOneInput(SettingsColorspaceConverter())) {}
 
     /// The effect's work on a picture in one of the supported formats.
     virtual void ProcessInternalCSC(intrusive_ptr<IData>& data) = 0;
@@ -52,8 +52,11 @@ private:
         std::vector<PixFmt> const& formats = GetSupportedFormats();
         convertInput = !formats.empty();
         if (convertInput) {
-            if (!inputConverter) inputConverter = this->template MakeOneInput<SettingsColorspaceConverter>();
-            inputConverter->SetSettings(SettingsColorspaceConverter(formats, true));
+            SettingsColorspaceConverter const toSupported(formats, true);
+            if (inputConverter)
+                inputConverter->SetSettings(toSupported);
+            else
+                inputConverter = this->MakeOneInput(toSupported);
         }
         lastInputFormat = format;
     }
@@ -84,7 +87,8 @@ public:
               SettingsColorspaceConverter(std::vector<PixFmt>{PixFmt::YUV444P, PixFmt::YUVA444P}, true))) {}
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        intrusive_ptr<IData> unprocessed = AsVideo(data).MakeCopy(CopyMode::Independent);
+        intrusive_ptr<IData> unprocessed = data;
+        data = AsVideo(data).MakeCopy(CopyMode::Independent);
         if (!HasLumaPlane(AsVideo(data).GetDescription())) greyConverter->ProcessData(unprocessed);
         ProcessInternalColor(data);
         lumaConverter->ProcessData(data);

@@ -18,21 +18,23 @@ class EyeExtending : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEff
 public:
     EyeExtending(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
-          finder(MakeOneInput<SettingsEffectFaceDetector>()),
-          remapper(MakeOneInput<SettingsEffectRemapping>()) {}
+          finder(MakeOneInput(SettingsEffectFaceDetector())),
+          remapper(MakeOneInput(SettingsEffectRemapping())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        settings.SetFacesFound(0);
         RequireSetting("eye extending", "strength", settings.GetStrength(), 0, 100);
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
+        if (!faces.empty()) Remap(data, faces);
         settings.SetFacesFound(static_cast<int>(faces.size()));
-        if (faces.empty()) return;
+    }
+
+private:
+    void Remap(intrusive_ptr<IData>& data, std::vector<Face> const& faces) const {
         auto const amount = static_cast<float>(settings.GetStrength() / 100 * LARGEST_SHRINK);
         remapper->SetSettings(SettingsEffectRemapping(Kernels::EyeMap(faces, amount)));
         remapper->ProcessData(data);
     }
 
-private:
     FaceFinder finder;
     intrusive_ptr<IOneInputEffectVideo> remapper;
 };

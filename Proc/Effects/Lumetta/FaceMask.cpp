@@ -50,13 +50,11 @@ std::vector<Contour> MakeBrows(Face const& face) {
 class FaceMask : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectFaceMask> {
 public:
     FaceMask(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseOneInput(effectFactory, effectContext), finder(MakeOneInput<SettingsEffectFaceDetector>()) {}
+        : EffectBaseOneInput(effectFactory, effectContext), finder(MakeOneInput(SettingsEffectFaceDetector())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        settings.SetFacesFound(0);
         RequireSetting("face mask", "feather", settings.GetFeather(), 0, 50);
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
-        settings.SetFacesFound(static_cast<int>(faces.size()));
         FrameFormat const frame = data->GetFrameFormat();
         VideoHandle const mask = MakeEmpty(frame);
         for (Face const& face : faces) {
@@ -64,6 +62,7 @@ public:
             if (settings.IsSkin() && !settings.IsFace()) AddSkin(*mask, face);
         }
         data = mask;
+        settings.SetFacesFound(static_cast<int>(faces.size()));
     }
 
 private:

@@ -61,7 +61,7 @@ class GrabCut : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEffectGr
 public:
     GrabCut(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseTwoInput(effectFactory, effectContext),
-          morphology(MakeOneInput<SettingsEffectMorphology>()),
+          morphology(MakeOneInput(SettingsEffectMorphology())),
           alphaExtractor(MakeOneInput(SettingsEffectAlphaExtractor())) {}
 
     using EffectBaseTwoInput::SetSettings;
@@ -75,12 +75,13 @@ public:
         auto const made = MakeTwoInput(strokes, isOpenCv ? ImplPhotoNames::OPENCV : ImplNames::DEFAULT);
         made->SetProgressController(next.ShowProgress() ? GetProgress().controller
                                                         : Core::ProgressControllerStub::Create());
+        if (next.GetSmooth() != 0) {
+            SettingsEffectMorphology smoothing(SettingsEffectMorphology::SMOOTH, 1);
+            smoothing.SetIterations(next.GetSmooth());
+            morphology->SetSettings(smoothing);
+        }
         segmentation = made;
         settings = next;
-        if (settings.GetSmooth() == 0) return;
-        SettingsEffectMorphology smoothing(SettingsEffectMorphology::SMOOTH, 1);
-        smoothing.SetIterations(settings.GetSmooth());
-        morphology->SetSettings(smoothing);
     }
 
     void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {

@@ -17,13 +17,13 @@ namespace Velnor::Proc {
 class GradientPosterize : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectGradientPosterize> {
 public:
     GradientPosterize(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseCSC(effectFactory, effectContext), posterize(MakeOneInput(GetPosterizeSettings())) {}
+        : EffectBaseCSC(effectFactory, effectContext), posterize(MakeOneInput(ClassesOf(settings))) {}
 
     using EffectBaseCSC::SetSettings;
 
     void SetSettings(SettingsEffectGradientPosterize const& next) override {
+        posterize->SetSettings(ClassesOf(next));
         EffectBaseCSC::SetSettings(next);
-        posterize->SetSettings(GetPosterizeSettings());
     }
 
     bool ConvertBack() const override { return true; }
@@ -61,11 +61,11 @@ public:
     }
 
 private:
-    SettingsEffectPosterize GetPosterizeSettings() const {
-        SettingsEffectPosterize next;
-        next.SetColorsNumber(settings.GetColorCount());
-        next.SetIsPal(true);
-        return next;
+    static SettingsEffectPosterize ClassesOf(SettingsEffectGradientPosterize const& gradient) {
+        SettingsEffectPosterize classes;
+        classes.SetColorsNumber(gradient.GetColorCount());
+        classes.SetIsPal(true);
+        return classes;
     }
 
     DataHandle Classify(DataHandle data) const {

@@ -53,20 +53,22 @@ public:
           countConverter(MakeOneInput(
               SettingsColorspaceConverter(std::vector<PixFmt>{PixFmt::RGB24, PixFmt::YUV444P, PixFmt::YUV420P}, true))),
           drawConverter(MakeOneInput(SettingsColorspaceConverter(Kernels::PackedRgbFormats(), true))),
-          backConverter(MakeOneInput<SettingsColorspaceConverter>()) {}
+          backConverter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
         intrusive_ptr<IData> counted = AsVideo(data).MakeCopy(CopyMode::Share);
         countConverter->ProcessData(counted);
         FrameInfo const info = GetFrameInfo(AsVideo(counted));
         counted.reset(); // so that drawing need not duplicate the samples
-        if (settings.GetDraw()) Draw(data, info);
+        SettingsEffectHistogram found = settings;
         FrameFormat const& frame = data->GetFrameFormat();
-        settings.SetPixels(std::uint64_t{frame.width} * frame.height);
-        settings.SetRed(Report(info[0]));
-        settings.SetGreen(Report(info[1]));
-        settings.SetBlue(Report(info[2]));
-        settings.SetLuma(Report(info[3]));
+        found.SetPixels(std::uint64_t{frame.width} * frame.height);
+        found.SetRed(Report(info[0]));
+        found.SetGreen(Report(info[1]));
+        found.SetBlue(Report(info[2]));
+        found.SetLuma(Report(info[3]));
+        if (settings.GetDraw()) Draw(data, info);
+        settings = std::move(found);
     }
 
 private:

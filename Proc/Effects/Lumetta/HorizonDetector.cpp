@@ -11,17 +11,15 @@ namespace Velnor::Proc {
 class HorizonDetector : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectHorizonDetector> {
 public:
     HorizonDetector(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseOneInput(effectFactory, effectContext), predictor(MakeOneInput<SettingsEffectNeuralPredict>()) {}
+        : EffectBaseOneInput(effectFactory, effectContext), predictor(MakeOneInput(PredictionOf(settings))) {}
 
     using EffectBaseOneInput::SetSettings;
 
     /// The network alone decides whether the settings are others: with the same one the last verdict stays.
     void SetSettings(SettingsEffectHorizonDetector const& next) override {
-        SettingsEffectNeuralPredict prediction(next.GetNeural());
-        prediction.SetFixMin(SMALLEST_SIDE);
+        predictor->SetSettings(PredictionOf(next));
         if (!(settings.GetNeural() == next.GetNeural())) ReplaceSettings(next);
         settings.SetBypassed(next.IsBypassed());
-        predictor->SetSettings(prediction);
     }
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
@@ -37,6 +35,12 @@ public:
 
 private:
     static constexpr int SMALLEST_SIDE = 17; ///< Of the picture that the network sees, in its cells.
+
+    static SettingsEffectNeuralPredict PredictionOf(SettingsEffectHorizonDetector const& detection) {
+        SettingsEffectNeuralPredict prediction(detection.GetNeural());
+        prediction.SetFixMin(SMALLEST_SIDE);
+        return prediction;
+    }
 
     intrusive_ptr<IOneInputEffectVideo> predictor;
 };

@@ -12,7 +12,7 @@ namespace Velnor::Proc {
 class Implode : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectImplode> {
 public:
     Implode(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
-        : EffectBaseOneInput(effectFactory, effectContext), remapper(MakeOneInput<SettingsEffectRemapping>()) {}
+        : EffectBaseOneInput(effectFactory, effectContext), remapper(MakeOneInput(SettingsEffectRemapping())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
         FrameFormat const& frame = data->GetFrameFormat();

@@ -16,9 +16,9 @@ class OilPaint : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectO
 public:
     OilPaint(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
-          painter(factory->CreateOneInputEffect(SettingsEffectOilPaint::CLASS_ID, ImplPhotoNames::IMAGEMAGICK)),
-          downscaler(MakeOneInput<SettingsResizer>()),
-          upscaler(MakeOneInput<SettingsResizer>()) {}
+          painter(MakeOneInput(settings, ImplPhotoNames::IMAGEMAGICK)),
+          downscaler(MakeOneInput(SettingsResizer())),
+          upscaler(MakeOneInput(SettingsResizer())) {}
 
     void ResetSettings() override {
         configuredFrame = {};

@@ -14,8 +14,8 @@ class Pixelate : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectP
 public:
     Pixelate(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
-          downscaler(MakeOneInput<SettingsResizer>()),
-          upscaler(MakeOneInput<SettingsResizer>()) {}
+          downscaler(MakeOneInput(SettingsResizer())),
+          upscaler(MakeOneInput(SettingsResizer())) {}
 
     void ResetSettings() override {
         configuredFrame = {};

@@ -68,7 +68,7 @@ public:
         : EffectBaseTwoInput(effectFactory, effectContext),
           maskConverter(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, true))),
           workConverter(MakeOneInput(SettingsColorspaceConverter(Kernels::PackedRgbFormats(), true))),
-          backConverter(MakeOneInput<SettingsColorspaceConverter>()) {}
+          backConverter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     void ResetSettings() override {
         factors.clear();
@@ -85,12 +85,9 @@ public:
         intrusive_ptr<IData> const mask = MakeMask(AsVideo(second));
         PixFmt const format = first->GetPixFmt();
         backConverter->SetSettings(SettingsColorspaceConverter(format, true));
-        intrusive_ptr<IData> work = first;
-        workConverter->ProcessData(work);
-        first.reset(); // a picture that nobody else holds is written in place
-        Expose(AsVideo(work), AsVideo(ConstDataHandle(mask)).GetPlane(0));
-        if (work->GetPixFmt() != format) backConverter->ProcessData(work);
-        first = work;
+        workConverter->ProcessData(first);
+        Expose(AsVideo(first), AsVideo(ConstDataHandle(mask)).GetPlane(0));
+        if (first->GetPixFmt() != format) backConverter->ProcessData(first);
     }
 
 private:

@@ -83,7 +83,7 @@ public:
           toRgba(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGBA, false))),
           toRgb(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGB24, false))),
           toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))),
-          resizer(MakeOneInput<SettingsResizer>()),
+          resizer(MakeOneInput(SettingsResizer())),
           segmentation(MakeTwoInput(SettingsEffectGrabCutSegmentation())) {}
 
     intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {

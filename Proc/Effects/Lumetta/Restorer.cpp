@@ -35,9 +35,9 @@ class Restorer : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectRestor
 public:
     Restorer(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC(effectFactory, effectContext),
-          morphology(MakeOneInput<SettingsEffectMorphology>()),
-          smoother(MakeOneInput<SettingsEffectSmartBlur>()),
-          balance(MakeOneInput<SettingsEffectColorBalanceAuto>()),
+          morphology(MakeOneInput(SettingsEffectMorphology())),
+          smoother(MakeOneInput(SettingsEffectSmartBlur())),
+          balance(MakeOneInput(SettingsEffectColorBalanceAuto())),
           toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))) {}
 
     bool ConvertBack() const override { return true; }

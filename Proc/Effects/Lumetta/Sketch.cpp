@@ -17,7 +17,7 @@ class Sketch : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectSketch> 
 public:
     Sketch(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC(effectFactory, effectContext),
-          blur(MakeOneInput<SettingsEffectBlur>()),
+          blur(MakeOneInput(SettingsEffectBlur())),
           toGrey(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))) {}
 
     bool ConvertBack() const override { return true; }

@@ -160,10 +160,7 @@ private:
     }
 
     intrusive_ptr<IData> JoinPhotographs(Pictures const& inputs) {
-        if (!panorama) {
-            panorama = factory->CreateVarInputEffect(SettingsEffectPanorama::CLASS_ID, ImplNames::DEFAULT);
-            panorama->SetSettings(SettingsEffectPanorama());
-        }
+        if (!panorama) panorama = MakeVarInput(SettingsEffectPanorama());
         return panorama->Process(inputs);
     }
 

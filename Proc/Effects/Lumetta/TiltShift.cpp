@@ -22,14 +22,15 @@ class TiltShift : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffect
 public:
     TiltShift(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext),
-          formatConverter(MakeOneInput<SettingsColorspaceConverter>()),
-          smartBlur(MakeOneInput<SettingsEffectSmartBlur>()),
-          shapeMask(MakeOneInput<SettingsEffectShapeMask>()),
-          blender(factory->CreateTwoInputEffect(SettingsEffectImageBlender::CLASS_ID, ImplNames::DEFAULT)),
-          alphaExtractor(MakeOneInput<SettingsEffectExtraAlphaExtractor>()),
-          alphaInserter(factory->CreateTwoInputEffect(SettingsEffectAlphaInserter::CLASS_ID, ImplNames::DEFAULT)),
-          downscaler(MakeOneInput<SettingsResizer>()),
-          upscaler(MakeOneInput<SettingsResizer>()) {
+          formatConverter(MakeOneInput(SettingsColorspaceConverter())),
+          smartBlur(MakeOneInput(SettingsEffectSmartBlur())),
+          shapeMask(MakeOneInput(SettingsEffectShapeMask())),
+          blender(MakeTwoInput(SettingsEffectImageBlender())),
+          alphaExtractor(MakeOneInput(SettingsEffectExtraAlphaExtractor())),
+          alphaInserter(MakeTwoInput(SettingsEffectAlphaInserter())),
+          downscaler(MakeOneInput(SettingsResizer())),
+          upscaler(MakeOneInput(SettingsResizer())) {
+        // The initial settings, in the order in which hosts have always seen them.
         blender->SetSettings(SettingsEffectImageBlender());
         alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(PixFmt::NONE));
         alphaInserter->SetSettings(SettingsEffectAlphaInserter());

@@ -23,7 +23,7 @@ public:
         : EffectBaseOneInput(effectFactory, effectContext),
           inputConverter(MakeOneInput(SettingsColorspaceConverter(
               std::vector<PixFmt>{PixFmt::GRAY8, PixFmt::ARGB, PixFmt::RGBA, PixFmt::ABGR, PixFmt::BGRA}, true))),
-          shapeMask(MakeOneInput<SettingsEffectShapeMask>()),
+          shapeMask(MakeOneInput(SettingsEffectShapeMask())),
           blender(MakeTwoInput(SettingsEffectImageBlender())),
           alphaExtractor(MakeOneInput(SettingsEffectExtraAlphaExtractor(PixFmt::NONE))),
           alphaInserter(MakeTwoInput(SettingsEffectAlphaInserter())) {}

@@ -65,7 +65,7 @@ public:
     FaceDetector(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext, ImplPhotoNames::DLIB),
           converter(MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, false))),
-          resizer(MakeOneInput<SettingsResizer>()) {}
+          resizer(MakeOneInput(SettingsResizer())) {}
 
     void ProcessInternal(DataHandle& data) override {
         settings.SetFaces({});

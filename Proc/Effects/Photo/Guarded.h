@@ -21,16 +21,13 @@ void TranslateErrors(std::string const& library, Work const& work) {
     }
 }
 
-/// An effect whose work is a library's. When that throws, the caller sees an EffectException, and the handle and the
-/// picture behind it are as they were.
+/// An effect whose work is a library's. When that throws, the caller sees an EffectException.
 template <class Effect, class LibraryError>
 class GuardedOneInput : public Effect {
 public:
     using Effect::Effect;
     void ProcessInternal(DataHandle& data) override {
-        DataHandle work = data;
-        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { Effect::ProcessInternal(work); });
-        data = work;
+        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { Effect::ProcessInternal(data); });
     }
 };
 
@@ -40,9 +37,7 @@ class GuardedTwoInput : public Effect {
 public:
     using Effect::Effect;
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
-        DataHandle work = first;
-        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { Effect::ProcessInternal(work, second); });
-        first = work;
+        TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { Effect::ProcessInternal(first, second); });
     }
 };
 

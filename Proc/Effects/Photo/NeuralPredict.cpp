@@ -100,7 +100,7 @@ class NeuralPredict : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEf
 public:
     NeuralPredict(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext, ImplNames::DEFAULT),
-          resizer(MakeOneInput<SettingsResizer>()),
+          resizer(MakeOneInput(SettingsResizer())),
           converter(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGB24, false))) {}
 
     void ProcessInternal(DataHandle& data) override {

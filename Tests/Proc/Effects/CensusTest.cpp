@@ -5,7 +5,7 @@
 #include "Proc/Interfaces/SettingsText.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Tests/Support/Pictures.h"
-#include "Tests/Support/PluginHost.h"
+#include "Tests/Support/RegisteredEffects.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +18,6 @@
 #include <span>
 
 namespace Velnor::Proc {
-
-void PrintTo(RegisteredEffect const& effect, std::ostream* out) { *out << effect.classId << "/" << effect.implName; }
 
 namespace {
 
@@ -203,10 +201,6 @@ TEST_P(Census, WorksOrRefusesAndDoesTheSameAgain) {
         }
     // Noise has nothing that a panorama could be joined by.
     EXPECT_EQ(worked > 0, GetParam().classId != SettingsEffectPanorama::CLASS_ID);
-}
-
-std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
-    return info.param.classId + "_" + info.param.implName;
 }
 
 INSTANTIATE_TEST_SUITE_P(Registry, Census, ::testing::ValuesIn(PluginHost().GetEffects()), TestName);

@@ -4,7 +4,7 @@
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/PluginHost.h"
-#include "Tests/Support/TypicalSettings.h"
+#include "Tests/Support/RegisteredEffects.h"
 
 #include <gtest/gtest.h>
 

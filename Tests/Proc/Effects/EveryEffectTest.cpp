@@ -6,8 +6,7 @@
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
-#include "Tests/Support/PluginHost.h"
-#include "Tests/Support/TypicalSettings.h"
+#include "Tests/Support/RegisteredEffects.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +17,6 @@
 #include <ostream>
 
 namespace Velnor::Proc {
-
-void PrintTo(RegisteredEffect const& effect, std::ostream* out) { *out << effect.classId << "/" << effect.implName; }
 
 namespace {
 
@@ -49,14 +46,6 @@ protected:
         std::vector<DataHandle> inputs = Inputs(PixFmt::RGB24, 33, 21);
         if (DataHandle const result = effect.ProcessData(inputs)) return {result};
         return GetParam().kind == EffectKind::VarInput ? inputs : std::vector<DataHandle>();
-    }
-
-    /// Noise has next to no stroke in it: the first row is one on the object, the last on the background.
-    static void PaintStrokes(MutablePlane const& strokes) {
-        SettingsEffectGrabCutSegmentation const values;
-        std::fill_n(strokes.GetRow(0), strokes.GetWidth(), static_cast<unsigned char>(values.GetForeground()));
-        std::fill_n(strokes.GetRow(strokes.GetHeight() - 1), strokes.GetWidth(),
-                    static_cast<unsigned char>(values.GetBackground()));
     }
 
     /// Runs the effect; false when it refused with one of the framework's exceptions, which must say why.
@@ -253,10 +242,6 @@ TEST_P(EveryEffect, RefusesANullPicture) {
     if (effect->GetSettingsBase().IsEmpty()) return;
     std::vector<DataHandle> const none(InputsCount());
     EXPECT_THROW(effect->ProcessData(none), ProcException);
-}
-
-std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
-    return info.param.classId + "_" + info.param.implName;
 }
 
 INSTANTIATE_TEST_SUITE_P(Registry, EveryEffect, ::testing::ValuesIn(PluginHost().GetEffects()), TestName);

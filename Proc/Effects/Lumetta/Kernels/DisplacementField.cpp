@@ -67,6 +67,8 @@ private:
 } // namespace
 
 Box DisplacementField::FindBox(PushStroke const& stroke, int size) const {
+    bool const hasLength = stroke.fromX != stroke.toX || stroke.fromY != stroke.toY;
+    if (!hasLength || size <= 0) return {};
     // Halves of whole numbers: the box of an odd brush reaches a pixel farther to the right and down.
     std::int64_t const half = size / 2;
     std::int64_t const x0 = std::max<std::int64_t>(std::min(stroke.fromX, stroke.toX) - half, 0);
@@ -78,15 +80,27 @@ Box DisplacementField::FindBox(PushStroke const& stroke, int size) const {
 }
 
 Box DisplacementField::AddStroke(PushStroke const& stroke, int size, double strength) {
-    bool const hasLength = stroke.fromX != stroke.toX || stroke.fromY != stroke.toY;
-    if (!hasLength || size <= 0) return {};
     Box const box = FindBox(stroke, size);
     Brush const brush(stroke, size, strength);
     for (int y = box.y0; y < box.y1; ++y) {
-        Pair* const row = pairs.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+        Pair* const row = pairs.data() + Place(0, y);
         for (int x = box.x0; x < box.x1; ++x) brush.Push(x, y, row[x]);
     }
     return box;
+}
+
+std::vector<DisplacementField::Pair> DisplacementField::Read(Box const& box) const {
+    std::vector<Pair> values;
+    values.reserve(static_cast<std::size_t>(box.x1 - box.x0) * static_cast<std::size_t>(box.y1 - box.y0));
+    for (int y = box.y0; y < box.y1; ++y)
+        values.insert(values.end(), pairs.data() + Place(box.x0, y), pairs.data() + Place(box.x1, y));
+    return values;
+}
+
+void DisplacementField::Write(Box const& box, std::vector<Pair> const& values) {
+    auto const columns = box.x1 - box.x0;
+    auto from = values.begin();
+    for (int y = box.y0; y < box.y1; ++y, from += columns) std::copy_n(from, columns, pairs.data() + Place(box.x0, y));
 }
 
 } // namespace Velnor::Proc::Kernels

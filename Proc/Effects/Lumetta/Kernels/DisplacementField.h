@@ -39,12 +39,19 @@ public:
     /// @param strength  percent, finite, 0 or more
     Box AddStroke(PushStroke const& stroke, int size, double strength);
 
-    Pair const& At(int x, int y) const {
-        return pairs[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
-    }
+    /// The box that AddStroke may touch.
+    Box FindBox(PushStroke const& stroke, int size) const;
+
+    /// The pairs of a box, row after row; Write puts them back.
+    std::vector<Pair> Read(Box const& box) const;
+    void Write(Box const& box, std::vector<Pair> const& values);
+
+    Pair const& At(int x, int y) const { return pairs[Place(x, y)]; }
 
 private:
-    Box FindBox(PushStroke const& stroke, int size) const;
+    std::size_t Place(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    }
 
     int width = 0;
     int height = 0;

@@ -63,7 +63,7 @@ class MidEqualizer : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEff
 public:
     MidEqualizer(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseTwoInput(effectFactory, effectContext, ImplNames::DEFAULT),
-          converter(MakeOneInput<SettingsColorspaceConverter>()) {}
+          converter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         double const strength = settings.GetStrength();

@@ -70,9 +70,10 @@ TEST_F(AutoEnhanceTest, CreatesAndRunsInItsOrder) {
     EXPECT_EQ(
         recorder.Take(),
         (Calls{"create 1 SettingsEffectImageBlender/Default", "set 1 alpha=127", "create 2 SettingsEffectBlur/Default",
-               "create 3 SettingsEffectCLAHE/Default", "set 3", "create 4 SettingsEffectColorBalance/Default",
-               "create 5 SettingsEffectColorBalanceAuto/Default", "create 6 SettingsEffectExtraAlphaExtractor/Default",
-               "create 7 SettingsColorspaceConverter/Default", "create 8 SettingsColorspaceConverter/Default",
+               "set 2", "create 3 SettingsEffectCLAHE/Default", "set 3", "create 4 SettingsEffectColorBalance/Default",
+               "set 4", "create 5 SettingsEffectColorBalanceAuto/Default", "set 5",
+               "create 6 SettingsEffectExtraAlphaExtractor/Default", "set 6",
+               "create 7 SettingsColorspaceConverter/Default", "set 7", "create 8 SettingsColorspaceConverter/Default",
                "set 8 formats=yuv444p"}));
     Calls core{"run 8",
                "run 3",
@@ -155,14 +156,18 @@ TEST_F(AutoEnhanceTest, TheBlendersOpacityIsCarriedOverFromCallToCall) {
     }
 }
 
-TEST_F(AutoEnhanceTest, AFailureLeavesTheBlenderAsItWasLastSet) {
+TEST_F(AutoEnhanceTest, AfterAFailureTheBlenderIsAsTheLastFinishedPictureLeftIt) {
+    SetIntensity(20);
+    Run();
     recorder.onCall = [runs = 0](std::string const& call) mutable {
         if (call == "run 1" && ++runs == 3) throw std::bad_alloc();
     };
     EXPECT_THROW(Run(), std::bad_alloc);
     recorder.onCall = nullptr;
     Run();
-    EXPECT_THAT(Opacities(recorder.calls), ElementsAre(127, 127, 255, 255, 255, 255, 127));
+    Run();
+    EXPECT_THAT(Opacities(recorder.calls), ElementsAre(127, 127, 255, 127, 204, /* fails */ 204, 204, 255, //
+                                                       204, 204, 255, 127, 204, 204, 204, 255, 127, 204));
 }
 
 /// Each sub-effect leaves a level of its own, so that a trace of levels shows which picture went where.

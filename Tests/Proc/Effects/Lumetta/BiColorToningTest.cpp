@@ -33,7 +33,7 @@ TEST_F(BiColorToningTest, CreatesInOneOrderAndRunsInAnother) {
                      "create 2 SettingsEffectColorBalance/Default", "set 2 brightness=10",
                      "create 3 SettingsEffectSplitToning/Default", "set 3 shadow-color=#204080 highlight-color=#e0a040",
                      "create 4 SettingsEffectVibrance/Default", "set 4 strength=50",
-                     "create 5 SettingsColorspaceConverter/Default"}));
+                     "create 5 SettingsColorspaceConverter/Default", "set 5"}));
     effect->ProcessData({MakeNoise(*context, PixFmt::BGR24, 4, 3)});
     EXPECT_EQ(recorder.Take(), (Calls{"set 5 formats=bgr24", "run 3", "run 5", "run 1", "run 4", "run 2"}));
     effect->ProcessData({MakeNoise(*context, PixFmt::BGR24, 8, 3)});

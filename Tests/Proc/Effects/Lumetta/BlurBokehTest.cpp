@@ -74,14 +74,15 @@ protected:
     int opacity = -1;
 };
 
-TEST_F(BlurBokehTest, CreatesItsSubEffectsInOrderAndConfiguresTwo) {
+TEST_F(BlurBokehTest, CreatesItsSubEffectsInOrderEachConfiguredAtOnce) {
     EXPECT_EQ(
         created,
-        (Calls{"create 1 SettingsColorspaceConverter/Default", "create 2 SettingsEffectVideoGenerator/Default",
-               "create 3 SettingsColorspaceConverter/Default", "create 4 SettingsResizer/Default",
-               "create 5 SettingsResizer/Default", "create 6 SettingsResizer/Default",
-               "create 7 SettingsEffectImageBlender/Default", "create 8 SettingsEffectExtraAlphaExtractor/Default",
-               "set 3 formats=gray8", "set 8 pixel-format=rgb24"}));
+        (Calls{"create 1 SettingsColorspaceConverter/Default", "set 1", "create 2 SettingsEffectVideoGenerator/Default",
+               "set 2", "create 3 SettingsColorspaceConverter/Default", "set 3", "create 4 SettingsResizer/Default",
+               "set 4", "create 5 SettingsResizer/Default", "set 5", "create 6 SettingsResizer/Default", "set 6",
+               "create 7 SettingsEffectImageBlender/Default", "set 7 alpha=0 alpha-mode=larger",
+               "create 8 SettingsEffectExtraAlphaExtractor/Default", "set 8", "set 3 formats=gray8",
+               "set 8 pixel-format=rgb24"}));
 }
 
 TEST_F(BlurBokehTest, TheKernelIsKeptAndTheResizersFollowTheFrame) {

@@ -112,7 +112,7 @@ TEST(Cutter, PadsRightAndBelowAtOnceAndOnlyWhereNeeded) {
     Recorder recorder;
     ContextHandle const context = CreateContext();
     auto const effect = CreateCutter(MakeShared<RecordingFactory>(recorder), context);
-    EXPECT_THAT(recorder.Take(), ElementsAre("create 1 SettingsEffectPad/Default"));
+    EXPECT_THAT(recorder.Take(), ElementsAre("create 1 SettingsEffectPad/Default", "set 1"));
     // The fake padding gives a picture of another size than asked for: the patches follow the picture.
     recorder.oneInput[1] = [&](DataHandle& data) { data = MakeNoise(*context, PixFmt::GRAY8, 12, 12); };
     auto const run = [&](SettingsEffectCutter settings, SettingsEffectCutter::PadMode mode, std::uint32_t width) {

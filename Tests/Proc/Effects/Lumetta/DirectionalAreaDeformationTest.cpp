@@ -167,6 +167,18 @@ TEST_F(PushBrush, StrokesOfOneListAreThoseOfRepeatedCalls) {
     }
 }
 
+TEST_F(PushBrush, APalettePictureThatNoStrokeTouchesStaysOne) {
+    for (PushStroke const& stroke : {PushStroke{3, 3, 3, 3}, PushStroke{80, 3, 90, 3}}) {
+        auto const effect = Make();
+        effect->SetSettings(Stroke(stroke));
+        DataHandle data = MakeNoise(context, PixFmt::PAL8, 61, 43);
+        IData const* const before = data.get();
+        effect->ProcessData(data);
+        EXPECT_EQ(data.get(), before);
+        EXPECT_EQ(data->GetPixFmt(), PixFmt::PAL8);
+    }
+}
+
 TEST_F(PushBrush, ThePartThatIsRemappedGivesTheWholeFramesBytes) {
     VideoHandle const picture = MakeNoise(context, PixFmt::YUV420P, 90, 70);
     auto const effect = Make();
@@ -220,8 +232,8 @@ TEST(PushBrushCalls, TheFieldIsNewForANewSizeAndTheRemapperSeesThePart) {
     std::vector<Rectangle> parts;
     recorder.oneInput[1] = [&](DataHandle& data) { parts.push_back(AsVideo(data).GetRectangle()); };
     auto const effect = CreateDirectionalAreaDeformation(MakeShared<RecordingFactory>(recorder), context);
-    EXPECT_EQ(recorder.Take(),
-              (Calls{"create 1 SettingsEffectRemapping/Default", "create 2 SettingsColorspaceConverter/Default"}));
+    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsEffectRemapping/Default", "set 1",
+                                      "create 2 SettingsColorspaceConverter/Default", "set 2"}));
     SettingsEffectDirectionalAreaDeformation settings;
     settings.SetFromX(100);
     settings.SetFromY(100);

@@ -53,7 +53,7 @@ protected:
 
 TEST_F(EffectBaseCSCTest, ConvertersAreConfiguredAtAChangeOfFormatOnly) {
     auto const effect = MakeShared<CscProbe>(factory, context, std::vector<PixFmt>{PixFmt::BGR24, PixFmt::RGB24}, true);
-    EXPECT_EQ(recorder.Take(), Calls{"create 1 SettingsColorspaceConverter/Default"});
+    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsColorspaceConverter/Default", "set 1"}));
     recorder.oneInput[2] = [this](DataHandle& data) { data = Picture(PixFmt::BGR24); };
 
     DataHandle data = Picture(PixFmt::YUV420P);
@@ -127,9 +127,9 @@ TEST_F(EffectBaseCSCTest, HookIsForwardedToConvertersThatExist) {
 TEST_F(EffectBaseCSCTest, LumaOfTheUnprocessedPictureComesBackAndTheInputIsSafe) {
     auto const effect = MakeShared<LumaProbe>(factory, context, std::vector<PixFmt>{}, true);
     EXPECT_EQ(recorder.Take(),
-              (Calls{"create 1 SettingsColorspaceConverter/Default", "create 2 SettingsColorspaceConverter/Default",
-                     "set 2 formats=gray8", "create 3 SettingsColorspaceConverter/Default",
-                     "set 3 formats=yuv444p,yuva444p"}));
+              (Calls{"create 1 SettingsColorspaceConverter/Default", "set 1",
+                     "create 2 SettingsColorspaceConverter/Default", "set 2 formats=gray8",
+                     "create 3 SettingsColorspaceConverter/Default", "set 3 formats=yuv444p,yuva444p"}));
     VideoHandle const input = MakeNoise(*context, PixFmt::YUV444P, 7, 5);
     std::vector<unsigned char> const before = Samples(*input);
     DataHandle data = input->MakeCopy(CopyMode::Value);

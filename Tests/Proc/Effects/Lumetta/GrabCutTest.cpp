@@ -56,7 +56,7 @@ struct GrabCutTest : ::testing::Test {
 };
 
 TEST_F(GrabCutTest, CreatesTheSegmentationAnewWithEachSettings) {
-    EXPECT_THAT(recorder.Take(), ElementsAre("create 1 SettingsEffectMorphology/Default",
+    EXPECT_THAT(recorder.Take(), ElementsAre("create 1 SettingsEffectMorphology/Default", "set 1",
                                              "create 2 SettingsEffectAlphaExtractor/Default", "set 2"));
     EXPECT_THROW(Run({255, 128, 0, 0, 0, 0}), EffectException);
     recorder.Take();

@@ -49,7 +49,7 @@ protected:
 };
 
 TEST_F(GradientPosterizeTest, ConfiguresPosterizeAtEachChangeOfSettingsAndAtNoPicture) {
-    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsColorspaceConverter/Default",
+    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsColorspaceConverter/Default", "set 1",
                                       "create 2 SettingsEffectPosterize/Default", "set 2 is-pal=true"}));
     for (int i = 0; i < 2; ++i) {
         effect->SetSettings(Colors(5));

@@ -51,7 +51,8 @@ TEST_F(HorizonDetectorTest, TheSecondScoreMustBeTheLarger) {
 
 TEST_F(HorizonDetectorTest, TheNetworkAloneDecidesWhetherTheVerdictStays) {
     SettingsEffectHorizonDetector settings;
-    EXPECT_THAT(recorder.Take(), ElementsAre("create 1 SettingsEffectNeuralPredict/Default"));
+    EXPECT_THAT(recorder.Take(), ElementsAre("create 1 SettingsEffectNeuralPredict/Default",
+                                             "set 1 neural.model=horizon.onnx fix-min=17"));
     effect->SetSettings(settings);
     EXPECT_THAT(recorder.Take(), ElementsAre("set 1 neural.model=horizon.onnx fix-min=17"));
     EXPECT_TRUE(VerdictFor({0.0F, 1.0F}));

@@ -76,7 +76,7 @@ TEST(Implode, TheMapIsMadeAnewForEachFrameAndSurvivesNewSettings) {
     Recorder recorder;
     ContextHandle const context = CreateContext();
     auto const effect = CreateImplode(MakeShared<RecordingFactory>(recorder), context);
-    EXPECT_EQ(recorder.Take(), Calls{"create 1 SettingsEffectRemapping/Default"});
+    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsEffectRemapping/Default", "set 1"}));
     effect->SetSettings(Make(100, SettingsEffectImplode::BULGE));
     EXPECT_EQ(recorder.Take(), Calls{});
     for (int frame = 0; frame < 2; ++frame)

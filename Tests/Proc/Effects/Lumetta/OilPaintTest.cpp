@@ -49,8 +49,9 @@ protected:
 };
 
 TEST_F(OilPaintTest, CreatesImageMagicksPainterAndTheHostsResizers) {
-    EXPECT_EQ(created, (Calls{"create 1 SettingsEffectOilPaint/ImageMagick", "create 2 SettingsResizer/Default",
-                              "create 3 SettingsResizer/Default"}));
+    EXPECT_EQ(created,
+              (Calls{"create 1 SettingsEffectOilPaint/ImageMagick", "set 1", "create 2 SettingsResizer/Default",
+                     "set 2", "create 3 SettingsResizer/Default", "set 3"}));
 }
 
 TEST_F(OilPaintTest, HalvesUntilTheShorterSideIsAtMost2048) {

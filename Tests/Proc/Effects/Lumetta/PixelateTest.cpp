@@ -33,7 +33,8 @@ protected:
 };
 
 TEST_F(PixelateTest, ResizersShareOneRecordAndAreConfiguredOnce) {
-    EXPECT_EQ(recorder.Take(), (Calls{"create 1 SettingsResizer/Default", "create 2 SettingsResizer/Default"}));
+    EXPECT_EQ(recorder.Take(),
+              (Calls{"create 1 SettingsResizer/Default", "set 1", "create 2 SettingsResizer/Default", "set 2"}));
     LogCapture log(0);
     effect->SetSettings(Strength(100));
     FrameFormat const frame{640, 480, 4, 3};

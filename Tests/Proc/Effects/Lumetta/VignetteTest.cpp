@@ -56,10 +56,11 @@ protected:
 };
 
 TEST_F(VignetteTest, CreatesAndConfiguresItsSubEffectsInOrder) {
-    EXPECT_EQ(created, (Calls{"create 1 SettingsColorspaceConverter/Default", "set 1 formats=gray8,argb,rgba,abgr,bgra",
-                              "create 2 SettingsEffectShapeMask/Default", "create 3 SettingsEffectImageBlender/Default",
-                              "set 3", "create 4 SettingsEffectExtraAlphaExtractor/Default", "set 4",
-                              "create 5 SettingsEffectAlphaInserter/Default", "set 5"}));
+    EXPECT_EQ(created,
+              (Calls{"create 1 SettingsColorspaceConverter/Default", "set 1 formats=gray8,argb,rgba,abgr,bgra",
+                     "create 2 SettingsEffectShapeMask/Default", "set 2", "create 3 SettingsEffectImageBlender/Default",
+                     "set 3", "create 4 SettingsEffectExtraAlphaExtractor/Default", "set 4",
+                     "create 5 SettingsEffectAlphaInserter/Default", "set 5"}));
 }
 
 TEST_F(VignetteTest, AChangeRebuildsWhatHangsOnItAndNoMore) {

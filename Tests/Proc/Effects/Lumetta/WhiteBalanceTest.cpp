@@ -93,7 +93,7 @@ TEST_F(WhiteBalanceTest, PrefersBlueFirstAndConvertsBack) {
     effect->SetSettings(SettingsEffectWhiteBalance(STEEP));
     recorder.oneInput[2] = [this](DataHandle& data) { data = MakeNoise(context, PixFmt::BGR24, 2, 2); };
     effect->ProcessData(std::vector<DataHandle>{MakeNoise(context, PixFmt::YUV420P, 2, 2)});
-    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"create 1 SettingsColorspaceConverter/Default",
+    EXPECT_EQ(recorder.calls, (std::vector<std::string>{"create 1 SettingsColorspaceConverter/Default", "set 1",
                                                         "create 2 SettingsColorspaceConverter/Default",
                                                         "set 2 formats=bgr24,rgb24,bgra,rgba,rgb0,bgr0", "run 2",
                                                         "set 1 formats=yuv420p", "run 1"}));

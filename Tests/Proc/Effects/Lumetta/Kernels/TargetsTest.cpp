@@ -12,7 +12,7 @@
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Tests/Support/HostRun.h"
 #include "Tests/Support/Refusal.h"
-#include "Tests/Support/TypicalSettings.h"
+#include "Tests/Support/RegisteredEffects.h"
 
 #include <gtest/gtest.h>
 

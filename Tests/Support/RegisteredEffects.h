@@ -1,0 +1,45 @@
+#pragma once
+
+// What the suites share that run over every effect in the registry, the plug-in's and the host's alike.
+
+#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
+#include "Tests/Support/Pictures.h"
+#include "Tests/Support/PluginHost.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+#include <string>
+
+namespace Velnor::Proc {
+
+inline void PrintTo(RegisteredEffect const& effect, std::ostream* out) {
+    *out << effect.classId << "/" << effect.implName;
+}
+
+namespace Testing {
+
+inline std::string TestName(::testing::TestParamInfo<RegisteredEffect> const& info) {
+    return info.param.classId + "_" + info.param.implName;
+}
+
+/// The middle of each field's range, or its example: settings with which most effects have work to do.
+inline std::unique_ptr<Settings> TypicalSettings(SettingsType const& type) {
+    std::unique_ptr<Settings> settings = type.create();
+    for (SettingsField const& field : type.describe())
+        if (!field.isOutput) field.parse(*settings, field.example);
+    return settings;
+}
+
+/// Noise has next to no stroke in it: the first row is one on the object, the last on the background.
+inline void PaintStrokes(MutablePlane const& strokes) {
+    SettingsEffectGrabCutSegmentation const values;
+    std::fill_n(strokes.GetRow(0), strokes.GetWidth(), static_cast<unsigned char>(values.GetForeground()));
+    std::fill_n(strokes.GetRow(strokes.GetHeight() - 1), strokes.GetWidth(),
+                static_cast<unsigned char>(values.GetBackground()));
+}
+
+} // namespace Testing
+} // namespace Velnor::Proc
