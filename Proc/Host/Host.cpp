@@ -10,12 +10,14 @@
 namespace Velnor::Proc {
 
 struct Host::State {
+    explicit State(MemoryLimits const& pictures) : context(MakeShared<Context>(pictures)) {}
+
     std::shared_ptr<Registry> registry = std::make_shared<Registry>("host");
-    ContextHandle context = MakeShared<Context>();
+    ContextHandle context;
     FactoryHandle factory = MakeShared<Factory>(registry, context);
 };
 
-Host::Host() : state(std::make_unique<State>()) {
+Host::Host(MemoryLimits const& pictures) : state(std::make_unique<State>(pictures)) {
     RegisterGeneralEffects(*state->registry);
     RegisterPhotoEffects(*state->registry);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Proc/Host/MemoryPool.h"
 #include "Proc/Interfaces/IEffectRegistry.h"
 
 #include <filesystem>
@@ -31,7 +32,8 @@ struct RegisteredEffect {
 /// its classes may live on.
 class VELNOR_API Host {
 public:
-    Host(); ///< Registers the host's own effects.
+    /// Registers the host's own effects.
+    explicit Host(MemoryLimits const& pictures = MemoryLimits());
     ~Host();
     Host(Host const&) = delete;
     Host& operator=(Host const&) = delete;

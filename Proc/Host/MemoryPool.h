@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace Velnor::Proc {
@@ -21,6 +22,7 @@ public:
     MemoryBlock(MemoryBlock&& other) noexcept;
     MemoryBlock& operator=(MemoryBlock&& other) noexcept;
 
+    MemoryPool const* GetPool() const { return pool.get(); } ///< Null when there is no memory.
     unsigned char* GetData() const { return data; }
     std::uint64_t GetCapacity() const { return capacity; } ///< Bytes; at least what was asked for.
 
@@ -38,6 +40,9 @@ struct VELNOR_API MemoryLimits {
     std::size_t pooledBlocks = 64;
     /// Writes a pattern, another one each time, over what is handed out: a sample that nobody wrote shows.
     bool fillNew = FILL_NEW_BY_DEFAULT;
+    /// Where set, the rows of pictures lie between bytes of a pattern, and this is told of those that were written to,
+    /// when the samples come back. For tests: whoever writes past a row hits nothing that is seen otherwise.
+    void (*onOverrun)(std::string const& what) = nullptr;
 
     static bool const FILL_NEW_BY_DEFAULT;
 };
@@ -55,6 +60,8 @@ public:
     /// A block of at least `bytes`, on a 64-byte boundary (from 2 MiB on: on a 2 MiB boundary), its content
     /// unspecified. Throws std::bad_alloc when there is no memory, and above MAX_BYTES.
     MemoryBlock Allocate(std::uint64_t bytes);
+
+    MemoryLimits const& GetLimits() const { return limits; }
 
     void Release(); ///< Gives the pooled blocks back to the system.
 

@@ -32,6 +32,8 @@ public:
     /// The caller's samples, never written. `samplesOwner` may be null.
     SampleStorage(PlaneArray const& samplePlanes, intrusive_ptr<IRefCountable const> samplesOwner);
 
+    ~SampleStorage() override; ///< Tells the pool's onOverrun of bytes between rows that were written to.
+
     PlaneArray const& GetPlanes() const { return planes; }
     std::uint64_t GetBytes() const;
     bool IsOwned() const { return owned; } ///< Else they are the caller's.
@@ -50,6 +52,7 @@ private:
 using SamplesHandle = intrusive_ptr<SampleStorage>;
 
 /// Samples of 1 to 4 planes in one block, each row on a 64-byte boundary. Unspecified content. Throws std::bad_alloc.
+/// Of a pool with onOverrun, at least 64 bytes stand before the first row and after each.
 SamplesHandle AllocateSamples(MemoryPool& pool, std::vector<PlaneSize> const& sizes);
 
 /// The right to write, which whoever calls has by owning the samples alone.

@@ -2,13 +2,22 @@
 
 #include "Proc/Host/Context.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <initializer_list>
 #include <vector>
 
 namespace Velnor::Proc::Testing {
 
-inline ContextHandle CreateContext() { return MakeShared<Context>(); }
+/// Pictures between whose rows nobody writes unnoticed.
+inline MemoryLimits GuardedPictures() {
+    MemoryLimits limits;
+    limits.onOverrun = [](std::string const& what) { ADD_FAILURE() << what; };
+    return limits;
+}
+
+inline ContextHandle CreateContext() { return MakeShared<Context>(GuardedPictures()); }
 
 /// A picture whose samples (not the bytes between rows) are a fixed, patternless function of plane, row and column.
 inline VideoHandle MakeNoise(IEffectContext& context, PixFmt format, std::uint32_t width, std::uint32_t height,

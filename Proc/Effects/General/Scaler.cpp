@@ -11,6 +11,7 @@ extern "C" {
 #include <cstring>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace Velnor::Proc {
 namespace {
@@ -100,6 +101,37 @@ void WriteMeans(ConstPlane const& fine, std::uint64_t across, std::uint64_t down
             std::memcpy(target.GetRow(y) + i * sizeof mean, &mean, sizeof mean);
         }
 }
+
+/// Keeps the bytes after each row of a target, into which libswscale writes whole registers, as they are.
+class RowEnds {
+public:
+    explicit RowEnds(ScalerTarget const& scaled) : target(scaled) {
+        VisitAll([this](unsigned char* at, std::size_t count) { kept.insert(kept.end(), at, at + count); });
+    }
+    ~RowEnds() {
+        unsigned char const* from = kept.data();
+        VisitAll([&](unsigned char* at, std::size_t count) {
+            std::copy_n(from, count, at);
+            from += count;
+        });
+    }
+    RowEnds(RowEnds const&) = delete;
+    RowEnds& operator=(RowEnds const&) = delete;
+
+private:
+    template <class Visit>
+    void VisitAll(Visit const& visit) const {
+        constexpr std::int64_t LONGEST = 64;
+        for (MutablePlane const& plane : target.planes) {
+            std::int64_t const gap = plane.GetStride() - static_cast<std::int64_t>(plane.GetWidth());
+            for (std::uint64_t y = 0; gap > 0 && y < plane.GetHeight(); ++y)
+                visit(plane.GetRow(y) + plane.GetWidth(), static_cast<std::size_t>(std::min(gap, LONGEST)));
+        }
+    }
+
+    ScalerTarget const& target;
+    std::vector<unsigned char> kept;
+};
 
 } // namespace
 
@@ -222,6 +254,7 @@ void Scaler::ScaleAtOnce(ScalerSource const& source, ScalerTarget const& target,
     };
     SwsContext* const context = FindContext(geometry);
     if (context == nullptr) refuse();
+    RowEnds const rowEnds(target);
     auto const targetPointers = Pointers(target);
     auto const targetStrides = Strides(target);
     auto const run = [&](ScalerSource const& rows, std::uint32_t firstRow) {

@@ -1,10 +1,14 @@
 #include "Proc/Host/MemoryPool.h"
 
+#include "Proc/Host/Context.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -129,6 +133,23 @@ TEST(MemoryPool, ServesManyThreads) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(pool->GetUsed(), 0U);
     EXPECT_LE(pool->GetPooled(), MIB);
+}
+
+TEST(MemoryPool, TellsOfBytesThatWereWrittenBetweenRows) {
+    static std::string told;
+    MemoryLimits limits;
+    limits.onOverrun = [](std::string const& what) { told += what; };
+    auto const write = [&](std::uint64_t row, std::int64_t from, std::int64_t bytes) {
+        told.clear();
+        VideoHandle const picture = MakeShared<Context>(limits)->CreateImage(PixFmt::RGB24, FrameFormat::Square(64, 6));
+        std::fill_n(picture->GetMutablePlane(0).GetRow(row) + from, bytes, static_cast<unsigned char>(7));
+    };
+    write(0, 0, 192);
+    EXPECT_EQ(told, "");
+    write(3, 190, 2 + 5);
+    EXPECT_EQ(told, "A picture was written to after row 3 of plane 0, 192 bytes x 6 rows.");
+    write(0, -1, 1);
+    EXPECT_EQ(told, "A picture was written to before the first row.");
 }
 
 } // namespace
