@@ -26,7 +26,7 @@ class VELNOR_API FileExpansionException : public FileLimitException {};
 
 /// What a picture file carries beside its pixels: EXIF with maker notes and GPS, IPTC, XMP, ICC profile, resolution,
 /// comment, and the file's times. Opaque: it goes from the reader to the writer. The copy that the writer makes shows
-/// no thumbnail, since that would show the unprocessed picture; it says that the picture is upright and how large it is.
+/// no thumbnail, since that would show the unprocessed picture; it says that the picture is upright and how large.
 class VELNOR_API PictureMetadata {
 public:
     virtual ~PictureMetadata();
@@ -55,8 +55,8 @@ struct WriteOptions {
     bool overwrite = false; ///< Replace an existing file; else it is a FileOutputException.
     Strip strip = Strip::None;
     bool keepTimes = false; ///< The file gets the times of last access and change of the one that was read.
-    /// Whether JPEG, AVIF and HEIC hold chroma at half the resolution. Where it is not set, a JPEG file does as the JPEG
-    /// file that was read, and otherwise below a quality of 95.
+    /// Whether JPEG, AVIF and HEIC hold chroma at half the resolution. Where it is not set, a JPEG file does as the
+    /// JPEG file that was read, and otherwise below a quality of 95.
     std::optional<bool> halvesChroma = {};
     bool isLossless = false;              ///< Of WebP and JPEG XL.
     std::string compression = {};         ///< Of PNG 0 to 9 (6), of TIFF none, lzw or deflate (lzw).
@@ -70,24 +70,23 @@ struct LoadedPicture {
     std::vector<std::string> warnings; ///< What was lost in reading, a line for a person each.
 };
 
-/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL), a regular file, of several pages the
-/// first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is whatever the decoder
-/// warns of, in what stands beside the pixels too. Throws FileInputException; FileLimitException, before a pixel is
-/// decoded; FileException with TranscodingErrors::OutOfMemory when memory runs out.
+/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL, raw files of cameras), a regular file, of
+/// several pages the first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is
+/// whatever the decoder warns of, in what stands beside the pixels too. Throws FileInputException; FileLimitException,
+/// before a pixel is decoded; FileException with TranscodingErrors::OutOfMemory when memory runs out.
 VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectContext& context,
                                      ReadOptions const& options = {});
 
 /// Writes a picture, in a format by the file name's extension. The picture is in a format that the file can hold (see
-/// GetWritableFormats); a JPEG file also takes RGBA and YA8, laid over
-/// the background. Palettes are kept exactly. The file
-/// appears whole or not at all, even when the process is killed. What is replaced is a regular file, which keeps its
-/// permissions; where the path is a link, the file that it leads to. Metadata may be null. Returns what of it the format
-/// does not hold, a line for a person or none. Throws FileOutputException.
+/// GetWritableFormats); JPEG and PNM files also take RGBA and YA8, laid over the background. Palettes are kept exactly.
+/// The file appears whole or not at all, even when the process is killed. What is replaced is a regular file, which
+/// keeps its permissions; where the path is a link, the file that it leads to. Metadata may be null. Returns what was
+/// left out since the format does not hold it, a line for a person or none. Throws FileOutputException.
 VELNOR_API std::vector<std::string> WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
                                                  PictureMetadata const* metadata, WriteOptions const& options = {});
 
-/// Throws FileOutputException when an option is set that a file of this name has no use for, or has a value that it does
-/// not take. WritePicture asks the same.
+/// Throws FileOutputException when an option is set that a file of this name has no use for, or has a value that it
+/// does not take. WritePicture asks the same.
 VELNOR_API void RequireWriteOptions(std::filesystem::path const& path, WriteOptions const& options);
 
 /// The pixel formats that WritePicture takes for a file of this name, in order of preference. Throws

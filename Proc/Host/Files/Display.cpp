@@ -104,8 +104,8 @@ OwnedImage ConvertModel(OwnedImage image) {
     return white == 0 ? std::move(image) : ScaleToBytes(image, white);
 }
 
-/// How many frames an animated PNG has, which its decoder takes for one of a single frame; 1 for all else. The chunk that
-/// tells stands among the first.
+/// How many frames an animated PNG has, which its decoder takes for one of a single frame; 1 for all else. The chunk
+/// that tells stands among the first.
 int CountPngFrames(int descriptor) {
     constexpr std::string_view SIGNATURE("\x89PNG", 4);
     std::string head(4096, '\0');

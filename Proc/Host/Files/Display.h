@@ -13,8 +13,8 @@ namespace Velnor::Proc::Files {
 /// Null when the library fails.
 OwnedImage MakeDisplayable(OwnedImage image);
 
-/// What MakeDisplayable will take from an image, and that further pictures of its file are not read: a line for a person
-/// each.
+/// What MakeDisplayable will take from an image, and that further pictures of its file are not read: a line for a
+/// person each.
 std::vector<std::string> DescribeConversions(VipsImage* image, int descriptor);
 
 } // namespace Velnor::Proc::Files

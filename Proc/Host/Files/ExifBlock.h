@@ -9,8 +9,8 @@
 
 namespace Velnor::Proc::Files {
 
-/// Changes an EXIF block, or a whole TIFF file, where it stands. Whatever is not changed keeps its bytes and its place, so that maker notes,
-/// which point to places in the block in ways that only their makers know, stay whole.
+/// Changes an EXIF block, or a whole TIFF file, where it stands. Whatever is not changed keeps its bytes and its place,
+/// so that maker notes, which point to places in the block in ways that only their makers know, stay whole.
 /// Format: TIFF 6.0, section 2; tags by EXIF 2.32.
 class ExifBlock {
 public:

@@ -14,8 +14,8 @@ namespace Velnor::Proc::Files {
 /// few pages that are looked at.
 void ReadTiffTags(std::span<unsigned char const> file, MetadataBlocks& blocks);
 
-/// A TIFF file with EXIF added, one without image resources, of which the library reads past the end. The bytes that are
-/// given may change.
+/// A TIFF file with EXIF added, one without image resources, of which the library reads past the end. The bytes that
+/// are given may change.
 std::string AddTiffTags(std::span<unsigned char> file, std::string const& exif);
 
 /// An XMP packet, or an empty one, with the fields of IPTC data that it does not have yet. `isComplete` tells whether

@@ -28,8 +28,8 @@ void StartVips();
 /// Makes the rarer kinds of file known, once, which takes longer than all of StartVips.
 void LoadRarerKinds();
 
-/// Whether the file library has warned on this thread since this was last asked: a decoder that is told to accept damage
-/// goes on with a warning.
+/// Whether the file library has warned on this thread since this was last asked: a decoder that is told to accept
+/// damage goes on with a warning.
 bool TakeWarned();
 
 /// The file library's latest complaint as part of a sentence: one line, without the name of its inner part and without

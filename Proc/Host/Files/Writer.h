@@ -7,8 +7,7 @@
 namespace Velnor::Proc::Files {
 
 /// WritePicture, by libvips, and by others where libvips would change the metadata: PNG by libpng, the rarer kinds by
-/// the module of encoders. JPEG keeps half the chroma resolution below quality 95, as cameras do; WebP, PNG and TIFF
-/// keep all of what they can.
+/// the module of encoders.
 std::vector<std::string> WriteVipsPicture(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
                                           PictureMetadata const* metadata, WriteOptions const& options);
 
