@@ -11,7 +11,8 @@ namespace Velnor::Proc {
 /// An effect on one picture.
 class VELNOR_API IOneInputEffect : public virtual IEffect {
 public:
-    /// Processes the picture: in place, or by putting another one into the handle.
+    /// Processes the picture: in place, or by putting another one into the handle. When it throws, handle and picture
+    /// are as they were.
     virtual void ProcessData(intrusive_ptr<IData>& data) = 0;
 
     /// Hands the one element to the typed entry. Throws std::logic_error "invalid data count" for another number.

@@ -11,7 +11,8 @@ namespace Velnor::Proc {
 /// An effect on a picture with the help of a second one.
 class VELNOR_API ITwoInputEffect : public virtual IEffect {
 public:
-    /// Processes the first picture, which is the result; the second is only read.
+    /// Processes the first picture, which is the result; the second is only read. When it throws, handle and pictures
+    /// are as they were.
     virtual void ProcessData(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) = 0;
 
     /// Copies both handles, calls the typed entry and returns the first. Throws std::logic_error "invalid data count"
