@@ -149,10 +149,7 @@ protected:
 
     static constexpr int VERBOSE_LEVEL = 30;
 
-private:
-    FactoryHandle factory;
-
-protected:
+    FactoryHandle factory; ///< For the Make operations above, which alone give sub-effects that are configured.
     ContextHandle context;
     SettingsClass settings;
 
