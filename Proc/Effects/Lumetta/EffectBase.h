@@ -16,9 +16,9 @@ namespace Velnor::Proc {
 /// What is common to all effects: typed settings, statistics, log lines, creation of sub-effects. A concrete effect
 /// derives from one of the three bases at the end of this file (or from EffectBaseCSC), creates its sub-effects in its
 /// constructor and implements ProcessInternal. Errors pass through: the picture is then not counted, no " done" is
-/// logged, and the caller's handle and picture are as they were. For that the work is done on a handle of the base's own,
-/// sub-effects never see the caller's picture but a copy of it (see SubEffect), and an effect writes to the picture that
-/// it was given in its last step alone, when nothing can fail any more.
+/// logged, and the caller's handle and picture are as they were. For that the work is done on a handle of the base's
+/// own, sub-effects never see the caller's picture but a copy of it (see SubEffect), and an effect writes to the picture
+/// that it was given in its last step alone, when nothing can fail any more.
 template <class Interface, class SettingsClass>
 class EffectBase : public Interface {
 public:
@@ -92,8 +92,8 @@ protected:
         return effect;
     }
 
-    /// The picture to write to in place, as the last step of the work: the one in the handle where nobody but the caller
-    /// holds it, else a copy that takes its place.
+    /// The picture to write to in place, as the last step of the work: the one in the handle where nobody but the
+    /// caller holds it, else a copy that takes its place.
     IDataVideo& OwnPicture(intrusive_ptr<IData>& work) const {
         if (!IsAlone(work)) work = AsVideo(work).MakeCopy(CopyMode::Independent);
         return AsVideo(work);
