@@ -124,6 +124,9 @@ public:
     /// @param isStopped  asked once in a while; ends it early, the rest in the active list
     void Solve(std::uint32_t& stamp, std::span<NodeRect const> area, StopQuery const& isStopped);
 
+    /// Cuts the trees in an area, as of Solve, down to their roots, and activates those that can grow.
+    void Regrow(std::span<NodeRect const> area);
+
 private:
     struct PathNode {
         std::uint32_t node;
@@ -143,7 +146,6 @@ private:
     };
 
     bool AreTangled(std::uint64_t nodesCount);
-    void Regrow(std::span<NodeRect const> area);
     void CutDown(std::uint32_t first);
     void ForgetStamps(std::span<NodeRect const> area);
     bool IsDeep(std::uint32_t first) const;
