@@ -104,7 +104,7 @@ protected:
     /// @param prepare  what can fail and must be done on the copy before
     template <class Prepare>
     IDataVideo& ReplacePicture(intrusive_ptr<IData>& work, Prepare const& prepare) const {
-        bool const isGivenUp = work == *callersHandle && IsAlone(work) && !work->IsShared();
+        bool const isGivenUp = IsCallers(work) && IsAlone(work) && !work->IsShared();
         intrusive_ptr<IDataVideo> const copy = AsVideo(work).MakeCopy(CopyMode::Independent);
         prepare(*copy);
         work = copy;
@@ -116,15 +116,21 @@ protected:
     }
 
     /// Whether nobody but the caller, or this effect, holds the picture.
-    bool IsAlone(intrusive_ptr<IData> const& work) const {
-        return work->GetRefCount() == (work == *callersHandle ? 2U : 1U);
+    bool IsAlone(intrusive_ptr<IData> const& work) const { return work->GetRefCount() == (IsCallers(work) ? 2U : 1U); }
+
+    bool IsCallers(intrusive_ptr<IData> const& work) const {
+        return callersHandle != nullptr && work == *callersHandle;
     }
 
     /// Does the work on a handle of its own, which the caller's becomes when all is done.
     template <class Work>
     void WorkOn(intrusive_ptr<IData>& data, Work const& doWork) {
-        intrusive_ptr<IData> work = data;
+        struct Reset {
+            intrusive_ptr<IData>*& handle;
+            ~Reset() { handle = nullptr; }
+        } const reset{callersHandle};
         callersHandle = &data;
+        intrusive_ptr<IData> work = data;
         doWork(work);
         data = std::move(work);
     }
@@ -154,7 +160,7 @@ protected:
     SettingsClass settings;
 
 private:
-    intrusive_ptr<IData>* callersHandle = nullptr; ///< The caller's handle to the picture in work.
+    intrusive_ptr<IData>* callersHandle = nullptr; ///< The caller's handle to the picture in work; null between works.
     std::string implName;
     std::int64_t statTotal = 0; ///< Reported, and not measured: the host times its effects.
     std::uint64_t processedCount = 0;
