@@ -55,39 +55,40 @@ std::uint64_t CountPixels(VipsImage* image) {
            static_cast<std::uint64_t>(vips_image_get_height(image));
 }
 
-std::string DescribeSize(VipsImage* image) {
-    return std::to_string(vips_image_get_width(image)) + " x " + std::to_string(vips_image_get_height(image));
+std::uint64_t CountPixels(FrameFormat const& frame) { return std::uint64_t{frame.width} * frame.height; }
+
+std::string DescribeSize(FrameFormat const& frame) {
+    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
 }
 
-void RequireSize(fs::path const& path, VipsImage* image, std::uint64_t maxPixels) {
-    std::uint64_t const pixels = CountPixels(image);
-    std::string const what = path.string() + " is too large: " + DescribeSize(image);
-    if (pixels > maxPixels)
-        VELNOR_THROW(FilePixelsException, what + " are " + std::to_string(pixels) + " pixels, the limit is " +
-                                              std::to_string(maxPixels) + ".");
-    if (std::max(vips_image_get_width(image), vips_image_get_height(image)) > static_cast<int>(Image::MAX_SIDE))
+void RequireSize(fs::path const& path, FrameFormat const& frame, std::uint64_t maxPixels) {
+    std::string const what = path.string() + " is too large: " + DescribeSize(frame);
+    if (CountPixels(frame) > maxPixels)
+        VELNOR_THROW(FilePixelsException, what + " are " + std::to_string(CountPixels(frame)) +
+                                              " pixels, the limit is " + std::to_string(maxPixels) + ".");
+    if (std::max(frame.width, frame.height) > Image::MAX_SIDE)
         VELNOR_THROW(FileLimitException, what + " pixels, a side has at most " + std::to_string(Image::MAX_SIDE) + ".");
 }
 
-void RequireExpansion(fs::path const& path, VipsImage* image, ReadKind kind, FileFacts const& facts, double given) {
-    std::uint64_t const pixels = CountPixels(image);
+void RequireExpansion(fs::path const& path, FrameFormat const& frame, ReadKind kind, FileFacts const& facts,
+                      double given) {
+    std::uint64_t const pixels = CountPixels(frame);
     if (pixels < PIXELS_WORTH_A_LOOK) return;
-    std::uint64_t const bits = facts.pixelBits > 0 ? facts.pixelBits : 8 * VIPS_IMAGE_SIZEOF_PEL(image);
-    double const expansion = static_cast<double>(pixels) * static_cast<double>(bits) / 8 /
+    double const expansion = static_cast<double>(pixels) * static_cast<double>(facts.pixelBits) / 8 /
                              static_cast<double>(std::max<std::uint64_t>(1, facts.fileBytes));
     double const limit = given > 0 ? given : GetMaxExpansion(kind);
     if (expansion <= limit) return;
     VELNOR_THROW(FileExpansionException, path.string() + " is too large for its file: the pixels of " +
-                                             DescribeSize(image) + " take " +
+                                             DescribeSize(frame) + " take " +
                                              std::to_string(static_cast<std::uint64_t>(expansion)) + " times its " +
                                              std::to_string(facts.fileBytes) + " bytes, the limit is " +
                                              std::to_string(static_cast<std::uint64_t>(limit)) + " times.");
 }
 
-void RequireMemory(fs::path const& path, VipsImage* image, std::uint64_t needed, std::uint64_t given) {
+void RequireMemory(fs::path const& path, FrameFormat const& frame, std::uint64_t needed, std::uint64_t given) {
     std::uint64_t const limit = given > 0 ? given : GetMemorySize() / 2;
     if (needed <= limit) return;
-    VELNOR_THROW(FileMemoryException, path.string() + " is too large: to read " + DescribeSize(image) +
+    VELNOR_THROW(FileMemoryException, path.string() + " is too large: to read " + DescribeSize(frame) +
                                           " pixels takes " + std::to_string(needed / MEGA + 1) +
                                           " MB of memory, the limit is " + std::to_string(limit / MEGA) + " MB.");
 }
@@ -108,11 +109,20 @@ void RequireLittleMetadata(fs::path const& path, FileFacts const& facts) {
                                          std::to_string(FileFacts::MAX_METADATA_BYTES >> 20) + " MB.");
 }
 
+void RequireLimits(fs::path const& path, FrameFormat const& frame, std::uint64_t memory, ReadKind kind,
+                   FileFacts const& facts, ReadOptions const& options) {
+    RequireSize(path, frame, options.maxPixels);
+    RequireExpansion(path, frame, kind, facts, options.maxExpansion);
+    RequireMemory(path, frame, memory, options.maxMemory);
+}
+
 void RequireLimits(fs::path const& path, VipsImage* image, ReadKind kind, FileFacts const& facts,
                    ReadOptions const& options) {
-    RequireSize(path, image, options.maxPixels);
-    RequireExpansion(path, image, kind, facts, options.maxExpansion);
-    RequireMemory(path, image, EstimateMemory(image, kind, facts), options.maxMemory);
+    FileFacts known = facts;
+    if (known.pixelBits == 0) known.pixelBits = static_cast<unsigned>(8 * VIPS_IMAGE_SIZEOF_PEL(image));
+    auto const frame = FrameFormat::Square(static_cast<std::uint32_t>(vips_image_get_width(image)),
+                                           static_cast<std::uint32_t>(vips_image_get_height(image)));
+    RequireLimits(path, frame, EstimateMemory(image, kind, facts), kind, known, options);
 }
 
 } // namespace Velnor::Proc::Files

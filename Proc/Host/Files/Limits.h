@@ -15,6 +15,11 @@ void RequireLittleMetadata(std::filesystem::path const& path, FileFacts const& f
 void RequireLimits(std::filesystem::path const& path, VipsImage* image, ReadKind kind, FileFacts const& facts,
                    ReadOptions const& options);
 
+/// The same of what the file library does not read. The facts hold the bits of a pixel; `memory` is what reading takes,
+/// the picture included, in bytes.
+void RequireLimits(std::filesystem::path const& path, FrameFormat const& frame, std::uint64_t memory, ReadKind kind,
+                   FileFacts const& facts, ReadOptions const& options);
+
 /// Bytes that reading the image takes at its height, the picture included. An upper bound for well-behaved files.
 std::uint64_t EstimateMemory(VipsImage* image, ReadKind kind, FileFacts const& facts);
 

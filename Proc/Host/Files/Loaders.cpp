@@ -57,7 +57,7 @@ std::optional<FoundLoader> FindLoaderOf(VipsSource* source) {
 std::string ListReadKinds() {
     std::string list;
     for (LoaderRecord const& record : LOADERS) list += (list.empty() ? "" : ", ") + std::string(record.name);
-    return list;
+    return list + ", BMP and the raw files of cameras";
 }
 
 } // namespace Velnor::Proc::Files

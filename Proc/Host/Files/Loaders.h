@@ -8,8 +8,8 @@
 
 namespace Velnor::Proc::Files {
 
-/// The kinds of picture file that are read.
-enum class ReadKind : std::uint8_t { Jpeg, Png, Tiff, WebP, Gif, Pnm, Heif, Jxl };
+/// The kinds of picture file that are read, the last two not by the file library.
+enum class ReadKind : std::uint8_t { Jpeg, Png, Tiff, WebP, Gif, Pnm, Heif, Jxl, Bmp, Raw };
 
 /// Closes every loader of the file library but those of the kinds that are read: what else it has takes text for
 /// pictures, reads without end, or is not made for hostile files. To be called again when loaders have come.

@@ -1,6 +1,8 @@
 #include "Proc/Host/Files/RawReader.h"
 
+#include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/Files/Metadata.h"
+#include "Proc/Host/MemoryRoom.h"
 
 #include <fcntl.h>
 #include <libraw/libraw.h>
@@ -29,12 +31,18 @@ void Require(fs::path const& path, int result) {
     if (result != LIBRAW_SUCCESS) Fail(path, LibRaw::strerror(result));
 }
 
-void RequireSize(fs::path const& path, libraw_image_sizes_t const& sizes, std::uint64_t maxPixels) {
-    std::uint64_t const pixels = std::uint64_t{sizes.width} * sizes.height;
-    if (pixels > maxPixels)
-        VELNOR_THROW(FileLimitException, path.string() + " is too large: " + std::to_string(sizes.width) + " x " +
-                                             std::to_string(sizes.height) + " are " + std::to_string(pixels) +
-                                             " pixels, the limit is " + std::to_string(maxPixels) + ".");
+/// Before a sample is read: a number of 16 bits from the sensor, four of them a pixel in development, the result and the
+/// picture.
+void RequireLimits(fs::path const& path, libraw_image_sizes_t const& sizes, ReadOptions const& options) {
+    constexpr std::uint64_t BYTES = 2 + 4 * 2 + 3 + 3;
+    std::error_code error;
+    FileFacts facts;
+    facts.fileBytes = fs::file_size(path, error);
+    facts.pixelBits = 16;
+    auto const frame = FrameFormat::Square(sizes.width, sizes.height);
+    std::uint64_t const memory = std::uint64_t{sizes.raw_width} * sizes.raw_height * BYTES;
+    Files::RequireLimits(path, frame, memory, ReadKind::Raw, facts, options);
+    RequireRoom(memory + WORKING_ROOM);
 }
 
 struct ClearMemory {
@@ -47,7 +55,7 @@ Developed Develop(fs::path const& path, ReadOptions const& options) {
     bool isDamaged = false; // What the library only tells of, and goes on.
     raw->set_dataerror_handler([](void* flag, char const*, int) { *static_cast<bool*>(flag) = true; }, &isDamaged);
     Require(path, raw->open_file(path.c_str()));
-    RequireSize(path, raw->imgdata.sizes, options.maxPixels);
+    RequireLimits(path, raw->imgdata.sizes, options);
     constexpr int SRGB = 1;
     raw->imgdata.params.use_camera_wb = 1;
     raw->imgdata.params.output_color = SRGB;

@@ -1,8 +1,10 @@
 #include "Proc/Host/Files/Reader.h"
 
+#include "Proc/Host/Files/BmpReader.h"
 #include "Proc/Host/Files/Display.h"
 #include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/Files/Metadata.h"
+#include "Proc/Host/Files/OtherKinds.h"
 #include "Proc/Host/Files/RowSink.h"
 #include "Proc/Host/Files/Salvage.h"
 #include "Proc/Host/Image.h"
@@ -52,6 +54,9 @@ std::string RefuseMode(mode_t mode) {
     return S_ISSOCK(mode) ? "it is a socket, not a file" : "it is a device, not a file";
 }
 
+/// Of a file, to tell its kind.
+constexpr std::size_t HEAD_BYTES = 1024;
+
 /// A regular file open for reading.
 class InputFile {
 public:
@@ -73,9 +78,30 @@ public:
 
     int Get() const { return descriptor; }
 
+    /// The first bytes, fewer when there are no more.
+    std::string Read(std::size_t bytes) const {
+        std::string content(bytes, '\0');
+        std::size_t done = 0;
+        for (ssize_t got = 1; got > 0 && done < bytes; done += static_cast<std::size_t>(std::max<ssize_t>(got, 0)))
+            got = pread(descriptor, content.data() + done, bytes - done, static_cast<off_t>(done));
+        content.resize(done);
+        return content;
+    }
+    std::string ReadAll() const {
+        struct stat status {};
+        return fstat(descriptor, &status) == 0 ? Read(static_cast<std::size_t>(status.st_size)) : std::string();
+    }
+
 private:
     int descriptor = -1;
 };
+
+[[noreturn]] void FailByKind(fs::path const& path, std::string_view head) {
+    std::string const kind = NameOtherKind(head);
+    Fail(path,
+         (kind.empty() ? "it is no picture file of a known kind, or damaged from the start" : kind + " is not read") +
+             "; read are " + ListReadKinds());
+}
 
 /// A picture file of which the header has been read and found within the limits.
 struct Header {
@@ -91,8 +117,7 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
     Owned<VipsSource> const source(vips_source_new_from_descriptor(file.Get()));
     if (source == nullptr) FailInLibrary(path);
     std::optional<FoundLoader> const loader = FindLoaderOf(source.get());
-    if (!loader)
-        Fail(path, "it is no picture file of a known kind, or damaged from the start; read are " + ListReadKinds());
+    if (!loader) FailByKind(path, file.Read(HEAD_BYTES));
     ReadKind const kind = loader->kind;
     FileFacts const facts = ReadFileFacts(file.Get(), kind);
     RequireLittleMetadata(path, facts);
@@ -187,6 +212,7 @@ int Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo& 
 
 LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, ReadOptions const& options) {
     InputFile const file(path);
+    if (IsBmp(file.Read(HEAD_BYTES))) return ReadBmpPicture(path, file.ReadAll(), context, options);
     Header header = OpenHeader(path, file, options);
     RequireRoom(header.memory + WORKING_ROOM);
     int const orientation = vips_image_get_orientation(header.image.get());

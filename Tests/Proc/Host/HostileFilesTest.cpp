@@ -79,6 +79,30 @@ TEST_F(HostileFilesTest, OnlyTheKindsThatAreReadHaveOpenLoaders) {
                                            "tiffload_source", "webpload", "webpload_buffer", "webpload_source"));
 }
 
+TEST_F(HostileFilesTest, ARefusedKindIsNamed) {
+    for (auto const& [kind, bytes] : {std::pair{"SVG", "<?xml version='1.0'?><svg width='3'/>"}, {"PDF", "%PDF-1.7\n"}})
+        EXPECT_THAT(ReadError<FileInputException>(Put("photo.jpg", bytes)),
+                    HasSubstr("photo.jpg cannot be read: " + std::string(kind) + " is not read; read are JPEG, "));
+}
+
+TEST_F(HostileFilesTest, BitmapsAreReadAndTheirHeadersChecked) {
+    // 3 x 2 pixels of 24 bits, the lower row first, each row padded to 12 bytes.
+    std::string bitmap("BM\x4E\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\3\0\0\0\2\0\0\0\1\0\x18\0", 30);
+    bitmap.resize(54);
+    for (char i = 1; i <= 24; ++i) bitmap += i;
+    auto const rows = [&](char const* name) { return Samples(*ReadPicture(Put(name, bitmap), *context).picture); };
+    EXPECT_EQ(rows("up.bmp"), (std::vector<unsigned char>{15, 14, 13, 18, 17, 16, 21, 20, 19, //
+                                                          3, 2, 1, 6, 5, 4, 9, 8, 7}));
+    bitmap.replace(22, 4, "\xFE\xFF\xFF\xFF"); // -2 rows: the upper one first.
+    EXPECT_EQ(rows("down.jpg").front(), 3);
+    EXPECT_THAT(ReadError<FileInputException>(Put("cut.bmp", bitmap.substr(0, 60))),
+                HasSubstr("cut.bmp cannot be read"));
+    bitmap.replace(18, 4, "\0\0\4\0", 4); // 262,144 columns.
+    ReadOptions options;
+    options.maxPixels = 1000;
+    EXPECT_THAT(ReadError<FilePixelsException>(Put("wide.bmp", bitmap), options), HasSubstr("262144 x 2 are"));
+}
+
 TEST_F(HostileFilesTest, WhatIsNoRegularFileIsRefusedUnread) {
     fs::path const pipe = folder.GetPath() / "pipe.jpg";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); // Opening it for reading would wait for a writer.
