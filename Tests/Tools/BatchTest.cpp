@@ -61,7 +61,7 @@ protected:
         options.photos = photos;
         options.effects = effects;
         options.output = output;
-        options.files.replace = true;
+        options.files.writing.overwrite = true;
         options.asJson = true;
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
