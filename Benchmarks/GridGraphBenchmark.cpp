@@ -9,9 +9,9 @@
 // capacities that are already there; --benchmark_filter=Lumetta leaves them out. The first table at the end gives the
 // seconds and how many times slower than us each peer is, by wall time and, for a machine that is not free, by
 // processor time. The second tells of us alone: nanoseconds of wall time, and peak is what memory came on top.
-#include "Proc/Effects/Bands.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/GridCapacities.h"
+#include "Proc/Effects/Lumetta/WorkerTeam.h"
 #include "Proc/Host/Context.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 
@@ -198,7 +198,7 @@ Kernels::GridCapacities BuildCapacities(Scene const& scene) {
     Kernels::SimilarityTable const table(3);
     ConstPlane const pixels = std::as_const(*scene.picture).GetPlane(0);
     ConstPlane const strokes = std::as_const(*scene.strokes).GetPlane(0);
-    RunRows(scene.width, scene.height, [&](std::uint32_t y) {
+    WorkerTeam(12).RunRows(scene.height, [&](std::uint32_t y) {
         capacities.MarkRow(y, strokes.GetRow(y), FOREGROUND, BACKGROUND);
         capacities.LinkRow(y, pixels.GetRow(y), y + 1 < scene.height ? pixels.GetRow(y + 1) : nullptr, bytes, table);
     });

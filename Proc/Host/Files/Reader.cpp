@@ -107,6 +107,7 @@ private:
 struct Header {
     OwnedImage image;
     OwnedImage salvaged;      ///< Its pixels, where the file library gives up a damaged file as a whole.
+    bool isDamaged = false;   ///< It is what could be saved of a file of which the library reads no header.
     std::uint64_t memory = 0; ///< Bytes that reading takes.
 };
 
@@ -128,10 +129,11 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
                     nullptr);
     OwnedImage image(loaded);
     auto const check = [&](VipsImage* header) { RequireLimits(path, header, kind, facts, options); };
+    Header header;
+    header.isDamaged = image == nullptr;
     if (image == nullptr && options.acceptDamaged && kind == ReadKind::WebP) image = SalvageWebp(file.Get(), check);
     if (image == nullptr) FailInLibrary(path);
     check(image.get());
-    Header header;
     header.memory = EstimateMemory(image.get(), kind, facts);
     bool const isInterlaced = kind == ReadKind::Png && vips_image_get_typeof(image.get(), "interlaced") != 0;
     if (options.acceptDamaged && isInterlaced) header.salvaged = SalvageInterlacedPng(file.Get());
@@ -228,8 +230,8 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     OwnedImage source = std::move(isSalvaged ? header.salvaged : image);
     int const height = vips_image_get_height(source.get());
     TakeWarned();
-    bool const isWhole =
-        Decode(path, source.get(), orientation, *loaded.picture, options.acceptDamaged) == height && !isSalvaged;
+    bool const isWhole = Decode(path, source.get(), orientation, *loaded.picture, options.acceptDamaged) == height &&
+                         !isSalvaged && !header.isDamaged;
     source.reset(); // Some decoders warn at the end alone.
     if (options.acceptDamaged && (TakeWarned() || !isWhole))
         loaded.warnings.emplace_back("it is damaged: some of its rows are invented");
