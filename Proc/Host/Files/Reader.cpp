@@ -107,7 +107,7 @@ private:
 struct Header {
     OwnedImage image;
     OwnedImage salvaged;      ///< Its pixels, where the file library gives up a damaged file as a whole.
-    bool isDamaged = false;   ///< It is what could be saved of a file of which the library reads no header.
+    bool isDamaged = false;   ///< This is what could be saved of the file.
     std::uint64_t memory = 0; ///< Bytes that reading takes.
 };
 
@@ -136,7 +136,11 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
     check(image.get());
     header.memory = EstimateMemory(image.get(), kind, facts);
     bool const isInterlaced = kind == ReadKind::Png && vips_image_get_typeof(image.get(), "interlaced") != 0;
-    if (options.acceptDamaged && isInterlaced) header.salvaged = SalvageInterlacedPng(file.Get());
+    if (options.acceptDamaged && isInterlaced) {
+        Salvaged salvaged = SalvageInterlacedPng(file.Get());
+        header.isDamaged = !salvaged.isWhole;
+        if (header.isDamaged) header.salvaged = std::move(salvaged.image);
+    }
     header.image = std::move(image);
     return header;
 }
@@ -230,8 +234,8 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     OwnedImage source = std::move(isSalvaged ? header.salvaged : image);
     int const height = vips_image_get_height(source.get());
     TakeWarned();
-    bool const isWhole = Decode(path, source.get(), orientation, *loaded.picture, options.acceptDamaged) == height &&
-                         !isSalvaged && !header.isDamaged;
+    bool const isWhole =
+        Decode(path, source.get(), orientation, *loaded.picture, options.acceptDamaged) == height && !header.isDamaged;
     source.reset(); // Some decoders warn at the end alone.
     if (options.acceptDamaged && (TakeWarned() || !isWhole))
         loaded.warnings.emplace_back("it is damaged: some of its rows are invented");

@@ -54,7 +54,7 @@ OwnedImage MakeImage(Bytes const& pixels, int width, int height, int bands) {
 class PngSalvage {
 public:
     explicit PngSalvage(Bytes const& png) : file(png) {
-        decoder = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, OnError, OnWarning);
+        decoder = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
         info = decoder == nullptr ? nullptr : png_create_info_struct(decoder);
         if (info == nullptr) throw std::bad_alloc();
         png_set_read_fn(decoder, this, Read);
@@ -63,16 +63,19 @@ public:
     PngSalvage(PngSalvage const&) = delete;
     PngSalvage& operator=(PngSalvage const&) = delete;
 
-    OwnedImage Run() {
-        if (!ReadHeader()) return nullptr;
+    Salvaged Run() {
+        if (!ReadHeader()) return {};
         pixels.resize(rowBytes * static_cast<std::size_t>(height));
         ReadPasses();
-        return rowsRead == 0 ? nullptr : MakeImage(pixels, static_cast<int>(rowBytes) / bands, height, bands);
+        if (rowsRead == 0) return {};
+        return {MakeImage(pixels, static_cast<int>(rowBytes) / bands, height, bands), isWhole};
     }
 
 private:
     static void OnError(png_structp png, png_const_charp) { longjmp(png_jmpbuf(png), 1); }
-    static void OnWarning(png_structp, png_const_charp) {}
+    static void OnWarning(png_structp png, png_const_charp) {
+        static_cast<PngSalvage*>(png_get_error_ptr(png))->hasWarned = true;
+    }
     static void Read(png_structp png, png_bytep target, std::size_t count) {
         auto* const self = static_cast<PngSalvage*>(png_get_io_ptr(png));
         if (count > self->file.size() - self->at) png_error(png, "the file ends");
@@ -99,6 +102,8 @@ private:
         for (int pass = 0; pass < passes; ++pass)
             for (int y = 0; y < height; ++y, ++rowsRead)
                 png_read_row(decoder, nullptr, pixels.data() + rowBytes * static_cast<std::size_t>(y));
+        png_read_end(decoder, nullptr);
+        isWhole = !hasWarned;
     }
 
     Bytes const& file;
@@ -110,6 +115,8 @@ private:
     int height = 0;
     int bands = 1;
     std::uint64_t rowsRead = 0; ///< Of all passes.
+    bool isWhole = false;
+    bool hasWarned = false;
     Bytes pixels;
 };
 
@@ -133,6 +140,6 @@ OwnedImage SalvageWebp(int descriptor, std::function<void(VipsImage*)> const& ch
     return isAny ? MakeImage(pixels, features.width, features.height, bands) : nullptr;
 }
 
-OwnedImage SalvageInterlacedPng(int descriptor) { return PngSalvage(ReadAll(descriptor)).Run(); }
+Salvaged SalvageInterlacedPng(int descriptor) { return PngSalvage(ReadAll(descriptor)).Run(); }
 
 } // namespace Velnor::Proc::Files

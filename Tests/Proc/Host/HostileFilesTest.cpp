@@ -182,10 +182,13 @@ TEST_F(HostileFilesTest, OfDamagedFilesThatAreReadAsAWholeTheRestIsKept) {
         fs::path const file = folder.GetPath() / ("a" + suffix.substr(0, suffix.find('[')));
         ASSERT_EQ(vips_image_write_to_file(image, (folder.GetPath() / ("a" + suffix)).c_str(), nullptr), 0);
         std::string const whole = Get(file);
-        EXPECT_EQ(Samples(*ReadPicture(file, *context, accept).picture), Samples(*noise)) << "whole: " << suffix;
+        LoadedPicture const undamaged = ReadPicture(file, *context, accept);
+        EXPECT_EQ(Samples(*undamaged.picture), Samples(*noise)) << "whole: " << suffix;
+        EXPECT_TRUE(undamaged.warnings.empty()) << suffix;
         Put(file.filename(), whole.substr(0, whole.size() * 2 / 3));
         EXPECT_NE(ReadError<FileInputException>(file), "") << suffix;
-        auto const kept = ReadPicture(file, *context, accept).picture;
+        auto const [kept, metadata, warnings] = ReadPicture(file, *context, accept);
+        EXPECT_EQ(warnings.size(), 1U) << suffix;
         // In an interlaced file every eighth pixel of every eighth row comes first; a third of the others is missing.
         for (std::uint32_t y = 0; y < (suffix[1] == 'p' ? 144U : 88U); y += 8)
             for (std::uint32_t x = 0; x < 600; x += 24)
