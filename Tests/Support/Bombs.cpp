@@ -45,15 +45,10 @@ std::string PackZeros(std::uint64_t bytes) {
     return "\x78\xda" + Repeat(piece, pieces) + end + Big(pieces * PIECE % 65521, 2) + Big(1, 2);
 }
 
-std::string Chunk(std::string const& type, std::string const& data) {
-    std::string const body = type + data;
-    return Big(data.size(), 4) + body +
-           Big(crc32(0, reinterpret_cast<Bytef const*>(body.data()), static_cast<uInt>(body.size())), 4);
-}
-
 std::string Png(std::uint32_t width, std::uint32_t height, std::string const& more, std::string const& pixels) {
-    return "\x89PNG\r\n\x1a\n" + Chunk("IHDR", Big(width, 4) + Big(height, 4) + std::string("\x08\x02\0\0\0", 5)) +
-           more + Chunk("IDAT", pixels) + Chunk("IEND", "");
+    return "\x89PNG\r\n\x1a\n" +
+           MakePngChunk("IHDR", Big(width, 4) + Big(height, 4) + std::string("\x08\x02\0\0\0", 5)) + more +
+           MakePngChunk("IDAT", pixels) + MakePngChunk("IEND", "");
 }
 
 std::string Gif(int width, int height) {
@@ -184,13 +179,19 @@ std::string HugeJxl() {
 
 } // namespace
 
+std::string MakePngChunk(std::string const& type, std::string const& data) {
+    std::string const body = type + data;
+    return Big(data.size(), 4) + body +
+           Big(crc32(0, reinterpret_cast<Bytef const*>(body.data()), static_cast<uInt>(body.size())), 4);
+}
+
 std::vector<Bomb> MakeBombs() {
     using namespace std::string_literals;
     std::string const text = PackZeros(7 << 20);
-    std::string const packedText = Chunk("zTXt", "a\0\0"s + text);
-    std::string const packedUnicode = Chunk("iTXt", "a\0\1\0\0\0"s + text);
+    std::string const packedText = MakePngChunk("zTXt", "a\0\0"s + text);
+    std::string const packedUnicode = MakePngChunk("iTXt", "a\0\1\0\0\0"s + text);
     return {{"zeros.png", Png(22000, 22000, "", PackZeros(std::uint64_t{22000} * 66001))},
-            {"profile.png", Png(3, 3, Chunk("iCCP", "a\0\0"s + PackZeros(1 << 30)), "")},
+            {"profile.png", Png(3, 3, MakePngChunk("iCCP", "a\0\0"s + PackZeros(1 << 30)), "")},
             {"texts.png", Png(3, 3, Repeat(packedText, 500), "")},
             {"unicode.png", Png(3, 3, Repeat(packedUnicode, 500), "")},
             {"frame.gif", Gif(22000, 22000)},

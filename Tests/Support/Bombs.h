@@ -16,4 +16,7 @@ struct Bomb {
 /// before they decode.
 std::vector<Bomb> MakeBombs();
 
+/// A chunk of a PNG file with its length and checksum.
+std::string MakePngChunk(std::string const& type, std::string const& data);
+
 } // namespace Velnor::Proc::Testing

@@ -104,18 +104,33 @@ OwnedImage ConvertModel(OwnedImage image) {
     return white == 0 ? std::move(image) : ScaleToBytes(image, white);
 }
 
+/// The number of 32 bits at a place, the most significant byte first.
+std::uint32_t ToNumber(std::string_view bytes, std::size_t at) {
+    std::uint32_t number = 0;
+    for (std::size_t i = at; i < at + 4; ++i) number = number << 8 | static_cast<unsigned char>(bytes[i]);
+    return number;
+}
+
 /// How many frames an animated PNG has, which its decoder takes for one of a single frame; 1 for all else. The chunk
-/// that tells stands among the first.
+/// that tells stands before the samples.
 int CountPngFrames(int descriptor) {
-    constexpr std::string_view SIGNATURE("\x89PNG", 4);
-    std::string head(4096, '\0');
-    ssize_t const bytes = pread(descriptor, head.data(), head.size(), 0);
-    head.resize(bytes > 0 ? static_cast<std::size_t>(bytes) : 0);
-    std::size_t const control = head.find("acTL");
-    if (!head.starts_with(SIGNATURE) || control > head.find("IDAT") || control + 8 > head.size()) return 1;
-    int frames = 0;
-    for (std::size_t i = 4; i < 8; ++i) frames = (frames & 0xFFFF) << 8 | static_cast<unsigned char>(head[control + i]);
-    return frames;
+    constexpr std::string_view SIGNATURE("\x89PNG\r\n\x1a\n", 8);
+    constexpr std::uint64_t FRAME_BYTES = 12; // Length, type and checksum.
+    auto const read = [descriptor](std::uint64_t at, std::size_t bytes) {
+        std::string content(bytes, '\0');
+        ssize_t const got = pread(descriptor, content.data(), bytes, static_cast<off_t>(at));
+        return got == static_cast<ssize_t>(bytes) ? content : std::string();
+    };
+    std::uint64_t at = SIGNATURE.size();
+    if (read(0, at) != SIGNATURE) return 1;
+    for (;;) {
+        std::string const chunk = read(at, FRAME_BYTES); // Length, type and the first number of the content.
+        std::string_view const type = chunk.empty() ? "" : std::string_view(chunk).substr(4, 4);
+        if (type.empty() || type == "IDAT") return 1;
+        if (type == "acTL")
+            return static_cast<int>(std::min<std::uint32_t>(ToNumber(chunk, 8), std::numeric_limits<int>::max()));
+        at += ToNumber(chunk, 0) + FRAME_BYTES;
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Proc/Host/PictureFile.h"
 
+#include "Tests/Support/Bombs.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -442,6 +443,14 @@ TEST_F(PictureFileTest, WhatIsLostOnTheWayIsSaid) {
               [](VipsImage* image) { vips_image_set_int(image, VIPS_META_PAGE_HEIGHT, 8); });
         EXPECT_EQ(Read(name).warnings, Lines{"of its 3 pages or frames the first is read"}) << name;
     }
+    // A long text before the samples, and then the number of frames.
+    Write("long.png", *MakeNoise(*context, PixFmt::RGB24, 4, 3));
+    std::string still = ReadBytes(In("long.png"));
+    still.insert(33, MakePngChunk("tEXt", "Comment" + std::string(5000, '\0')));
+    WriteBytes(In("long.png"), still);
+    EXPECT_EQ(Read("long.png").warnings, Lines());
+    WriteBytes(In("film.png"), still.insert(33, MakePngChunk("acTL", std::string("\0\0\0\7\0\0\0\0", 8))));
+    EXPECT_EQ(Read("film.png").warnings, Lines{"of its 7 pages or frames the first is read"});
     VideoHandle const clear = MakeFlat(*context, PixFmt::RGBA, 16, 16, {200, 100, 50, 0});
     WriteOptions options;
     options.background = Color(0, 0, 250, 255);
