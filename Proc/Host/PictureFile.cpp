@@ -130,6 +130,10 @@ std::vector<std::string> WritePicture(fs::path const& path, IDataVideo const& pi
                       [&] { return GetModule().write(path, record.kind, picture, metadata, options); });
 }
 
+Color ToPhotosColor(Color const& color, PictureMetadata const* metadata) {
+    return metadata == nullptr ? color : GetModule().toPhotosColor(color, *metadata);
+}
+
 void RequireWriteOptions(fs::path const& path, WriteOptions const& options) {
     KindRecord const& record = FindKind(path);
     auto const isOneOf = [&](std::initializer_list<FileKind> kinds) {

@@ -37,6 +37,8 @@ struct ReadOptions {
     bool acceptDamaged = false;            ///< Keep the readable part of a damaged file; the rest is grey or black.
     std::uint64_t maxMemory = 0;           ///< Bytes that reading may take, by the header; 0: half of what there is.
     double maxExpansion = 0; ///< Of 64 megapixels and more: how many times their file they may take; 0: by the kind.
+    /// Convert what has a colour profile other than sRGB by it: the picture then has that of sRGB, a grey one has none.
+    bool toSrgb = false;
 };
 
 /// What of the metadata is not written.
@@ -84,6 +86,10 @@ VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectC
 /// left out since the format does not hold it, a line for a person or none. Throws FileOutputException.
 VELNOR_API std::vector<std::string> WritePicture(std::filesystem::path const& path, IDataVideo const& picture,
                                                  PictureMetadata const* metadata, WriteOptions const& options = {});
+
+/// What a colour of sRGB is among the colours of the picture that the metadata was read with, by its profile; the same
+/// where it has none for RGB. Opacity stays. Metadata may be null. Throws FileException when no file can be read.
+VELNOR_API Color ToPhotosColor(Color const& color, PictureMetadata const* metadata);
 
 /// Throws FileOutputException when an option is set that a file of this name has no use for, or has a value that it
 /// does not take. WritePicture asks the same.

@@ -158,4 +158,16 @@ OwnedImage MakeDisplayable(OwnedImage image) {
                  [](VipsImage* in, VipsImage** out) { return vips_extract_band(in, out, 0, "n", MAX_BANDS, nullptr); });
 }
 
+OwnedImage WithSrgbProfile(OwnedImage const& image) {
+    OwnedImage labelled = WithoutProfile(image);
+    if (labelled == nullptr || vips_image_get_bands(labelled.get()) < 3) return labelled;
+    VipsBlob* profile = nullptr;
+    if (vips_profile_load("srgb", &profile, nullptr) != 0) return nullptr;
+    std::size_t bytes = 0;
+    void const* const content = vips_blob_get(profile, &bytes);
+    vips_image_set_blob_copy(labelled.get(), VIPS_META_ICC_NAME, content, bytes);
+    vips_area_unref(VIPS_AREA(profile));
+    return labelled;
+}
+
 } // namespace Velnor::Proc::Files

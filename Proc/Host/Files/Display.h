@@ -13,6 +13,9 @@ namespace Velnor::Proc::Files {
 /// Null when the library fails.
 OwnedImage MakeDisplayable(OwnedImage image);
 
+/// The image with the profile of sRGB in place of its own; a grey one has none. Null when the library fails.
+OwnedImage WithSrgbProfile(OwnedImage const& image);
+
 /// What MakeDisplayable will take from an image, and that further pictures of its file are not read: a line for a
 /// person each.
 std::vector<std::string> DescribeConversions(VipsImage* image, int descriptor);

@@ -15,6 +15,8 @@ struct FilesModule {
     /// The picture is in a format that the kind takes, the options in their ranges.
     std::vector<std::string> (*write)(std::filesystem::path const& path, FileKind kind, IDataVideo const& picture,
                                       PictureMetadata const* metadata, WriteOptions const& options);
+
+    Color (*toPhotosColor)(Color const& color, PictureMetadata const& metadata);
 };
 
 using FilesModuleFunction = FilesModule const* (*)();

@@ -1,5 +1,6 @@
 #include "Proc/Host/Files/Metadata.h"
 
+#include "Proc/Host/Files/ColorProfile.h"
 #include "Proc/Host/Files/ExifBlock.h"
 #include "Proc/Host/Files/ImageResources.h"
 #include "Proc/Host/Files/JpegSegments.h"
@@ -20,15 +21,6 @@ namespace Velnor::Proc::Files {
 namespace {
 
 constexpr double PIXELS_PER_MM_OF_NO_RESOLUTION = 1.0;
-
-/// A copy: the loaders of HEIC and AVIF hand out blocks that go with their image.
-std::string GetBlob(VipsImage* image, char const* name) {
-    void const* data = nullptr;
-    std::size_t length = 0;
-    if (vips_image_get_typeof(image, name) != VIPS_TYPE_BLOB || vips_image_get_blob(image, name, &data, &length) != 0)
-        return {};
-    return {static_cast<char const*>(data), length};
-}
 
 std::string GetText(VipsImage* image, char const* name) {
     char const* text = nullptr;
@@ -145,12 +137,6 @@ KindTraits GetTraits(FileKind kind) {
     default:
         return {"PNM", false, false, false, false, false, false};
     }
-}
-
-/// Whether an ICC profile is for grey or for RGB pictures, as its header says (ICC.1:2010, 7.2.6).
-bool IsProfileFor(std::string const& profile, bool grey) {
-    constexpr std::size_t COLOR_SPACE_AT = 16;
-    return profile.size() >= COLOR_SPACE_AT + 4 && profile.compare(COLOR_SPACE_AT, 4, grey ? "GRAY" : "RGB ") == 0;
 }
 
 /// The steps from what was read to what a file of a kind holds. Each says what it leaves out.

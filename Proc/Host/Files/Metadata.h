@@ -28,6 +28,7 @@ public:
     };
     Fitted Fit(FileKind kind, IDataVideo const& picture, Strip strip) const;
 
+    std::string const& GetProfile() const { return blocks.profile; }
     timespec const (&GetTimes() const)[2] { return times; } ///< Last access and change.
 
 private:

@@ -1,6 +1,7 @@
 #include "Proc/Host/Files/Reader.h"
 
 #include "Proc/Host/Files/BmpReader.h"
+#include "Proc/Host/Files/ColorProfile.h"
 #include "Proc/Host/Files/Display.h"
 #include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/Files/Metadata.h"
@@ -21,6 +22,7 @@
 #include <cerrno>
 #include <new>
 #include <optional>
+#include <stdexcept>
 #include <system_error>
 #include <thread>
 
@@ -185,7 +187,7 @@ std::jthread ProvidePages(MutablePlane const& plane) {
 
 /// Puts all rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
 /// decoders work in sequence, and handing strips from thread to thread costs more than it brings.
-int PutRows(VipsImage* image, MutablePlane const& plane, RowSink& sink) {
+int PutRows(VipsImage* image, MutablePlane const& plane, SrgbConversion& conversion, RowSink& sink) {
     constexpr int STRIP_ROWS = 16; // Small enough for the cache between the decoder and the picture.
     std::jthread pages;
     Owned<VipsRegion> const region(vips_region_new(image));
@@ -195,18 +197,35 @@ int PutRows(VipsImage* image, MutablePlane const& plane, RowSink& sink) {
         if (vips_region_prepare(region.get(), &strip) != 0) return top;
         if (top == 0) pages = ProvidePages(plane);
         for (int y = top; y < top + strip.height; ++y)
-            sink.Put(static_cast<std::uint64_t>(y), VIPS_REGION_ADDR(region.get(), 0, y));
+            sink.Put(static_cast<std::uint64_t>(y), conversion.Convert(VIPS_REGION_ADDR(region.get(), 0, y)));
     }
     return height;
 }
 
+SampleDepth GetDepth(VipsImage* image) {
+    return vips_image_get_format(image) == VIPS_FORMAT_USHORT ? SampleDepth::Bits16 : SampleDepth::Bits8;
+}
+
+/// Whether the image's samples are to be converted by the profile: CMYK is sRGB by now, and has another one.
+bool NeedsConversion(VipsImage* image, std::string const& profile) {
+    return GetBlob(image, VIPS_META_ICC_NAME) == profile && IsProfileFor(profile, vips_image_get_bands(image) < 3) &&
+           !IsSrgb(profile);
+}
+
+SrgbConversion MakeConversion(fs::path const& path, std::string const& profile, VipsImage* image) {
+    try {
+        return {profile, vips_image_get_bands(image), GetDepth(image), vips_image_get_width(image)};
+    } catch (std::invalid_argument const& error) {
+        Fail(path, error.what());
+    }
+}
+
 /// Returns how many rows of the file there were.
-int Decode(fs::path const& path, VipsImage* image, int orientation, IDataVideo& picture, bool acceptDamaged) {
-    SampleDepth const depth =
-        vips_image_get_format(image) == VIPS_FORMAT_USHORT ? SampleDepth::Bits16 : SampleDepth::Bits8;
+int Decode(fs::path const& path, VipsImage* image, int orientation, SrgbConversion conversion, IDataVideo& picture,
+           bool acceptDamaged) {
     MutablePlane const plane = picture.GetMutablePlane(0);
-    RowSink sink(plane, depth, orientation);
-    int const rows = PutRows(image, plane, sink);
+    RowSink sink(plane, GetDepth(image), orientation);
+    int const rows = PutRows(image, plane, conversion, sink);
     if (rows == vips_image_get_height(image)) return rows;
     std::string const reason = TakeError();
     RequireMemory(reason);
@@ -223,7 +242,10 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     RequireRoom(header.memory + WORKING_ROOM);
     int const orientation = vips_image_get_orientation(header.image.get());
     std::vector<std::string> warnings = DescribeConversions(header.image.get(), file.Get());
+    std::string profile = options.toSrgb ? GetBlob(header.image.get(), VIPS_META_ICC_NAME) : std::string();
     OwnedImage image = MakeDisplayable(std::move(header.image));
+    if (image != nullptr && !NeedsConversion(image.get(), profile)) profile.clear();
+    if (image != nullptr && !profile.empty()) image = WithSrgbProfile(image);
     if (image == nullptr) FailInLibrary(path);
     LoadedPicture loaded;
     loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
@@ -234,8 +256,10 @@ LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, Rea
     OwnedImage source = std::move(isSalvaged ? header.salvaged : image);
     int const height = vips_image_get_height(source.get());
     TakeWarned();
-    bool const isWhole =
-        Decode(path, source.get(), orientation, *loaded.picture, options.acceptDamaged) == height && !header.isDamaged;
+    SrgbConversion conversion = MakeConversion(path, profile, source.get());
+    int const rows =
+        Decode(path, source.get(), orientation, std::move(conversion), *loaded.picture, options.acceptDamaged);
+    bool const isWhole = rows == height && !header.isDamaged;
     source.reset(); // Some decoders warn at the end alone.
     if (options.acceptDamaged && (TakeWarned() || !isWhole))
         loaded.warnings.emplace_back("it is damaged: some of its rows are invented");

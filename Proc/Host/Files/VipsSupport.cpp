@@ -103,4 +103,12 @@ std::string TakeError() {
     return text.empty() ? "the file library gives no reason" : text;
 }
 
+std::string GetBlob(VipsImage* image, char const* name) {
+    void const* data = nullptr;
+    std::size_t length = 0;
+    if (vips_image_get_typeof(image, name) != VIPS_TYPE_BLOB || vips_image_get_blob(image, name, &data, &length) != 0)
+        return {};
+    return {static_cast<char const*>(data), length};
+}
+
 } // namespace Velnor::Proc::Files

@@ -1,6 +1,7 @@
 #include "Proc/Host/PictureFile.h"
 
 #include "Tests/Support/Bombs.h"
+#include "Tests/Support/ColorProfiles.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -92,6 +93,17 @@ std::string GetBlob(VipsImage* image, char const* name) {
     std::size_t bytes = 0;
     if (vips_image_get_typeof(image, name) == 0 || vips_image_get_blob(image, name, &data, &bytes) != 0) return {};
     return {static_cast<char const*>(data), bytes};
+}
+
+/// One of the file library's own profiles.
+std::string LoadProfile(char const* name) {
+    VipsBlob* blob = nullptr;
+    EXPECT_EQ(vips_profile_load(name, &blob, nullptr), 0);
+    std::size_t bytes = 0;
+    auto const* const data = static_cast<char const*>(vips_blob_get(blob, &bytes));
+    std::string profile(data, bytes);
+    vips_area_unref(VIPS_AREA(blob));
+    return profile;
 }
 
 TEST_F(PictureFileTest, LosslessFilesReadBackExactlyInTheFormatThatWasWritten) {
@@ -218,17 +230,13 @@ TEST_F(PictureFileTest, MetadataIsCarriedWithoutOrientationAndThumbnails) {
     std::string const resources = "Photoshop 3.0\0"s
                                   "8BIM\x04\x0c\0\0\0\0\0\x08THUMBPIX"s
                                   "8BIM\x04\x04\0\0\0\0\0\x09\x1c\x02\x5a\0\x04Rome\0"s;
-    void* profile = nullptr;
-    std::size_t profileBytes = 0;
-    VipsBlob* blob = nullptr;
-    ASSERT_EQ(vips_profile_load("srgb", &blob, nullptr), 0);
-    profile = const_cast<void*>(vips_blob_get(blob, &profileBytes));
+    std::string const profile = LoadProfile("srgb");
     Craft("in.jpg", Bytes(40 * 20 * 3, 100), 40, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB, [&](VipsImage* image) {
         std::string const exif = MakeExif();
         vips_image_set_blob_copy(image, VIPS_META_EXIF_NAME, exif.data(), exif.size());
         vips_image_set_blob_copy(image, VIPS_META_XMP_NAME, xmp.data(), xmp.size());
         vips_image_set_blob_copy(image, VIPS_META_IPTC_NAME, resources.data(), resources.size());
-        vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile, profileBytes);
+        vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile.data(), profile.size());
         vips_image_set_string(image, "exif-ifd0-Artist", "Ann (Ann, ASCII, 4 components, 4 bytes)");
         vips_image_set_int(image, VIPS_META_ORIENTATION, 6);
     });
@@ -247,23 +255,17 @@ TEST_F(PictureFileTest, MetadataIsCarriedWithoutOrientationAndThumbnails) {
             std::string const packet = GetBlob(image, VIPS_META_XMP_NAME);
             EXPECT_NE(packet.find("<dc:title>Hello</dc:title>"), std::string::npos) << name;
             EXPECT_NE(packet.find("tiff:Orientation=\"1\""), std::string::npos) << name;
-            EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), std::string(static_cast<char*>(profile), profileBytes));
+            EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), profile);
             EXPECT_EQ(vips_image_get_orientation(image), 1) << name;
             EXPECT_EQ(GetBlob(image, VIPS_META_EXIF_NAME).find("Ann") != std::string::npos, !isTiff) << name;
         });
     }
-    vips_area_unref(VIPS_AREA(blob));
 }
 
 TEST_F(PictureFileTest, MetadataOutlivesTheLoaderThatGaveIt) {
     std::string const exif = MakeExif();
     std::string const xmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><!--" + std::string(5000, 'x') + "--></x:xmpmeta>";
-    VipsBlob* blob = nullptr;
-    ASSERT_EQ(vips_profile_load("p3", &blob, nullptr), 0);
-    std::size_t bytes = 0;
-    auto const* const data = static_cast<char const*>(vips_blob_get(blob, &bytes));
-    std::string const profile(data, bytes);
-    vips_area_unref(VIPS_AREA(blob));
+    std::string const profile = LoadProfile("p3");
     for (std::string const name : {"a.heic", "a.avif"})
         for (int blocks = 0; blocks < 8; ++blocks) {
             Craft(name, Bytes(64 * 64 * 3, 100), 64, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB,
@@ -284,14 +286,79 @@ TEST_F(PictureFileTest, MetadataOutlivesTheLoaderThatGaveIt) {
         }
 }
 
+/// Gives a crafted image a profile, if any.
+auto Labelled(std::string const& profile) {
+    return [profile](VipsImage* image) {
+        if (!profile.empty()) vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile.data(), profile.size());
+    };
+}
+
+std::string Damage(std::string const& profile) {
+    return profile.substr(0, 130) + std::string(profile.size() - 130, 'x');
+}
+
+TEST_F(PictureFileTest, BecomesSrgbByItsProfileOnDemand) {
+    std::string const wide = MakeWideProfile();
+    // Two colours, with an opacity that stays.
+    Bytes const pixels{200, 100, 50, 77, 128, 130, 140, 78};
+    std::vector<std::uint16_t> deep;
+    for (int const value : pixels) deep.push_back(static_cast<std::uint16_t>(value * 257));
+    for (std::string const& profile : {wide, std::string(), LoadProfile("srgb"), MakeGreyProfile(1.8)}) {
+        Craft("8.tif", pixels, 1, 4, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB, Labelled(profile));
+        Craft("16.tif", deep, 1, 4, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_RGB16, Labelled(profile));
+        for (char const* name : {"8.tif", "16.tif"}) {
+            EXPECT_EQ(Samples(*Read(name).picture), pixels);
+            LoadedPicture const loaded = Read(name, {.toSrgb = true});
+            Bytes const samples = Samples(*loaded.picture);
+            if (profile != wide) {
+                EXPECT_EQ(samples, pixels) << name;
+                continue;
+            }
+            for (std::size_t i = 0; i < 8; i += 4) {
+                Rgb const expected = ThroughProfile(wide, {pixels[i], pixels[i + 1], pixels[i + 2]}, true);
+                for (std::size_t band = 0; band < 3; ++band) EXPECT_NEAR(samples[i + band], expected.at(band), 1);
+                EXPECT_EQ(samples[i + 3], pixels[i + 3]);
+            }
+            Write("out.png", *loaded.picture, loaded.metadata.get(), true);
+            InspectFile("out.png",
+                        [](VipsImage* image) { EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), LoadProfile("srgb")); });
+        }
+    }
+
+    Craft("grey.tif", Bytes{60, 7, 255, 9}, 2, 2, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W,
+          Labelled(MakeGreyProfile(1.0)));
+    LoadedPicture const grey = Read("grey.tif", {.toSrgb = true});
+    ASSERT_EQ(grey.picture->GetPixFmt(), PixFmt::YA8);
+    Bytes const samples = Samples(*grey.picture);
+    EXPECT_NEAR(samples[0], 132, 1) << "linear 60 / 255 with the curve of sRGB";
+    EXPECT_EQ(Bytes(samples.begin() + 1, samples.end()), (Bytes{7, 255, 9}));
+    EXPECT_TRUE(WritePicture(In("grey.png"), *grey.picture, grey.metadata.get()).empty()) << "no profile to leave out";
+
+    Craft("damaged.tif", Bytes{1, 2, 3}, 1, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB, Labelled(Damage(wide)));
+    EXPECT_EQ(Samples(*Read("damaged.tif").picture), (Bytes{1, 2, 3}));
+    EXPECT_NE(ReadError("damaged.tif", {.toSrgb = true}).find("its colour profile"), std::string::npos);
+}
+
+TEST_F(PictureFileTest, ColoursOfSrgbAreTakenIntoAProfileThatIsAnother) {
+    std::string const wide = MakeWideProfile();
+    for (std::string const& profile : {wide, LoadProfile("srgb"), TakeBytes(cmsCreate_sRGBProfile()), std::string(),
+                                       MakeGreyProfile(1.8), Damage(wide)}) {
+        Craft("in.tif", Bytes{1, 2, 3}, 1, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB, Labelled(profile));
+        auto const metadata = Read("in.tif").metadata;
+        for (Rgb const& given : {Rgb{255, 0, 0}, {200, 180, 150}, {10, 20, 30}}) {
+            auto const at = [&](std::size_t i) { return static_cast<unsigned char>(given.at(i)); };
+            Color const found = ToPhotosColor(Color(at(2), at(1), at(0), 99), metadata.get());
+            EXPECT_EQ(found.GetOpacity(), 99);
+            Rgb const expected = profile == wide ? ThroughProfile(wide, given, false) : given;
+            int const tolerance = profile == wide ? 2 : 0;
+            for (unsigned int i = 0; i < 3; ++i) EXPECT_NEAR(found[2 - i], expected.at(i), tolerance) << i;
+        }
+    }
+}
+
 TEST_F(PictureFileTest, AProfileForAnotherColourModelIsLeftOut) {
-    VipsBlob* blob = nullptr;
-    ASSERT_EQ(vips_profile_load("srgb", &blob, nullptr), 0);
-    std::size_t bytes = 0;
-    void const* const profile = vips_blob_get(blob, &bytes);
     Craft("in.png", Bytes{10, 20, 30}, 1, 3, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB,
-          [&](VipsImage* image) { vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile, bytes); });
-    vips_area_unref(VIPS_AREA(blob));
+          Labelled(LoadProfile("srgb")));
     auto const metadata = Read("in.png").metadata;
     Write("grey.png", *MakeNoise(*context, PixFmt::GRAY8, 5, 5), metadata.get());
     InspectFile("grey.png", [](VipsImage* image) { EXPECT_EQ(GetBlob(image, VIPS_META_ICC_NAME), ""); });
