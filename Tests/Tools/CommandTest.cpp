@@ -1,9 +1,12 @@
 #include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"
+#include "Proc/Interfaces/SettingsText.h"
+#include "Tests/Support/ColorProfiles.h"
 #include "Tests/Tools/RunCommand.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <png.h>
 
 #include <algorithm>
 #include <csignal>
@@ -121,6 +124,64 @@ TEST_F(CommandTest, AlphaIsWrittenWhenTheInputHadItOrAnEffectMadeIt) {
     EXPECT_THAT(run({"glass.png", "-o", "4.jpg"}),
                 testing::ContainsRegex("^rgb24 17[0-5] ")); // Half of 90, over white.
     EXPECT_THAT(run({"glass.png", "--background", "#000000", "-o", "5.jpg"}), testing::ContainsRegex("^rgb24 4[4-6] "));
+}
+
+/// A picture of 40 x 32 pixels of one colour (60, 120, 180), with a profile or an empty one for none.
+void WritePng(fs::path const& file, std::string const& profile, int opacity) {
+    std::FILE* const stream = std::fopen(file.c_str(), "wb");
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_init_io(png, stream);
+    png_set_IHDR(png, info, 40, 32, 8, PNG_COLOR_TYPE_RGBA, PNG_INTERLACE_NONE, 0, 0);
+    auto const* const bytes = reinterpret_cast<png_const_bytep>(profile.data());
+    if (!profile.empty()) png_set_iCCP(png, info, "wide", 0, bytes, static_cast<png_uint_32>(profile.size()));
+    png_write_info(png, info);
+    std::vector<png_byte> row;
+    for (int i = 0; i < 40; ++i) row.insert(row.end(), {60, 120, 180, static_cast<png_byte>(opacity)});
+    for (int y = 0; y < 32; ++y) png_write_row(png, row.data());
+    png_write_end(png, info);
+    png_destroy_write_struct(&png, &info);
+    std::fclose(stream);
+}
+
+TEST_F(CommandTest, TypedColoursMeanSrgbWhateverTheProfile) {
+    using Proc::Testing::Rgb;
+    std::string const profile = Proc::Testing::MakeWideProfile();
+    for (bool const isClear : {false, true}) {
+        WritePng(folder / (isClear ? "wide-clear.png" : "wide.png"), profile, isClear ? 0 : 255);
+        WritePng(folder / (isClear ? "bare-clear.png" : "bare.png"), "", isClear ? 0 : 255);
+    }
+    auto const run = [&](Words words) {
+        words.insert(words.begin(), "apply");
+        words.insert(words.end(), {"-f", "-o", "out.ppm"});
+        CommandResult const result = Run(words);
+        EXPECT_EQ(result.code, 0) << result.error;
+        auto const picture = Proc::ReadPicture(folder / "out.ppm", *host.GetContext()).picture;
+        auto const* const pixel = picture->GetPlane(0).GetRow(0);
+        return std::vector<int>(pixel, pixel + 3);
+    };
+    auto const isAbout = [](auto const& rgb) {
+        return testing::ElementsAreArray({AllOf(testing::Ge(rgb[0] - 2), testing::Le(rgb[0] + 2)),
+                                          AllOf(testing::Ge(rgb[1] - 2), testing::Le(rgb[1] + 2)),
+                                          AllOf(testing::Ge(rgb[2] - 2), testing::Le(rgb[2] + 2))});
+    };
+    Rgb const red = Proc::Testing::ThroughProfile(profile, {255, 0, 0}, false);
+    ASSERT_GT(red[1], 40) << "red of sRGB is far from that of the profile";
+    std::array<unsigned char, 3> const bytes{static_cast<unsigned char>(red[0]), static_cast<unsigned char>(red[1]),
+                                             static_cast<unsigned char>(red[2])};
+    std::string const wideRed = Proc::TextForm<Proc::Color>::Print(Proc::Color(bytes[2], bytes[1], bytes[0], 255));
+    for (std::string const effect :
+         {"vignette:shape-mask.width=90,color=", "gradient:stops=256:#ffffff,0:", "bi-color-toning:highlight-color="})
+        EXPECT_THAT(run({"wide.png", "-e", effect + "red"}), isAbout(run({"bare.png", "-e", effect + wideRed})))
+            << effect;
+    std::string const vignette =
+        "vignette:shape-mask.width=90,shape-mask.background=255,shape-mask.feather=0,color=red";
+    EXPECT_THAT(run({"wide.png", "-e", vignette}), isAbout(red));
+    EXPECT_THAT(run({"wide-clear.png", "--background", "red"}), isAbout(red));
+    EXPECT_EQ(run({"wide.png", "--to-srgb", "-e", vignette}), (std::vector{255, 0, 0}));
+    EXPECT_EQ(run({"wide-clear.png", "--to-srgb", "--background", "red"}), (std::vector{255, 0, 0}));
+    EXPECT_EQ(run({"wide.png"}), (std::vector{60, 120, 180}));
+    EXPECT_THAT(run({"wide.png", "--to-srgb"}), isAbout(Proc::Testing::ThroughProfile(profile, {60, 120, 180}, true)));
 }
 
 TEST_F(CommandTest, ReplacesOnlyWithForce) {

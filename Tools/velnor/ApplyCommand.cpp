@@ -102,6 +102,12 @@ private:
         std::shared_ptr<Proc::PictureMetadata const> metadata; ///< The first photograph's.
     };
 
+    /// The photograph that an effect works on, the first of several.
+    struct Source {
+        fs::path const& path;
+        Proc::PictureMetadata const* metadata;
+    };
+
     /// The effect that joins the photographs, the end of the chain when there is none. After one that cuts them up, the
     /// pieces of each are joined, not the photographs.
     std::size_t FindJoint() const {
@@ -121,7 +127,7 @@ private:
         Way way;
         for (fs::path const& input : plan.inputs) Read(input, alone, way, photo);
         for (std::size_t i = alone; i < steps.size(); ++i)
-            way.pieces = RunStep(steps[i], plan.inputs.front(), std::move(way.pieces), photo);
+            way.pieces = RunStep(steps[i], {plan.inputs.front(), way.metadata.get()}, std::move(way.pieces), photo);
         if (plan.output.empty()) return;
         Announce(plan.inputs.front(), "writing");
         std::vector<fs::path> const files = NameFiles(plan, way.pieces);
@@ -143,37 +149,39 @@ private:
         if (std::optional<Failure> const problem = FindProblem(input)) throw *problem;
         Proc::LoadedPicture loaded = ReadPhoto(input, *catalogue.GetHost().GetContext(), reading);
         photo.Warn(input, loaded.warnings);
-        if (way.pieces.empty()) way.metadata = std::move(loaded.metadata);
+        if (way.pieces.empty()) way.metadata = loaded.metadata;
         way.hadAlpha = way.hadAlpha || loaded.picture->GetDescription().hasAlpha;
         std::vector<Piece> pieces;
         pieces.push_back({std::move(loaded.picture), {}});
-        for (std::size_t i = 0; i < effects; ++i) pieces = RunStep(steps[i], input, std::move(pieces), photo);
+        for (std::size_t i = 0; i < effects; ++i)
+            pieces = RunStep(steps[i], {input, loaded.metadata.get()}, std::move(pieces), photo);
         std::ranges::move(pieces, std::back_inserter(way.pieces));
     }
 
-    std::vector<Piece> RunStep(EffectStep& step, fs::path const& input, std::vector<Piece> pieces, PhotoReport& photo) {
+    std::vector<Piece> RunStep(EffectStep& step, Source const& source, std::vector<Piece> pieces, PhotoReport& photo) {
         bool const areSeveral = pieces.size() > 1;
         std::vector<StepOutcome> outcomes;
         if (areSeveral && step.Joins())
-            outcomes.push_back(RunOnce(step, input, std::nullopt, std::move(pieces), photo));
+            outcomes.push_back(RunOnce(step, source, std::nullopt, std::move(pieces), photo));
         else
             for (Piece& piece : pieces) {
                 auto const at = areSeveral ? std::optional(piece.place) : std::nullopt;
                 std::vector<Piece> one;
                 one.push_back(std::move(piece));
-                outcomes.push_back(RunOnce(step, input, at, std::move(one), photo));
+                outcomes.push_back(RunOnce(step, source, at, std::move(one), photo));
             }
-        Warn(step, input, outcomes, photo);
+        Warn(step, source.path, outcomes, photo);
         std::vector<Piece> made;
         for (StepOutcome& outcome : outcomes) std::ranges::move(outcome.pieces, std::back_inserter(made));
         return made;
     }
 
-    StepOutcome RunOnce(EffectStep& step, fs::path const& input, std::optional<Place> const& at,
+    StepOutcome RunOnce(EffectStep& step, Source const& source, std::optional<Place> const& at,
                         std::vector<Piece> pieces, PhotoReport& photo) {
+        fs::path const& input = source.path;
         Announce(input, step.GetName());
         place = input.string() + ": " + step.GetName() + ": ";
-        StepOutcome outcome = step.Run(std::move(pieces));
+        StepOutcome outcome = step.Run(std::move(pieces), source.metadata);
         if (!outcome.warning.empty()) photo.warnings.push_back(place + outcome.warning);
         place.clear();
         if (!outcome.results.empty()) photo.found.push_back({input, step.GetName(), at, std::move(outcome.results)});
@@ -210,9 +218,10 @@ private:
     }
 
     void Write(Proc::DataHandle picture, fs::path const& file, Way const& way, PhotoReport& photo) const {
-        photo.Warn(photo.inputs.front(),
-                   SavePicture(std::move(picture), file, way.hadAlpha, way.metadata.get(), options.files.ForWriting(),
-                               *catalogue.GetHost().GetFactory()));
+        Proc::WriteOptions writing = options.files.ForWriting();
+        writing.background = Proc::ToPhotosColor(writing.background, way.metadata.get());
+        photo.Warn(photo.inputs.front(), SavePicture(std::move(picture), file, way.hadAlpha, way.metadata.get(),
+                                                     writing, *catalogue.GetHost().GetFactory()));
     }
 
     void Announce(fs::path const& photo, std::string const& step) {

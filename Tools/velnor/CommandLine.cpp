@@ -40,7 +40,8 @@ An effect on two pictures reads the second from its parameter input=FILE. One on
 photographs, and every input=FILE, which may be repeated; -o then names one output. Effects after one that cuts
 the photograph into pieces run on each piece, until one joins them. A file name with a comma and an equals sign
 is quoted: input="a,b=c.jpg". What effects find out is printed, "photograph: effect: name=value" a line;
-with --json each photograph is one line, an object.)";
+with --json each photograph is one line, an object. Colours mean sRGB: for a photograph with another colour profile
+they are converted to it.)";
 
 std::vector<std::string> const COMMANDS{"apply", "cutout", "effects", "describe"};
 
@@ -142,6 +143,10 @@ void AddFileOptions(CLI::App& command, FileOptions& files) {
         ->type_name("WHAT");
     command.add_flag("--keep-times", files.writing.keepTimes,
                      "Give outputs the photograph's times of access and change");
+    command.add_flag(
+        "--to-srgb", files.toSrgb,
+        "Convert photographs with another colour profile to sRGB by it; they then have the profile of sRGB, grey ones "
+        "none. Else profiles stay as they are");
     command.add_flag("--accept-damaged", files.acceptDamaged,
                      "Keep the readable part of a damaged photograph: of JPEG, PNG, WebP and GIF, and of TIFF whose "
                      "directory stands before the damage; the rest is black, or grey");

@@ -1,7 +1,9 @@
 #include "Tools/velnor/EffectStep.h"
 
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Interfaces/SettingsText.h"
 #include "Proc/Interfaces/WarningNode.h"
+#include "Proc/Settings/SettingsEffectGradient.h"
 #include "Tools/velnor/EffectParameters.h"
 #include "Tools/velnor/Handling.h"
 #include "Tools/velnor/Masks.h"
@@ -28,6 +30,23 @@ std::string DescribeMost(std::size_t pictures) {
     return pictures == 1 ? "one picture" : "at most " + std::to_string(pictures) + " pictures";
 }
 
+bool HoldsColors(Proc::SettingsField const& field) {
+    return field.type == Proc::TextForm<Proc::Color>::TYPE || field.type == Proc::TextForm<Proc::GradientStops>::TYPE;
+}
+
+/// A printed value in which the colours, each from its # on, are those of the photograph.
+std::string ToPhotosColors(std::string const& text, Proc::PictureMetadata const* metadata) {
+    using Form = Proc::TextForm<Proc::Color>;
+    std::string converted;
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t const end = text[at] == '#' ? std::min(text.find(',', at), text.size()) : at + 1;
+        std::string const part = text.substr(at, end - at);
+        converted += part[0] == '#' ? Form::Print(Proc::ToPhotosColor(Form::Parse(part), metadata)) : part;
+        at = end;
+    }
+    return converted;
+}
+
 } // namespace
 
 EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue,
@@ -48,6 +67,9 @@ EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& ca
             files.push_back(parameter.value);
         else
             SetParameter(*parsed, name, fields, parameter);
+    for (Proc::SettingsField const& field : fields)
+        if (HoldsColors(field) && std::ranges::count(argument.parameters, field.name, &EffectArgument::Parameter::key))
+            typedColors.push_back(field);
     settings = std::move(parsed);
     ReadFurtherInputs(files, reading);
     statistic = Make()->GetStatistic(); // Made here too, so that one that cannot be made is told before any work.
@@ -78,15 +100,18 @@ bool EffectStep::Joins() const {
 
 bool EffectStep::Cuts() const { return chosen.kind == Proc::EffectKind::VarInput && roles.size() == 1; }
 
-intrusive_ptr<Proc::IEffect> EffectStep::Make() const {
+intrusive_ptr<Proc::IEffect> EffectStep::Make(Proc::PictureMetadata const* metadata) const {
     intrusive_ptr<Proc::IEffect> effect = factory->CreateEffect(chosen.classId, chosen.implName);
     effect->SetProgressController(controller);
-    effect->SetSettings(*settings);
+    std::unique_ptr<Proc::Settings> const own = settings->Clone();
+    for (Proc::SettingsField const& field : typedColors)
+        field.parseAny(*own, ToPhotosColors(field.print(*own), metadata));
+    effect->SetSettings(*own);
     return effect;
 }
 
-StepOutcome EffectStep::Run(std::vector<Piece> pieces) {
-    intrusive_ptr<Proc::IEffect> const effect = Make();
+StepOutcome EffectStep::Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata) {
+    intrusive_ptr<Proc::IEffect> const effect = Make(metadata);
     StepOutcome outcome;
     Proc::DataHandle& picture = pieces.front().picture;
     if (IsMask(0)) picture = MakeMask(std::move(picture), *factory);

@@ -49,10 +49,11 @@ public:
     /// Whether the effect makes several pictures of one.
     bool Cuts() const;
 
-    /// What the effect makes of one piece, or of all when it joins them. An extra alpha that it gives a picture without
-    /// alpha becomes the picture's own, since files and other effects know no other. Throws what the effect throws, and
-    /// Failure (output) when it gives no picture.
-    StepOutcome Run(std::vector<Piece> pieces);
+    /// What the effect makes of one piece, or of all when it joins them. Colours that were typed mean sRGB and are taken
+    /// into the profile of the photograph, or of the first, whose metadata may be null. An extra alpha that the effect
+    /// gives a picture without alpha becomes the picture's own, since files and other effects know no other. Throws what
+    /// the effect throws, and Failure (output) when it gives no picture.
+    StepOutcome Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata);
 
     /// Whether the effect leaves every picture as it is, with these parameters: it is tried on one that shows all sorts of
     /// things.
@@ -62,8 +63,7 @@ public:
     Core::Property const& GetStatistic() const { return statistic; } ///< Of all runs together.
 
 private:
-    std::unique_ptr<Proc::Settings> Parse(EffectArgument const& argument, Proc::SettingsType const& type);
-    intrusive_ptr<Proc::IEffect> Make() const;
+    intrusive_ptr<Proc::IEffect> Make(Proc::PictureMetadata const* metadata = nullptr) const;
     void ReadFurtherInputs(std::vector<std::string> const& files, Proc::ReadOptions const& reading);
     bool IsMask(std::size_t input) const;
     void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const;
@@ -80,6 +80,7 @@ private:
     Proc::RegisteredEffect chosen;
     std::vector<Proc::PictureRole> roles; ///< Of its pictures, where it says so.
     std::vector<Proc::SettingsField> fields;
+    std::vector<Proc::SettingsField> typedColors; ///< The fields with colours that were typed.
     std::unique_ptr<Proc::Settings const> settings;
     std::vector<Proc::DataHandle> furtherInputs; ///< One for an effect on two pictures.
     Core::Property statistic{""};
