@@ -12,7 +12,7 @@ std::string CleanXmp(std::string const& packet, std::uint32_t width, std::uint32
 /// One packet of the main one of a JPEG file and its extended part. Either may be empty.
 std::string JoinExtendedXmp(std::string const& packet, std::string const& extended);
 
-/// The two parts of a packet that is too long for one segment of a JPEG file (XMP specification, part 3, 1.1.3.1).
+/// The two parts of a packet that is too long for one segment of a JPEG file (XMP, storage in files).
 struct ExtendedXmp {
     std::string packet; ///< Names the extended part.
     std::string extended;
