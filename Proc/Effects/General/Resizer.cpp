@@ -111,7 +111,8 @@ private:
         ConstPlane const alpha = FindClearAlpha(picture);
         if (alpha.IsEmpty()) return;
         PixFmtDescription const& format = picture.GetDescription();
-        VideoHandle const chromaAlpha = MakeChromaMask(*context, alpha, format);
+        bool const isSubsampled = format.chromaShiftX != 0 || format.chromaShiftY != 0;
+        VideoHandle const chromaAlpha = isSubsampled ? MakeChromaMask(*context, alpha, format) : nullptr;
         for (unsigned char i = 0; i < format.planesCount; ++i) {
             PlaneLayout const& layout = format.planes[i];
             bool const holdsAlpha = i == format.alpha.plane;
