@@ -165,6 +165,13 @@ TEST_F(RemoveBackgroundTest, TakesThinAndTinyPictures) {
 
 TEST_F(RemoveBackgroundTest, AsksForDefaultsAloneAndLetsADetectorsErrorPass) {
     Recorder recorder;
+    auto const gives = [this](PixFmt format) {
+        return [this, format](DataHandle& data) { data = MakeFlat(context, format, WIDTH, HEIGHT, {9, 9, 9, 255}); };
+    };
+    recorder.oneInput[1] = gives(PixFmt::RGBA);
+    recorder.oneInput[2] = gives(PixFmt::RGB24);
+    recorder.oneInput[3] = gives(PixFmt::GRAY8);
+    recorder.twoInput[5] = [&](DataHandle& data, ConstDataHandle const&) { gives(PixFmt::GRAY8)(data); };
     auto const recorded = CreateRemoveBackground(MakeShared<RecordingFactory>(recorder), host.GetContext());
     LogCapture const log(30);
     recorded->ProcessData(Pictures{Draw({})});
