@@ -1,0 +1,20 @@
+#include "Tools/velnor/Command.h"
+
+namespace Velnor::Tool {
+
+char const* const EXIT_CODES = R"(Exit codes:
+  0    done
+  1    of several photographs some failed, the others are done
+  2    wrong call: unknown effect or parameter, value of the wrong type or outside its range
+  3    an input is missing, damaged or no picture
+  4    an output exists already, could not be made or could not be written
+  5    over a limit, such as --max-megapixels or --max-memory, or out of memory
+  130  stopped, by Ctrl-C or a signal
+When several photographs are given and none could be done, the code is that of the first failure.)";
+
+std::vector<Command> DeclareCommands(CLI::App& app) {
+    app.footer(EXIT_CODES);
+    return {DeclareApply(app), DeclareCutout(app), DeclareEffects(app), DeclareDescribe(app)};
+}
+
+} // namespace Velnor::Tool
