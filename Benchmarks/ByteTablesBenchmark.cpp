@@ -1,6 +1,6 @@
 // 24 megapixels of RGB through three tables, for every instruction set of the processor, against cv::LUT and memcpy.
 #include "Benchmarks/Ratios.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Kit/ByteTables.h"
 
 #include <benchmark/benchmark.h>
 #include <opencv2/core.hpp>

@@ -1,8 +1,8 @@
 // Whole effect calls against the work at their core, and pixelation against the libraries that do the like.
 #include "Benchmarks/Ratios.h"
-#include "Proc/Effects/Lumetta/Kernels/BalanceTable.h"
-#include "Proc/Effects/Lumetta/Kernels/LevelTables.h"
-#include "Proc/Effects/Lumetta/Kernels/ScaleCurve.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/BalanceTable.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/LevelTables.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"

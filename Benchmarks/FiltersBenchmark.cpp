@@ -2,7 +2,7 @@
 // vignette of a second picture against its conversion and one blend, and oil paint against ImageMagick's on the halved
 // picture and the two resizes.
 #include "Benchmarks/Ratios.h"
-#include "Proc/Effects/Lumetta/Kernels/BokehCore.h"
+#include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"

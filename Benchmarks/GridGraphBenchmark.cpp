@@ -10,8 +10,8 @@
 // seconds and how many times slower than us each peer is, by wall time and, for a machine that is not free, by
 // processor time. The second tells of us alone: nanoseconds of wall time, and peak is what memory came on top.
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/GridCapacities.h"
-#include "Proc/Effects/Lumetta/WorkerTeam.h"
+#include "Proc/Effects/Lumetta/GridCut/GridCapacities.h"
+#include "Proc/Effects/Lumetta/GridCut/WorkerTeam.h"
 #include "Proc/Host/Context.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 

@@ -1,6 +1,6 @@
 // Remapping by a caller's function against OpenCV's, which needs the function's values as a map first.
 #include "Benchmarks/Ratios.h"
-#include "Proc/Effects/Lumetta/Kernels/ImplodeMap.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"

@@ -2,7 +2,8 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS VelnorCore VelnorProc VelnorHost EXPORT VelnorTargets
+install(TARGETS VelnorCore VelnorProc VelnorHost EffectKit EXPORT VelnorTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor)
 install(TARGETS velnor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -14,11 +15,11 @@ endforeach()
 install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 
-foreach(directory Core Proc/Interfaces Proc/Settings Proc/Host)
+foreach(directory Core Proc/Interfaces Proc/Settings Proc/Effects/Kit Proc/Host)
   install(DIRECTORY ${directory}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/${directory} FILES_MATCHING
           PATTERN "*.h" PATTERN "Internal" EXCLUDE PATTERN "Files" EXCLUDE)
 endforeach()
-install(FILES Proc/Effects/Lumetta/Exceptions.h
+install(FILES Proc/Effects/Lumetta/EffectBase.h Proc/Effects/Lumetta/EffectBaseCSC.h Proc/Effects/Lumetta/Exceptions.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/Proc/Effects/Lumetta)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Velnor)

@@ -1,8 +1,8 @@
 // AlphaExtractor: the picture's own alpha as a grey picture (GRAY8). Null where the format has none; extra alpha is not
 // the picture's own.
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 
 namespace Velnor::Proc {

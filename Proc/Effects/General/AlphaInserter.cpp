@@ -3,7 +3,7 @@
 // at the resolution of the chroma. A palette has no place for an alpha of each pixel: such a picture becomes RGBA.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 

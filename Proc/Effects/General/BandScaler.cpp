@@ -1,6 +1,6 @@
 #include "Proc/Effects/General/BandScaler.h"
 
-#include "Proc/Effects/Bands.h"
+#include "Proc/Effects/Kit/Bands.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 // luma does. Alpha, chroma and bytes without a meaning stay.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 
 #include <algorithm>

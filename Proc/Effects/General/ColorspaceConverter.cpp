@@ -4,7 +4,7 @@
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 
 #include <string>

@@ -3,7 +3,7 @@
 // the result is the mask itself.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 
 namespace Velnor::Proc {

@@ -1,12 +1,12 @@
 #include "Proc/Effects/General/FormatConverter.h"
 
-#include "Proc/Effects/Bands.h"
-#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
 #include "Proc/Effects/General/Kernels/PaletteRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/SampleMove.h"
 #include "Proc/Effects/General/WeightedScale.h"
+#include "Proc/Effects/Kit/Bands.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 
 #include <algorithm>
 #include <numeric>

@@ -11,7 +11,7 @@
 #include "Proc/Effects/General/Kernels/BlendRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 

@@ -7,8 +7,8 @@
 #include "Proc/Effects/General/Kernels/GrainField.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 
 #include <algorithm>

@@ -6,7 +6,7 @@
 // new palette.
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 
 #include <algorithm>

@@ -5,11 +5,11 @@
 // The palette holds the mean colour and opacity of each class, of the samples that the picture has: luma and chroma, or
 // red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette
 // picture of class numbers, or, unless that is asked for, the same colours in the format of the input.
-#include "Proc/Effects/Bands.h"
-#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Kit/Bands.h"
+#include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 

@@ -8,12 +8,12 @@
 // 1966, its first radial term). Alpha is interpolated on its own, colours by their alpha: what is clear
 // does not bleed into what is seen. Formats that interleave luma and
 // chroma are remapped in their planar twins; a palette picture becomes an RGBA picture.
-#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/RemapRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 

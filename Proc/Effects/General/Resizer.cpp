@@ -4,14 +4,14 @@
 //     scaled  = each plane of it, or its packed pixels, in as many steps as the filters' lengths ask for
 //     result  = the scaled part, with bars around where the fit asks for them
 //
-#include "Proc/Effects/ClearColours.h"
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/General/RepeatSamples.h"
 #include "Proc/Effects/General/ResizePlan.h"
 #include "Proc/Effects/General/WeightedScale.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 
 namespace Velnor::Proc {
 

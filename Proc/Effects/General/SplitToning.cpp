@@ -9,7 +9,7 @@
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 
 #include <cmath>

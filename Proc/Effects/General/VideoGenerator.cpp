@@ -2,7 +2,7 @@
 // input; of a picture that it is handed it takes time stamp and duration, and nothing else.
 #include "Proc/Effects/General/Kernels/FillContours.h"
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectVideoGenerator.h"
 
 #include <algorithm>

@@ -3,10 +3,10 @@
 //     crop    = the largest rectangle of the result's shape that the picture's frame holds
 //     picture = resizer(crop of remapper(picture))     one similarity; beyond the picture its edges go on
 //
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
-#include "Proc/Effects/Lumetta/Kernels/FaceGeometry.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectAligner.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 #include "Proc/Settings/SettingsResizer.h"

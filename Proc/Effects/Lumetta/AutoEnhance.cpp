@@ -8,9 +8,9 @@
 //
 // The mixes of A with others are done with whatever opacity the blender was left with: half to begin with, and after a
 // call with an intensity the share of that call. Pictures that are enhanced one after the other rely on it.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/MatchTable.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/MatchTable.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Proc/Settings/SettingsEffectBlur.h"

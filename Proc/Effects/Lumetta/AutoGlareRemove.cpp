@@ -5,12 +5,12 @@
 //     glare  = [luma above the threshold] * [little saturation] * [excess]      each a soft step
 //
 // The mask grows a little, since a spot fades out, and its pixels are rebuilt from around by pull-push interpolation.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
+#include "Proc/Effects/Kit/PullPush.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
-#include "Proc/Effects/Lumetta/Kernels/PullPush.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"

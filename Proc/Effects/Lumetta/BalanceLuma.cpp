@@ -5,10 +5,10 @@
 //     factor = by the map's level: up to 2.6 stops for black, down to 0.6 stops for white, 1 in between
 //     pixel  = pixel * factor      the same for all three components: hue stays
 //                                  a brightened pixel's largest component nears 255 and never passes it
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/LumaMap.h"
+#include "Proc/Effects/Lumetta/Kernels/Luma/LumaMap.h"
 #include "Proc/Settings/SettingsEffectBalanceLuma.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // BiColorToning: tints the picture with two colours.
 //
 //     split toning, back to the input's format -> half and half with the input -> vibrance 50 -> brightness +10
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"

@@ -1,7 +1,7 @@
 // BlackWhite: two colours, by a threshold on the grey level. The result is a palette picture and stays one.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 
 #include <cmath>

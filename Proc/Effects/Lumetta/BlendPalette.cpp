@@ -4,10 +4,10 @@
 //     first         =  its colours through the map, by as much as the strength says
 //
 // What sRGB does not hold loses chroma and keeps its lightness and hue.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ColorCube.h"
-#include "Proc/Effects/Lumetta/Kernels/ColorTransfer.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ColorCube.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ColorTransfer.h"
 #include "Proc/Settings/SettingsEffectBlendPalette.h"
 
 #include <algorithm>

@@ -6,10 +6,10 @@
 //     result = blur with the picture over it, less opaque where the blur is bright
 //
 // The work counts in the sum and not in the divisor: the blur is brighter by (1 + sum) / sum, as it is meant to be.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/BokehCore.h"
-#include "Proc/Effects/Lumetta/Kernels/BokehMask.h"
+#include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
+#include "Proc/Effects/Lumetta/Kernels/Blur/BokehMask.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"

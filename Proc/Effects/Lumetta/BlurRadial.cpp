@@ -2,11 +2,11 @@
 // picture moved by +t/4 and -t/4, of that the mean moved by +t/8 and -t/8, and so on, is the mean over 2^n places along
 // the movement after n passes. The cost grows with the logarithm of the length. Short steps come first, so that long
 // ones find a picture that is already smooth along the way. Colours count by their alpha.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/TurnedMean.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Blur/TurnedMean.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
 
 #include <cmath>

@@ -6,10 +6,10 @@
 //
 // With both balances on, the white balance works on the light balance's clip points too, so one reading of the picture
 // serves both.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/LevelTables.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/LevelTables.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 
 #include <cmath>

@@ -4,11 +4,11 @@
 //
 // As a palette picture: what is less than half opaque becomes one entry of its own, which is transparent. In the
 // picture's own format the opacity of each pixel stays.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ColorCounts.h"
-#include "Proc/Effects/Lumetta/Kernels/ErrorDiffusion.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ColorCounts.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ErrorDiffusion.h"
 #include "Proc/Settings/SettingsEffectColorReduce.h"
 
 #include <cstring>

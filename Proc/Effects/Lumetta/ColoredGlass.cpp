@@ -1,11 +1,11 @@
 // ColoredGlass: panes of one colour each, in lead. The panes follow the edges of the picture as closely as is asked
 // for.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/GlassCells.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Style/GlassCells.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Custom: runs a function of the caller's on the picture. When the function throws, the caller's handle is as it was;
 // what the function has written to the picture by then, it has written.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 

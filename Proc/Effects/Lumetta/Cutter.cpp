@@ -4,7 +4,7 @@
 //     patches = views on the padded picture, row by row, left to right
 //
 // The patches take the inputs' place in the caller's vector; there is no other result.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectPad.h"

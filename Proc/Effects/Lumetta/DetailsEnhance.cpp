@@ -5,10 +5,10 @@
 //     luma + fine * (luma - narrow) + coarse * (narrow - wide)
 //
 // Edges are in the base, so they get no halo.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 

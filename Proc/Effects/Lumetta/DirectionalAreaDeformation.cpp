@@ -6,9 +6,9 @@
 // The field and its source are kept until a picture of another size comes; strokes of a picture that failed are taken
 // back. The host's remapping runs on a part of the source, the box and as much around it as the displacements reach. A
 // palette picture that a stroke touches becomes an RGBA picture.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/DisplacementField.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/DisplacementField.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"

@@ -1,11 +1,11 @@
 // DrawFace: draws what the host's detector finds of faces. All lines go into one mask first, so that those of a
 // transparent colour do not add up where they cross.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
-#include "Proc/Effects/Lumetta/Kernels/FaceContours.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Faces/FaceContours.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"
 
 #include <algorithm>

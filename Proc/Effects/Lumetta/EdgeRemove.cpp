@@ -3,10 +3,10 @@
 //     sure    = the mask's opaque part, without its outermost pixels
 //     colour  = the picture's where sure; elsewhere continued from there, by pull-push interpolation
 //     opacity = the mask, narrower and softer as the settings say
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/PullPush.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/PullPush.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectBlur.h"

@@ -1,5 +1,5 @@
 // EmptyEffect: does nothing. The smallest effect, and the one to copy for a new one's frame.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 

@@ -1,8 +1,8 @@
 // EyeExtending: enlarges the eyes of every face by a round, smooth map that the host's remapping samples.
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
-#include "Proc/Effects/Lumetta/Kernels/FaceGeometry.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 

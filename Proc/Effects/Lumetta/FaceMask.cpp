@@ -2,10 +2,10 @@
 //
 //     mask = max over faces of max(chosen parts, min(face, 255 - all parts) for the skin)
 //
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
-#include "Proc/Effects/Lumetta/Kernels/FaceContours.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Faces/FaceContours.h"
 #include "Proc/Settings/SettingsEffectFaceMask.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
 
 #include <string>

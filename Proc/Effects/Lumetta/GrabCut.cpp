@@ -6,7 +6,7 @@
 //     result = mask, with the strokes over it when they are kept
 //
 // Strokes of one kind only mark nothing to be told apart: the result is then a copy of them.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"

@@ -1,8 +1,8 @@
 // Gradient: colours a picture by its grey level. Grey levels become palette indices, the gradient the palette; the base
 // then puts the picture's own brightness under the gradient's colours.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/GradientTable.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/GradientTable.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 
 namespace Velnor::Proc {

@@ -4,9 +4,9 @@
 //     chroma  = mean chroma of the class of the pixel at the sample's upper left
 //
 // The sums behind the means are of 32 bits (see Kernels::ChromaSum).
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ChromaClasses.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ChromaClasses.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 

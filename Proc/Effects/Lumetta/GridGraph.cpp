@@ -4,10 +4,10 @@
 //     pixel           - its neighbours    1 to 1025, by likeness of colour
 //     result          = background value where the cut leaves the sink's side, foreground value elsewhere
 //
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/GridGraphSolver.h"
-#include "Proc/Effects/Lumetta/Kernels/GridCapacities.h"
+#include "Proc/Effects/Lumetta/GridCut/GridCapacities.h"
+#include "Proc/Effects/Lumetta/GridCut/GridGraphSolver.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 

@@ -3,9 +3,9 @@
 //
 //     picture -> a format that is counted (a copy; the picture itself stays)   counts -> settings
 //     draw:      packed colour, curves in the lower right corner, back to the picture's format
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/HistogramReport.h"
+#include "Proc/Effects/Lumetta/Kernels/Luma/HistogramReport.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectHistogram.h"
 

@@ -1,5 +1,5 @@
 // HorizonDetector: says whether the picture shows a horizon, by the two scores of a neural network: no and yes.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"

@@ -1,7 +1,7 @@
 // Implode: pinches the picture towards its centre or bulges it outwards, by a map that the host's remapping samples.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ImplodeMap.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 

@@ -3,7 +3,7 @@
 //     picture = upscaler(painter(downscaler(picture)))     the resizers only where the picture is larger
 //
 // All three are configured for a new frame format or new settings.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsResizer.h"

@@ -3,9 +3,9 @@
 //     factor  = scale curve of the strength, for the picture's shorter side
 //     picture = upscaler(downscaler(picture))      configured for a new frame format or new settings
 //
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ScaleCurve.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 
 namespace Velnor::Proc {

@@ -3,11 +3,11 @@
 //     mask  -> grey, its edge softened
 //     pixel =  pixel * factor[mask][luma of the pixel]    exposure in linear light; a dodge bends off below white
 //                                                         one for all three components: hue and saturation stay
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/BoxMean.h"
-#include "Proc/Effects/Lumetta/Kernels/LumaRow.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/Kernels/Blur/BoxMean.h"
+#include "Proc/Effects/Lumetta/Kernels/Luma/LumaRow.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 

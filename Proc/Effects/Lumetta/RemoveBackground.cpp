@@ -4,13 +4,13 @@
 //     cut     = segmentation of a small copy by the strokes
 //     mask    = the cut, refined at its edge by the picture's own detail
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; over a new one if wanted
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
-#include "Proc/Effects/Lumetta/Kernels/GuidedMatte.h"
-#include "Proc/Effects/Lumetta/Kernels/SubjectStrokes.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Subject/GuidedMatte.h"
+#include "Proc/Effects/Lumetta/Kernels/Subject/SubjectStrokes.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectEdgeRemove.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"

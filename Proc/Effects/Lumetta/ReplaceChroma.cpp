@@ -3,9 +3,9 @@
 //     chromaticity = (a / L, b / L) of OKLab            the same all over an evenly coloured thing, however it is lit
 //     share        = 1 within the tolerance of the key's, fading to 0 over the softness
 //     result       = new colour's + what the pixel's differs from the key's, turned along with the hue; luma as it was
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ColorCube.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ColorCube.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 
 #include <algorithm>

@@ -1,12 +1,12 @@
 // Restorer: an old print. What opening and closing by a small disc take away is thin: scratches and specks are chosen
 // among it by their form and rebuilt from around; grain is smoothed where there is no edge; faded colour is stretched.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
+#include "Proc/Effects/Kit/PullPush.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
-#include "Proc/Effects/Lumetta/Kernels/PullPush.h"
-#include "Proc/Effects/Lumetta/Kernels/Scratches.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Style/Scratches.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
 #include "Proc/Settings/SettingsEffectRestorer.h"

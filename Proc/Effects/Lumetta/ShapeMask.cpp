@@ -1,7 +1,7 @@
 // ShapeMask: replaces the picture by a grey mask of its size, in the form of a shape.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/DrawShape.h"
+#include "Proc/Effects/Lumetta/Kernels/Shapes/DrawShape.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 
 #include <algorithm>

@@ -1,11 +1,11 @@
 // Sketch: a pencil drawing. The luma divided by its blurred self ("colour dodge") leaves lines where it changes;
 // shadows are hatched, the paper is rough, and as much of the colour stays as is asked for.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
-#include "Proc/Effects/Lumetta/Kernels/PencilRows.h"
-#include "Proc/Effects/Lumetta/RequireSetting.h"
+#include "Proc/Effects/Lumetta/Kernels/Style/PencilRows.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
 

@@ -7,7 +7,7 @@
 //
 // So one patch fades into the next over their whole overlap, and where they agree the result is exactly what they show.
 // Patches that are views on one picture know their places; others are laid out as a grid.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"

@@ -6,7 +6,7 @@
 //     result = picture with the work over it, as opaque as the mask says
 //
 // New settings reach no sub-effect by themselves: they make mask and blur stale, and the next picture configures both.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"

@@ -2,10 +2,10 @@
 //
 //     red + temperature, green + tint, blue - temperature      through three tables, kept from one SetSettings to the next
 //     luma of the picture                                      put back by the base
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/LevelTables.h"
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/LevelTables.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 
 namespace Velnor::Proc {

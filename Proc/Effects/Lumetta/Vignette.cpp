@@ -5,7 +5,7 @@
 //     layer  = colour, with mask and alpha as opacity    for a new mask, pixel format or colour
 //     result = picture with the layer over it
 //
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"

@@ -5,10 +5,10 @@
 //
 // Components and bytes are paired by position; `Color` is stored blue first, so the list of formats begins with the
 // blue-first one and the converter brings every red-first picture there.
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/BalanceTable.h"
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/BalanceTable.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
 namespace Velnor::Proc {

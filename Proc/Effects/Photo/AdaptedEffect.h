@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 // LARGEST_AREA. Landmarks come from an ensemble of regression trees (Kazemi and Sullivan 2014), which reads single
 // samples: each face is cut out of the full picture and reduced to a few hundred pixels by the mean over areas, so that
 // noise of a large picture does not move them.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Photo/FaceModel.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"

@@ -1,7 +1,7 @@
 #include "Proc/Effects/Photo/FaceModel.h"
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/MemoryRoom.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectFaceDetector.h"
 
 #include <fstream>

@@ -1,8 +1,8 @@
 #include "Proc/Effects/Photo/MagickSupport.h"
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/FatalError.h"
 #include "Proc/Host/MemoryRoom.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 
 #include <algorithm>
 #include <array>

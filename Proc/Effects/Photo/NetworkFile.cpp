@@ -1,7 +1,7 @@
 #include "Proc/Effects/Photo/NetworkFile.h"
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/PluginLoader.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 
 #include <algorithm>
 #include <cerrno>

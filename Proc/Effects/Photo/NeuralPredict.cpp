@@ -4,7 +4,7 @@
 // settings. Without a smallest side the picture is stretched to the network's input size. With a smallest side of n
 // cells its shape is kept: the shorter side becomes n sixteenths of the shorter side of the input size, the longer one
 // at most four times that; only a network that takes any size can be run so.
-#include "Proc/Effects/Lumetta/EffectBase.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Photo/NetworkFile.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Host/MemoryRoom.h"

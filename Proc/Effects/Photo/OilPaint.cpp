@@ -1,8 +1,8 @@
 // OilPaint: ImageMagick's oil painting. Each pixel takes the colour of the brightness that is most frequent within the
 // brush around it, as in G. J. Holzmann, "Beyond Photography" (1988). Red, green and blue go through the library as
 // they are; alpha stays with the picture and never passes through it.
-#include "Proc/Effects/ClearColours.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Photo/MagickSupport.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"

@@ -1,6 +1,6 @@
 #include "Proc/Effects/Photo/PanoramaSize.h"
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,6 +1,6 @@
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Effects/Photo/MagickSupport.h"
 #include "Proc/Host/Files/BmpReader.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 
 namespace Velnor::Proc::Files {
 namespace {

@@ -1,9 +1,9 @@
 #include "Proc/Host/Files/BmpReader.h"
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/ModuleLoader.h"
 #include "Proc/Host/PluginLoader.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 
 #include <dlfcn.h>
 

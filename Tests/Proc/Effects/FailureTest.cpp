@@ -1,7 +1,7 @@
 // Every effect, with a factory and an allocator that fail at the first call, at the second, and so on, until the effect
 // has what it needs: whoever called it finds everything as it was, and the next picture meets an effect like a new one.
 
-#include "Proc/Effects/Lumetta/SubEffects.h"
+#include "Proc/Effects/Kit/SubEffects.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectCustom.h"

@@ -1,8 +1,8 @@
 // Effects of each kind, of classes that the library of settings does not know, for the tests of the command line.
 
-#include "Proc/Effects/Lumetta/EffectBase.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Interfaces/DefineSettings.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/IEffectRegistry.h"
 #include "Proc/Interfaces/WarningNode.h"
 

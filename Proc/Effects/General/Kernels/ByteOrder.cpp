@@ -1,6 +1,6 @@
 #include "Proc/Effects/General/Kernels/ByteOrder.h"
 
-#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+#include "Proc/Effects/Kit/Targets.h"
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #define VELNOR_BYTE_SHUFFLE

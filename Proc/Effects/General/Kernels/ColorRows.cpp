@@ -1,6 +1,6 @@
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 
-#include "Proc/Effects/Lumetta/Kernels/Targets.h"
+#include "Proc/Effects/Kit/Targets.h"
 
 #include <algorithm>
 #include <bit>

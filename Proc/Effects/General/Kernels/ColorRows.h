@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Effects/Lumetta/Kernels/PackedFormats.h"
+#include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Interfaces/Plane.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "Proc/Effects/General/Kernels/PaletteRows.h"
 
-#include "Proc/Effects/Lumetta/Kernels/ByteTables.h"
+#include "Proc/Effects/Kit/ByteTables.h"
 
 #include <algorithm>
 #include <cstring>

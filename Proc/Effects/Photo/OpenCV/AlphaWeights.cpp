@@ -1,6 +1,6 @@
 #include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 
-#include "Proc/Effects/ClearColours.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 
 #include <opencv2/imgproc.hpp>
 

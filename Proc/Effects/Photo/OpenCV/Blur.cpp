@@ -8,7 +8,7 @@
 // Deviations in pixels are those of the picture: in planes of subsampled chroma they shrink with the resolution.
 // Samples outside of the picture do not count. Alpha is blurred like a colour; a planes mask leaves it out. Colours
 // count by their alpha: what is clear does not bleed into what is seen.
-#include "Proc/Effects/ClearColours.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
 #include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"

@@ -5,7 +5,7 @@
 // no limit. Smaller pictures are mirrored to whole tiles.
 //
 // K. Zuiderveld, "Contrast Limited Adaptive Histogram Equalization", Graphics Gems IV, 1994.
-#include "Proc/Effects/ClearColours.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"

@@ -7,7 +7,7 @@
 //
 // C. Rother, V. Kolmogorov, A. Blake, "GrabCut: Interactive Foreground Extraction using Iterated Graph Cuts", ACM
 // Transactions on Graphics 23(3), 2004.
-#include "Proc/Effects/ClearColours.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Photo/Guarded.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"

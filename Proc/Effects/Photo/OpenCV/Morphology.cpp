@@ -6,7 +6,7 @@
 //
 // Of a luma/chroma picture the luma is changed and the chroma stays; red, green and blue are changed each for itself.
 // Alpha stays.
-#include "Proc/Effects/ClearColours.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"

@@ -7,7 +7,7 @@
 //     s = min(width / (width |cos| + height |sin|), height / (width |sin| + height |cos|))
 //
 // Formats with subsampled chroma are turned at full resolution.
-#include "Proc/Effects/ClearColours.h"
+#include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Photo/AdaptedEffect.h"
 #include "Proc/Effects/Photo/OpenCV/AlphaWeights.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"

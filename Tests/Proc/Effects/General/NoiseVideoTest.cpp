@@ -1,8 +1,8 @@
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 
 #include "Proc/Effects/General/Kernels/GrainField.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/Pictures.h"
 

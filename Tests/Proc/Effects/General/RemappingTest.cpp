@@ -1,7 +1,7 @@
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/Pictures.h"
 

@@ -1,5 +1,5 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Kernels/MatchTable.h"
+#include "Proc/Effects/Lumetta/Kernels/Tables/MatchTable.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"

@@ -1,7 +1,7 @@
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 

@@ -1,9 +1,9 @@
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/DisplacementField.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/DisplacementField.h"
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"

@@ -1,11 +1,11 @@
 // The effects on faces, with a detector whose faces the test gives, and once on a portrait with the host's own.
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/DrawContour.h"
-#include "Proc/Effects/Lumetta/Kernels/FaceGeometry.h"
+#include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
+#include "Proc/Effects/Lumetta/Kernels/Shapes/DrawContour.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectAligner.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"

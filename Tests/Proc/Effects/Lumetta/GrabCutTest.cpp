@@ -1,5 +1,5 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"

@@ -1,5 +1,5 @@
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/ChromaClasses.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ChromaClasses.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/HostRun.h"

@@ -1,5 +1,5 @@
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/HistogramReport.h"
+#include "Proc/Effects/Lumetta/Kernels/Luma/HistogramReport.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectHistogram.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/HostRun.h"

@@ -1,5 +1,5 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 #include "Tests/Support/Pictures.h"

@@ -1,10 +1,10 @@
 #include "Proc/Settings/SettingsEffectImplode.h"
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/ImplodeMap.h"
-#include "Proc/Effects/Lumetta/Kernels/ScaleCurve.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
+#include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"

@@ -1,5 +1,5 @@
 // BalanceLuma and ReduceLocalLuma.
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectBalanceLuma.h"
 #include "Proc/Settings/SettingsEffectReduceLocalLuma.h"
 #include "Tests/Support/ColourPictures.h"

@@ -1,6 +1,6 @@
 // ColorReduce and BlendPalette.
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/ColorTransfer.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/ColorTransfer.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectBlendPalette.h"
 #include "Proc/Settings/SettingsEffectColorReduce.h"
 #include "Tests/Support/ColourPictures.h"

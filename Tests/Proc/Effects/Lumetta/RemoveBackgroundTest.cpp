@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Tests/Support/HostRun.h"
 #include "Tests/Support/LogCapture.h"

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Kernels/OkLab.h"
+#include "Proc/Effects/Lumetta/Kernels/Color/OkLab.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/HostRun.h"

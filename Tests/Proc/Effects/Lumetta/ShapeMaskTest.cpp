@@ -1,7 +1,7 @@
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>

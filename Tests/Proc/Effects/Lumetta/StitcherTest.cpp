@@ -1,6 +1,6 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Tests/Support/Pictures.h"

@@ -1,11 +1,11 @@
 // Radial blur, details, sketch, glass, glare and restoration, with the host's own sub-effects.
 
-#include "Proc/Effects/Lumetta/Exceptions.h"
-#include "Proc/Effects/Lumetta/Kernels/GlassCells.h"
-#include "Proc/Effects/Lumetta/Kernels/HatchStrokes.h"
-#include "Proc/Effects/Lumetta/Kernels/PullPush.h"
-#include "Proc/Effects/Lumetta/Kernels/Scratches.h"
-#include "Proc/Effects/Lumetta/Kernels/TurnedMean.h"
+#include "Proc/Effects/Kit/PullPush.h"
+#include "Proc/Effects/Lumetta/Kernels/Blur/TurnedMean.h"
+#include "Proc/Effects/Lumetta/Kernels/Style/GlassCells.h"
+#include "Proc/Effects/Lumetta/Kernels/Style/HatchStrokes.h"
+#include "Proc/Effects/Lumetta/Kernels/Style/Scratches.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"

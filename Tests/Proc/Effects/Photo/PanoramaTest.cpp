@@ -1,5 +1,5 @@
-#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Effects/Photo/PanoramaSize.h"
+#include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"

@@ -1,6 +1,0 @@
-#include "Proc/Effects/Lumetta/Exceptions.h"
-
-template void Velnor::Details::ThrowDescribed(Velnor::Proc::EffectException, std::string const&,
-                                              boost::source_location const&);
-template void Velnor::Details::ThrowDescribed(Velnor::Proc::FilterException, std::string const&,
-                                              boost::source_location const&);
