@@ -1,17 +1,11 @@
 #pragma once
 
+#include "Proc/Interfaces/PushStroke.h"
 #include "Proc/Interfaces/SettingsFields.h"
 
 #include <vector>
 
 namespace Velnor::Proc {
-
-/// The way of a push brush over a picture, in pixels.
-struct PushStroke {
-    int fromX = 0, fromY = 0;
-    int toX = 0, toY = 0;
-    friend bool operator==(PushStroke const&, PushStroke const&) = default;
-};
 
 /// X,Y>X,Y, strokes separated by semicolons. Empty text is no stroke.
 template <>

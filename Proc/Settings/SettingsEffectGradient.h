@@ -1,14 +1,9 @@
 #pragma once
 
+#include "Proc/Interfaces/GradientStops.h"
 #include "Proc/Interfaces/SettingsFields.h"
 
-#include <cstdint>
-#include <map>
-
 namespace Velnor::Proc {
-
-/// The stops of a colour gradient: a colour for some brightness levels, 0 (black) to 256 (past white).
-using GradientStops = std::map<std::uint16_t, Color>;
 
 /// POSITION:COLOUR, separated by commas: "0:#102040,128:#c08040,256:#ffffff".
 template <>

@@ -10,6 +10,7 @@
 #include "Proc/Settings/SettingsEffectAligner.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
+#include "Proc/Settings/SettingsEffectFaceDetector.h"
 #include "Proc/Settings/SettingsEffectFaceMask.h"
 #include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
+#include "Proc/Interfaces/PushStroke.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Settings/SettingsEffectFaceDetector.h"
+#include "Proc/Interfaces/Face.h"
 #include "Proc/Interfaces/Plane.h"
 
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Settings/SettingsEffectGradient.h"
+#include "Proc/Interfaces/GradientStops.h"
 
 #include <array>
 
