@@ -7,9 +7,9 @@ set(VELNOR_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address,u
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-# The built and the installed tree have the same shape, so that both are linked alike and a module finds its neighbours in
-# both. A path of the build's own would be filled up with colons to the installed one's length, and to the loader nothing
-# between two colons is the current folder.
+# The built and the installed tree have the same shape, so that both are linked alike and a module finds its neighbours
+# in both. A path of the build's own would be filled up with colons to the installed one's length, and to the loader
+# nothing between two colons is the current folder.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
 

@@ -20,8 +20,8 @@ public:
 /// range then counts as that many units here. All operations may be called from any thread.
 class VELNOR_API IProgressController : public IRefCountable, public EventPublisher<IProgressObserver> {
 public:
-    /// Starts anew: the position is 0, and children made before count no more. 0 units count as done. A child that starts
-    /// anew takes nothing back from its parent, which counts it again from where it was.
+    /// Starts anew: the position is 0, and children made before count no more. 0 units count as done. A child that
+    /// starts anew takes nothing back from its parent, which counts it again from where it was.
     virtual void SetRange(std::uint64_t units) = 0;
     virtual void SetPosition(std::uint64_t units) = 0; ///< Clamped to the range; never goes back.
     virtual void Advance(std::uint64_t units) = 0;     ///< Clamped to the range.
@@ -29,7 +29,7 @@ public:
     virtual std::uint64_t GetPosition() const = 0;
     virtual double GetFraction() const = 0; ///< 0 to 1; exactly 1 when all units are done, the children's included.
 
-    /// A controller whose full range is worth `units` of this one. It shares this one's stop request and keeps it alive.
+    /// A controller whose full range is worth `units` of this one, whose stop request it shares; it keeps it alive.
     virtual intrusive_ptr<IProgressController> CreateChild(std::uint64_t units) = 0;
 
     virtual void RequestStop() = 0; ///< Asks the work, that of the children included, to end early.

@@ -72,8 +72,8 @@ struct LoadedPicture {
     std::vector<std::string> warnings; ///< What was lost in reading, a line for a person each.
 };
 
-/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL, raw files of cameras), a regular file, of
-/// several pages the first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is
+/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL, raw files of cameras), a regular file,
+/// of several pages the first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is
 /// whatever the decoder warns of, in what stands beside the pixels too. Throws FileInputException; FileLimitException,
 /// before a pixel is decoded; FileException with TranscodingErrors::OutOfMemory when memory runs out.
 VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectContext& context,

@@ -12,9 +12,9 @@ namespace Velnor::Proc {
 enum class EffectKind : std::uint32_t { OneInput, TwoInput, VarInput };
 
 /// Makes effects by the class identifier of their settings and the name of an implementation. ImplNames::DEFAULT stands
-/// for the implementation registered under that name, else for the framework's own (VELNOR), else for the first one registered. Each Create operation throws
-/// ProcException when nothing of that kind is registered, naming what is. Thread-safe. The order of the virtual
-/// operations is binary contract.
+/// for the implementation registered under that name, else for the framework's own (VELNOR), else for the first one
+/// registered. Each Create operation throws ProcException when nothing of that kind is registered, naming what is.
+/// Thread-safe. The order of the virtual operations is binary contract.
 class VELNOR_API IEffectFactory : public IRefCountable {
 public:
     ~IEffectFactory() override = default;                                                                     // 1st

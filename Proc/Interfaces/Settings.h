@@ -59,8 +59,8 @@ struct SettingsType {
     std::unique_ptr<Settings> (*create)() = nullptr;
     std::vector<SettingsField> (*describe)() = nullptr; ///< In order of declaration.
 
-    /// What the effect's pictures are, in their order; it takes no more. Empty where the class does not say: photographs,
-    /// as many as an effect of the kind takes.
+    /// What the effect's pictures are, in their order; it takes no more. Empty where the class does not say:
+    /// photographs, as many as an effect of the kind takes.
     std::vector<PictureRole> pictures = {};
 
     /// The name that people type: the class identifier without "Settings" or "SettingsEffect", in kebab case.

@@ -8,9 +8,9 @@ namespace Velnor::Proc {
 /// Settings of HorizonDetector, and its verdict.
 class VELNOR_API SettingsEffectHorizonDetector final : public SettingsOf<SettingsEffectHorizonDetector> {
 public:
-    /// The network that is installed with the host, trained on drawn pictures alone. It was right on 96 % of 1,920 drawn
-    /// pictures that it never saw, on the four sample photographs, and on 17 of 19 wallpaper photographs: it overlooks the
-    /// skyline of mountains near by.
+    /// The network that is installed with the host, trained on drawn pictures alone. It was right on 96 % of 1,920
+    /// drawn pictures that it never saw, on the four sample photographs, and on 17 of 19 wallpaper photographs: it
+    /// overlooks the skyline of mountains near by.
     static SettingsEffectNeuralBase DefaultNetwork() {
         SettingsEffectNeuralBase network;
         network.SetModel("horizon.onnx");

@@ -34,9 +34,9 @@ public:
     VELNOR_FIELD(int, Background, 255, "value outside the shape", Range(0, 255))
     VELNOR_SETTINGS_END
 
-    /// Whether the mask is the foreground value everywhere, whatever the size of the frame: the two values are the same,
-    /// or the shape less its feather covers the frame. A shape that is turned (but by half turns) covers some frames and
-    /// not others, so it never counts.
+    /// Whether the mask is the foreground value everywhere, whatever the size of the frame: the two values are the
+    /// same, or the shape less its feather covers the frame. A shape that is turned (but by half turns) covers some
+    /// frames and not others, so it never counts.
     bool IsForegroundOnly() const;
 };
 

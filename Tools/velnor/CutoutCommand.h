@@ -29,9 +29,9 @@ struct CutoutOptions {
 /// Help for one of the settings.
 std::string DescribeCutoutSetting(std::string const& name);
 
-/// Writes the photograph with the mask of the object as its alpha, times that which it had. Warns on stderr when little of
-/// what is painted are marks. Throws Failure: a wrong call, strokes of another size than the photograph or of one kind
-/// only, an output without room for alpha; and what reading and writing throw.
+/// Writes the photograph with the mask of the object as its alpha, times that which it had. Warns on stderr when little
+/// of what is painted are marks. Throws Failure: a wrong call, strokes of another size than the photograph or of one
+/// kind only, an output without room for alpha; and what reading and writing throw.
 ExitCode RunCutout(CutoutOptions const& options);
 
 } // namespace Velnor::Tool

@@ -23,8 +23,8 @@ struct EffectArgument {
 
 /// A part between commas that has no '=' goes on with the value before it, comma included, so that lists need no
 /// quoting: `stops=0:#102040,128:#c08040`. A value that holds a comma and an '=' is put in quotes of either kind, as
-/// `input="a,b=c.jpg"`; a quote within them is written twice. Throws Failure (wrong call) for text without an effect's name, for an empty
-/// part and for a key other than INPUT_PARAMETER given twice.
+/// `input="a,b=c.jpg"`; a quote within them is written twice. Throws Failure (wrong call) for text without an effect's
+/// name, for an empty part and for a key other than INPUT_PARAMETER given twice.
 EffectArgument ParseEffectArgument(std::string_view text);
 
 } // namespace Velnor::Tool

@@ -42,21 +42,21 @@ public:
 
     std::string const& GetName() const { return name; }
 
-    /// Whether the effect makes one picture of all that there are: photographs, or the pieces of one. Any other works on
-    /// one at a time, with its own further pictures.
+    /// Whether the effect makes one picture of all that there are: photographs, or the pieces of one. Any other works
+    /// on one at a time, with its own further pictures.
     bool Joins() const;
 
     /// Whether the effect makes several pictures of one.
     bool Cuts() const;
 
-    /// What the effect makes of one piece, or of all when it joins them. Colours that were typed mean sRGB and are taken
-    /// into the profile of the photograph, or of the first, whose metadata may be null. An extra alpha that the effect
-    /// gives a picture without alpha becomes the picture's own, since files and other effects know no other. Throws what
-    /// the effect throws, and Failure (output) when it gives no picture.
+    /// What the effect makes of one piece, or of all when it joins them. Colours that were typed mean sRGB and are
+    /// taken into the profile of the photograph, or of the first, whose metadata may be null. An extra alpha that the
+    /// effect gives a picture without alpha becomes the picture's own, since files and other effects know no other.
+    /// Throws what the effect throws, and Failure (output) when it gives no picture.
     StepOutcome Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata);
 
-    /// Whether the effect leaves every picture as it is, with these parameters: it is tried on one that shows all sorts of
-    /// things.
+    /// Whether the effect leaves every picture as it is, with these parameters: it is tried on one that shows all sorts
+    /// of things.
     bool ChangesNothing() const;
 
     bool HasResults() const;                                         ///< Whether it is one that finds something out.

@@ -20,8 +20,8 @@ struct OutputPlan {
 /// The output of each photograph, by what -o says:
 /// - a folder, named with a slash at the end or there already: the photograph's own name in it;
 /// - a pattern with {name}, {ext} (the photograph's name without extension, and its extension), {index} (from 1, with
-///   zeros before it so that the files sort), {x} and {y} (where in the photograph a piece of it begins, in pixels, with
-///   zeros likewise);
+///   zeros before it so that the files sort), {x} and {y} (where in the photograph a piece of it begins, in pixels,
+///   with zeros likewise);
 /// - a file, for a single photograph;
 /// - nothing, when no output is wanted.
 /// Photographs that are joined have one output, named after the first. Throws Failure (wrong call) for any other, when

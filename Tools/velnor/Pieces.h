@@ -30,12 +30,12 @@ struct Piece {
 /// What an effect cut the piece into; the pictures know where they lie in it.
 std::vector<Piece> CutPiece(Piece const& piece, std::vector<Proc::DataHandle> const& pictures);
 
-/// The pieces' pictures, each knowing where it lies in the photograph, even when an effect has made it anew or in another
-/// size. Whole photographs are left as they are.
+/// The pieces' pictures, each knowing where it lies in the photograph, even when an effect has made it anew or in
+/// another size. Whole photographs are left as they are.
 std::vector<Proc::DataHandle> PutInPlace(std::vector<Piece> const& pieces, Proc::IEffectContext& context);
 
-/// The picture that an effect has made of the pieces: without what was added to the photograph's right and lower sides so
-/// that the pieces covered it.
+/// The picture that an effect has made of the pieces: without what was added to the photograph's right and lower sides
+/// so that the pieces covered it.
 Piece JoinPieces(std::vector<Piece> const& pieces, Proc::DataHandle const& joined);
 
 } // namespace Velnor::Tool

@@ -54,9 +54,9 @@ public:
     Scaler& operator=(Scaler const&) = delete;
 
     /// Converts and resizes in one go. Formats are those without a palette that libswscale knows. Ratios beyond
-    /// GetLargestShrink are the caller's to split. A target of more than one plane whose planes come out one sample wide
-    /// or high from more than one is the caller's to avoid (see ScaleByMeans). Throws ProcException naming formats and sizes when libswscale
-    /// refuses.
+    /// GetLargestShrink are the caller's to split. A target of more than one plane whose planes come out one sample
+    /// wide or high from more than one is the caller's to avoid (see ScaleByMeans). Throws ProcException naming formats
+    /// and sizes when libswscale refuses.
     void Scale(ScalerSource const& source, ScalerTarget const& target, SettingsResizer::ResizeMethods method);
 
     /// How many times smaller than its source a target may be in one step: filters have at most 204 taps.

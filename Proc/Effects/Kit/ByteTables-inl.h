@@ -6,9 +6,9 @@
 //   class Lookup(Table const&) with Vector operator()(Vector) const.
 //
 // A block is as many vectors as a pixel has bytes, P. With vector j turned by j bytes inside each pixel (P = 2 and 4),
-// or as it comes (P = 3: the bytes of a vector are 1 modulo 3, or 2, when the last two vectors change places), lane l of
-// vector j holds byte (l + j) mod P of a pixel. So the P vectors hold, at any one lane, each byte of the pixel once, and
-// selecting by masks of period P gathers byte k of all pixels in one vector, and brings it back after the lookup.
+// or as it comes (P = 3: the bytes of a vector are 1 modulo 3, or 2, when the last two vectors change places), lane l
+// of vector j holds byte (l + j) mod P of a pixel. So the P vectors hold, at any one lane, each byte of the pixel once,
+// and selecting by masks of period P gathers byte k of all pixels in one vector, and brings it back after the lookup.
 
 inline constexpr std::size_t LANES = VECTOR_BYTES;
 

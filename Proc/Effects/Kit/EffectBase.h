@@ -17,8 +17,8 @@ namespace Velnor::Proc {
 /// derives from one of the three bases at the end of this file (or from EffectBaseCSC), creates its sub-effects in its
 /// constructor and implements ProcessInternal. Errors pass through: the picture is then not counted, no " done" is
 /// logged, and the caller's handle and picture are as they were. For that the work is done on a handle of the base's
-/// own, sub-effects never see the caller's picture but a copy of it (see SubEffect), and an effect writes to the picture
-/// that it was given in its last step alone, when nothing can fail any more.
+/// own, sub-effects never see the caller's picture but a copy of it (see SubEffect), and an effect writes to the
+/// picture that it was given in its last step alone, when nothing can fail any more.
 template <class Interface, class SettingsClass>
 class EffectBase : public Interface {
 public:
@@ -29,8 +29,8 @@ public:
     /// Drops what sub-effects keep between frames; forwarded by the bases that own converters.
     virtual void SubEffectHook() {}
 
-    /// Nothing happens when the settings are equal to the current ones. Otherwise ResetSettings runs first, still seeing
-    /// the old settings: an override marks stale what depends on them.
+    /// Nothing happens when the settings are equal to the current ones. Otherwise ResetSettings runs first, still
+    /// seeing the old settings: an override marks stale what depends on them.
     virtual void SetSettings(SettingsClass const& next) {
         if constexpr (std::equality_comparable<SettingsClass>) {
             if (settings == next) return;

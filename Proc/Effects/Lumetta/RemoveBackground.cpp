@@ -3,7 +3,7 @@
 //     strokes = those given, else persons by their faces, or what stands out, found on a tiny copy
 //     cut     = segmentation of a small copy by the strokes
 //     mask    = the cut, refined at its edge by the picture's own detail
-//     result  = the picture with the mask as its opacity, its edge freed of the old background; over a new one if wanted
+//     result  = the picture with the mask as its opacity, its edge freed of the old background; maybe over a new one
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/RequireSetting.h"

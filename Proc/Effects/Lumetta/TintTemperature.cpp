@@ -1,6 +1,6 @@
 // TintTemperature: shifts red against blue (temperature) and green (tint); brightness stays as it was.
 //
-//     red + temperature, green + tint, blue - temperature      through three tables, kept from one SetSettings to the next
+//     red + temperature, green + tint, blue - temperature      through three tables, kept until the next SetSettings
 //     luma of the picture                                      put back by the base
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"

@@ -31,8 +31,8 @@ void Require(fs::path const& path, int result) {
     if (result != LIBRAW_SUCCESS) Fail(path, LibRaw::strerror(result));
 }
 
-/// Before a sample is read: a number of 16 bits from the sensor, four of them a pixel in development, the result and the
-/// picture.
+/// Before a sample is read: a number of 16 bits from the sensor, four of them a pixel in development, the result and
+/// the picture.
 void RequireLimits(fs::path const& path, libraw_image_sizes_t const& sizes, ReadOptions const& options) {
     constexpr std::uint64_t BYTES = 2 + 4 * 2 + 3 + 3;
     std::error_code error;

@@ -37,8 +37,8 @@ bool TakeWarned();
 /// the same time, one may get the other's reason.
 std::string TakeError();
 
-/// A copy of a field's bytes, since the loaders of HEIC and AVIF hand out some that go with their image; empty where there
-/// is no such field.
+/// A copy of a field's bytes, since the loaders of HEIC and AVIF hand out some that go with their image; empty where
+/// there is no such field.
 std::string GetBlob(VipsImage* image, char const* name);
 
 /// What the library takes beside the pictures: its threads with their stacks, buffers, the heap's steps.

@@ -276,7 +276,7 @@ std::vector<std::string> DescribeLosses(FileKind kind, std::vector<std::string> 
 } // namespace
 
 std::vector<std::string> WriteVipsPicture(fs::path const& path, FileKind kind, IDataVideo const& picture,
-                                           PictureMetadata const* metadata, WriteOptions const& options) {
+                                          PictureMetadata const* metadata, WriteOptions const& options) {
     auto const* const read = dynamic_cast<FileMetadata const*>(metadata);
     RequireRoom(WORKING_ROOM);
     FileMetadata::Fitted fitted;

@@ -13,8 +13,8 @@ struct BlendShape {
     std::array<unsigned char, 4> mask{255, 255, 255, 255};
 };
 
-/// first[k] = (a second[k] + (255 - a) first[k] + 127) / 255, exactly, for the blended bytes k of every pixel, `a` being
-/// the pixel's alpha. The rows may have any alignment and share no byte.
+/// first[k] = (a second[k] + (255 - a) first[k] + 127) / 255, exactly, for the blended bytes k of every pixel, `a`
+/// being the pixel's alpha. The rows may have any alignment and share no byte.
 VELNOR_API void BlendPixels(unsigned char* first, unsigned char const* second, unsigned char const* alpha,
                             std::size_t pixels, BlendShape const& shape);
 

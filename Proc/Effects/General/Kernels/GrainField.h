@@ -13,8 +13,8 @@ namespace Velnor::Proc::Kernels {
 VELNOR_API std::array<std::uint32_t, 4> Philox(std::array<std::uint32_t, 4> counter, std::array<std::uint32_t, 2> key);
 
 /// Noise of mean 0 and deviation 1 at every place of a plane without end, made of one random number per grain and
-/// interpolated smoothly between grains. It has the same deviation everywhere, on grains and between them. All arithmetic
-/// is in integers or in single correctly rounded operations, so the numbers are the same on every machine.
+/// interpolated smoothly between grains. It has the same deviation everywhere, on grains and between them. All
+/// arithmetic is in integers or in single correctly rounded operations, so the numbers are the same on every machine.
 class VELNOR_API GrainField {
 public:
     /// @param size     distance of grains in pixels, 1 or more

@@ -36,8 +36,8 @@ VELNOR_API void SampleRowScalar(ConstPlane const& source, unsigned int sampleByt
 
 constexpr unsigned int NO_ALPHA = 4; ///< Of samples whose bytes are all colours.
 
-/// Writes colours of a row anew, each neighbour counting by its alpha too, where those differ and are not all 0: what is
-/// clear has no colour to give.
+/// Writes colours of a row anew, each neighbour counting by its alpha too, where those differ and are not all 0: what
+/// is clear has no colour to give.
 ///
 /// @param alpha      of the resolution of `source`; one byte a sample, at the distance of its sample bytes
 /// @param alphaByte  of a sample, that is left as it is, or NO_ALPHA

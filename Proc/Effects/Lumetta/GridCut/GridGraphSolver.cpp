@@ -27,8 +27,8 @@
 //
 // Thin edges. Regions and merges are solved with only the wider edges open; the argument holds for that graph. When no
 // boundary is left the set is the whole grid: the active list is seeded as at the start, and again with all edges open.
-// Two workers solve halves of it, kept apart as regions are, after orphans were made of nodes with a parent in the other
-// half. The line between is opened as in a merge; the last solve is of the whole.
+// Two workers solve halves of it, kept apart as regions are, after orphans were made of nodes with a parent in the
+// other half. The line between is opened as in a merge; the last solve is of the whole.
 //
 // Regions. Before the workers start, the flags of all edges between regions are cleared both ways; residuals stay.
 // Every step tests a flag before it touches more of a neighbour than its label, so a worker stays inside the regions

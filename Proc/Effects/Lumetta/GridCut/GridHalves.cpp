@@ -23,8 +23,8 @@ constexpr std::size_t LEAST_ACTIVE = 16;
 /// times as long as fresh ones. On photographs it is one of several thousand.
 constexpr std::uint32_t MANY_ACTIVE = 500;
 
-/// Active nodes to draw a line by. Of 50 000 that lie along an edge every 49th is looked at: their median is then within
-/// a few nodes of the true one, where any place near the middle would do.
+/// Active nodes to draw a line by. Of 50 000 that lie along an edge every 49th is looked at: their median is then
+/// within a few nodes of the true one, where any place near the middle would do.
 constexpr std::size_t SAMPLES = 1024;
 
 } // namespace

@@ -18,7 +18,7 @@ namespace Velnor::Proc {
 /// next one drawn. What is left after some rounds, and needs the whole grid, one worker does.
 class GridHalves {
 public:
-    /// @param workers        do the work while the caller waits; if it is only one, or the grid is small, one does it all
+    /// @param workers        do the work while the caller waits; if it is only one, or the grid is small, it does all
     /// @param first, second  what two workers keep. No region is left to solve, so that those who own these blocks have
     ///                       nothing in them but the flow, to which more is added here; both lists of active nodes are
     ///                       empty.

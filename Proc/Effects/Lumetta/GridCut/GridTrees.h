@@ -85,9 +85,9 @@ static_assert(sizeof(GridWorkerBlock) <= 32);
 /// touches the rest of the tree, and only the parents on the way there change direction: on photographs a twentieth of
 /// the nodes. Distances are guesses that keep paths short; nothing else depends on them.
 ///
-/// A branch turned again and again winds through the grid, and each path along it costs more than the last. So when some
-/// steps a node have been spent the trees are cut down to their roots and grow anew, breadth first: the sooner again the
-/// more paths cost less for it.
+/// A branch turned again and again winds through the grid, and each path along it costs more than the last. So when
+/// some steps a node have been spent the trees are cut down to their roots and grow anew, breadth first: the sooner
+/// again the more paths cost less for it.
 class GridTrees {
 public:
     using StopQuery = std::function<bool()>;

@@ -8,9 +8,9 @@
 
 namespace Velnor::Proc {
 
-/// How much the colours of a plane's samples count in a mean: their alpha, 0 to 255, and a trace where that is 0, so that
-/// among what is clear there are means too. One channel of floats; empty where all count alike, and for a plane of alpha
-/// alone.
+/// How much the colours of a plane's samples count in a mean: their alpha, 0 to 255, and a trace where that is 0, so
+/// that among what is clear there are means too. One channel of floats; empty where all count alike, and for a plane of
+/// alpha alone.
 cv::Mat MakeAlphaWeights(IDataVideo const& picture, unsigned char plane);
 
 /// A blur that is linear, of any number of channels of floats.

@@ -17,8 +17,8 @@ struct GuidedSmoothing {
 ///     result = mean(keep) * value + mean((1 - keep) * mean) + sharpen * mean(keep) * detail
 ///     detail = value - value blurred by a gaussian of deviation 1.5
 ///
-/// Rows are handled one after another: beside the two planes it holds twice the window's rows, in floats. Outside of the
-/// plane its samples are mirrored.
+/// Rows are handled one after another: beside the two planes it holds twice the window's rows, in floats. Outside of
+/// the plane its samples are mirrored.
 ///
 /// @param source   8 bits, any number of channels, each smoothed for itself
 /// @param weights  how much a sample counts in means, above 0: floats of one channel; empty where all count alike

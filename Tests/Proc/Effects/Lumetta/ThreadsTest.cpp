@@ -1,5 +1,5 @@
-// Threads that the plug-in starts: the cut's twelve, and none elsewhere. A program of its own, for it stands between all
-// of its libraries and the system's way to create a thread.
+// Threads that the plug-in starts: the cut's twelve, and none elsewhere. A program of its own, for it stands between
+// all of its libraries and the system's way to create a thread.
 
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
@@ -27,7 +27,7 @@ std::atomic<int> started = 0;          ///< From the plug-in.
 std::atomic<int> startedElsewhere = 0; ///< As those of the host, on the plug-in's behalf.
 std::atomic<int> available = INT_MAX;  ///< To the plug-in.
 
-/// Whether the call comes from the plug-in: its is the first code above that of the language's and the system's libraries.
+/// Whether the call comes from the plug-in: its is the first code above the language's and the system's libraries.
 bool IsCalledByPlugin() {
     std::array<void*, 24> frames{};
     int const count = backtrace(frames.data(), static_cast<int>(frames.size()));

@@ -1,5 +1,5 @@
-// The sums of BOKEH_ROWS x BLOCK_SAMPLES samples, kept in registers. Included once for each instruction set, with Vector,
-// Load, Store, Fill, AddProduct, LANES and VECTORS; no guard, therefore.
+// The sums of BOKEH_ROWS x BLOCK_SAMPLES samples, kept in registers. Included once for each instruction set, with
+// Vector, Load, Store, Fill, AddProduct, LANES and VECTORS; no guard, therefore.
 //
 // Rows of samples are taken one after the other, and each of their samples goes to the rows of the picture that have a
 // weight for it: so every sum meets its products in the order of the kernel, row by row.

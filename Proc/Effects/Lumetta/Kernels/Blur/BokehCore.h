@@ -32,14 +32,14 @@ struct PaddedPicture {
     std::vector<float> values;
 };
 
-/// Amplifies a picture of 3 bytes a pixel and mirrors it around its edge pixels: half a kernel (rounded down) to the left
-/// and above, the rest to the right and below. The kernel must be smaller than the picture in both directions.
-/// The bottom is anchored at the end of the buffer, whose length is a multiple of 8 floats: where the rows do not fill it,
-/// the first floats of each row below the picture are those of two rows further.
+/// Amplifies a picture of 3 bytes a pixel and mirrors it around its edge pixels: half a kernel (rounded down) to the
+/// left and above, the rest to the right and below. The kernel must be smaller than the picture in both directions.
+/// The bottom is anchored at the end of the buffer, whose length is a multiple of 8 floats: where the rows do not fill
+/// it, the first floats of each row below the picture are those of two rows further.
 PaddedPicture PadPicture(ConstPlane const& picture, BokehKernel const& kernel, double threshold, double gain);
 
-/// The picture plus its correlation with the weights, rows of `samples` floats. Per sample, products are added one by one
-/// in the order of the weights, without fused multiply-add; weights of 0 count for nothing.
+/// The picture plus its correlation with the weights, rows of `samples` floats. Per sample, products are added one by
+/// one in the order of the weights, without fused multiply-add; weights of 0 count for nothing.
 std::vector<float> Convolve(PaddedPicture const& picture, BokehKernel const& kernel);
 
 /// The meaning of Convolve in plain loops: every other way gives the same floats.

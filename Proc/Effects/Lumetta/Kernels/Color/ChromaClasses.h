@@ -7,8 +7,8 @@
 
 namespace Velnor::Proc::Kernels {
 
-/// Chroma of one class of pixels: sums while they are added up, then means. The sums are of 32 bits and wrap, in a class
-/// of more than 16.8 million samples of 255.
+/// Chroma of one class of pixels: sums while they are added up, then means. The sums are of 32 bits and wrap, in a
+/// class of more than 16.8 million samples of 255.
 struct ChromaSum {
     std::uint32_t blue = 0;
     std::uint32_t red = 0;

@@ -16,8 +16,8 @@ struct WeightedColor {
     std::uint32_t bin = 0; ///< Where it was counted: unlike for any two, so that orders are total.
 };
 
-/// Colours of a picture in 64 x 64 x 64 bins, each with the mean of what fell into it: picked up in one pass, few enough
-/// for work in floating point.
+/// Colours of a picture in 64 x 64 x 64 bins, each with the mean of what fell into it: picked up in one pass, few
+/// enough for work in floating point.
 struct ColorCounts {
     std::vector<WeightedColor> colors; ///< Of the bins that are not empty, by bin. Transparent pixels do not count.
     bool hasTransparent = false;       ///< Whether a pixel's opacity is below 128.

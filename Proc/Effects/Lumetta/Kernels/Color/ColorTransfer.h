@@ -20,8 +20,8 @@ ColorSpread MeasureSpread(std::vector<WeightedColor> const& colors);
 
 /// The linear map that carries one Gaussian onto another with the least movement of colours (the Monge-Kantorovich
 /// solution; F. Pitie, A. Kokaram, "The linear Monge-Kantorovitch linear colour mapping for example-based colour
-/// transfer", CVMP 2007). Unlike matching each axis by itself it follows correlated colours, and unlike a Cholesky factor
-/// it does not turn hues into each other. Directions in which a picture hardly varies are stretched no more than
+/// transfer", CVMP 2007). Unlike matching each axis by itself it follows correlated colours, and unlike a Cholesky
+/// factor it does not turn hues into each other. Directions in which a picture hardly varies are stretched no more than
 /// MOST_STRETCH: that would be noise and banding.
 class ColorTransfer {
 public:

@@ -13,8 +13,8 @@ inline Contour MakeContour(Face const& face, Face::Part const& part, bool isClos
     return {{points.begin(), points.end()}, isClosed, false, 0};
 }
 
-/// The outline of a face: the jaw, and over the forehead, where there are no landmarks, half an ellipse that rises above
-/// the ears by two thirds of what the chin lies below them.
+/// The outline of a face: the jaw, and over the forehead, where there are no landmarks, half an ellipse that rises
+/// above the ears by two thirds of what the chin lies below them.
 inline Contour MakeFaceOutline(Face const& face) {
     constexpr int STEPS = 16;
     constexpr float RISE = 0.67F;

@@ -32,9 +32,9 @@ public:
         return static_cast<std::uint32_t>(width) == otherWidth && static_cast<std::uint32_t>(height) == otherHeight;
     }
 
-    /// Adds the push of a round brush along a stroke: `strength` % of a fifth of the brush's diameter within a quarter of
-    /// its radius around the stroke, falling to nothing at the brush's rim; two pushes the same way add up to the larger
-    /// of the two. Returns the box that the stroke may have touched.
+    /// Adds the push of a round brush along a stroke: `strength` % of a fifth of the brush's diameter within a quarter
+    /// of its radius around the stroke, falling to nothing at the brush's rim; two pushes the same way add up to the
+    /// larger of the two. Returns the box that the stroke may have touched.
     /// @param size      diameter in pixels, 0 or more
     /// @param strength  percent, finite, 0 or more
     Box AddStroke(PushStroke const& stroke, int size, double strength);

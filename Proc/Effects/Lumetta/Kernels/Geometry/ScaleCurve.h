@@ -16,8 +16,8 @@ struct ScaleCurve {
 double Evaluate(ScaleCurve const& curve, double x);
 
 /// The factor by which pixelation shrinks a picture: 1 at strength 0, at strength 100 the one that makes the shorter
-/// side 32 pixels long, in between a smoothstep of 100 / (strength + 1): steep up to about 10, nearly flat from 20 on. A picture
-/// whose shorter side is under 32 pixels is enlarged.
+/// side 32 pixels long, in between a smoothstep of 100 / (strength + 1): steep up to about 10, nearly flat from 20 on.
+/// A picture whose shorter side is under 32 pixels is enlarged.
 /// @param strength       0 to 100; any other gives a factor between the two ends, -1 and NaN that of strength 100
 /// @param width, height  in pixels, 1 or more
 double PixelateScale(double strength, unsigned int width, unsigned int height);

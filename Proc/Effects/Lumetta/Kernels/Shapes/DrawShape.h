@@ -21,9 +21,9 @@ struct MaskShape {
 
 /// Writes every byte of the plane. The level runs from `outside` at the outline to `inside` at its core, which is the
 /// shape made smaller by the feather, along a curve whose slope and curvature vanish at both ends, so that neither end
-/// shows (the quintic of K. Perlin, "Improving Noise", SIGGRAPH 2002). Between core and outline the level depends on the
-/// distance from the core alone: corners of the outline are at least as round as the edge is wide, and no crease leads
-/// to them. Edges narrower than a pixel cover one pixel linearly.
+/// shows (the quintic of K. Perlin, "Improving Noise", SIGGRAPH 2002). Between core and outline the level depends on
+/// the distance from the core alone: corners of the outline are at least as round as the edge is wide, and no crease
+/// leads to them. Edges narrower than a pixel cover one pixel linearly.
 void DrawShape(MutablePlane const& plane, MaskShape const& shape);
 
 } // namespace Velnor::Proc::Kernels

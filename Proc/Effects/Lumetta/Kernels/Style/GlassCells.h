@@ -17,8 +17,8 @@ struct CellShape {
     std::uint32_t seed = 1;
 };
 
-/// The cells of a picture: the number of each pixel's cell, row by row, and of each cell the mean colour and the side of
-/// the square that it began in.
+/// The cells of a picture: the number of each pixel's cell, row by row, and of each cell the mean colour and the side
+/// of the square that it began in.
 struct GlassCells {
     std::uint32_t width = 0;
     std::vector<std::uint32_t> labels;

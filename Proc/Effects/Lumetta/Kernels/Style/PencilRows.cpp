@@ -11,7 +11,7 @@
 namespace Velnor::Proc::Kernels {
 namespace {
 
-constexpr int DODGE_FLOOR = 6;  ///< Levels added to both sides of the dodge: the grain of blacks draws no lines.
+constexpr int DODGE_FLOOR = 6; ///< Levels added to both sides of the dodge: the grain of blacks draws no lines.
 constexpr float SMUDGE = 0.6F; ///< Graphite rubbed into the darkest tones, of what full hatching puts there.
 
 } // namespace
