@@ -1,8 +1,8 @@
 // Blending with a mask, whole effect call, against the same arithmetic in OpenCV.
 #include "Benchmarks/Ratios.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/StandardHost/StandardHost.h"
 
 #include <benchmark/benchmark.h>
 #include <opencv2/imgproc.hpp>
@@ -37,7 +37,7 @@ VideoHandle ToPicture(IEffectContext& context, cv::Mat const& picture) {
 }
 
 void BlendCall(benchmark::State& state) {
-    Host host;
+    StandardHost host;
     auto const effect =
         host.GetFactory()->CreateTwoInputEffect(SettingsEffectImageBlender::CLASS_ID, ImplNames::DEFAULT);
     effect->SetSettings(SettingsEffectImageBlender());

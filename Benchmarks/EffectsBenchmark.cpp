@@ -3,11 +3,11 @@
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/BalanceTable.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/LevelTables.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
+#include "Proc/StandardHost/StandardHost.h"
 
 #include <benchmark/benchmark.h>
 #include <glog/logging.h>
@@ -26,7 +26,7 @@ using namespace Proc;
 
 /// The host with the plug-in, logging nothing.
 Host& TheHost() {
-    static Host host;
+    static StandardHost host;
     [[maybe_unused]] static bool const loaded = [] {
         FLAGS_minloglevel = google::GLOG_ERROR;
         host.LoadPlugin(LUMETTA_FILE);

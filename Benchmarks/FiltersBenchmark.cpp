@@ -3,7 +3,6 @@
 // picture and the two resizes.
 #include "Benchmarks/Ratios.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
@@ -11,6 +10,7 @@
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsEffectVignette.h"
 #include "Proc/Settings/SettingsResizer.h"
+#include "Proc/StandardHost/StandardHost.h"
 
 #include <Magick++.h>
 #include <benchmark/benchmark.h>
@@ -81,7 +81,7 @@ void BokehOpenCv(benchmark::State& state, int size) {
 }
 
 Host& TheHost() {
-    static Host host;
+    static StandardHost host;
     [[maybe_unused]] static bool const loaded = [] {
         FLAGS_minloglevel = google::GLOG_ERROR;
         host.LoadPlugin(LUMETTA_FILE);

@@ -1,11 +1,11 @@
 // Remapping by a caller's function against OpenCV's, which needs the function's values as a map first.
 #include "Benchmarks/Ratios.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/StandardHost/StandardHost.h"
 
 #include <benchmark/benchmark.h>
 #include <glog/logging.h>
@@ -48,7 +48,7 @@ VideoHandle MakePicture(Host& host, PixFmt format) {
 }
 
 void Ours(benchmark::State& state, PixFmt format) {
-    Host host;
+    StandardHost host;
     auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsEffectRemapping::CLASS_ID, ImplNames::DEFAULT);
     effect->SetSettings(SettingsEffectRemapping(Swirl()));
     VideoHandle const picture = MakePicture(host, format);
@@ -60,7 +60,7 @@ void Ours(benchmark::State& state, PixFmt format) {
 
 void Implode(benchmark::State& state) {
     FLAGS_minloglevel = google::GLOG_ERROR;
-    Host host;
+    StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);
     auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsEffectImplode::CLASS_ID, ImplNames::VELNOR);
     VideoHandle const picture = MakePicture(host, PixFmt::RGB24);
@@ -73,7 +73,7 @@ void Implode(benchmark::State& state) {
 /// A stroke of 200 pixels on a picture whose field and source are there, as while a person paints.
 void PushStroke(benchmark::State& state) {
     FLAGS_minloglevel = google::GLOG_ERROR;
-    Host host;
+    StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);
     auto const effect =
         host.GetFactory()->CreateOneInputEffect(SettingsEffectDirectionalAreaDeformation::CLASS_ID, ImplNames::VELNOR);
@@ -90,7 +90,7 @@ void PushStroke(benchmark::State& state) {
 
 /// With the pictures and maps that are there: what the function and the call alone cost.
 void OpenCv(benchmark::State& state, PixFmt format, int type, Map const& map) {
-    Host host;
+    StandardHost host;
     VideoHandle const picture = MakePicture(host, format);
     MutablePlane const plane = picture->GetMutablePlane(0);
     cv::Mat const source(HEIGHT, WIDTH, type, plane.GetData(), static_cast<std::size_t>(plane.GetStride()));

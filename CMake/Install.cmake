@@ -2,7 +2,7 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS VelnorCore VelnorProc VelnorHost EffectKit EXPORT VelnorTargets
+install(TARGETS VelnorCore VelnorProc EffectKit VelnorHost VelnorStandardHost EXPORT VelnorTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor)
@@ -15,7 +15,7 @@ endforeach()
 install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 
-foreach(directory Core Proc/Interfaces Proc/Settings Proc/Effects/Kit Proc/Host)
+foreach(directory Core Proc/Interfaces Proc/Settings Proc/Effects/Kit Proc/Host Proc/StandardHost)
   install(DIRECTORY ${directory}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/${directory} FILES_MATCHING
           PATTERN "*.h" PATTERN "Internal" EXCLUDE PATTERN "Files" EXCLUDE)
 endforeach()
@@ -27,5 +27,6 @@ configure_package_config_file(CMake/VelnorConfig.cmake.in ${PROJECT_BINARY_DIR}/
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VelnorConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VelnorConfig.cmake ${PROJECT_BINARY_DIR}/VelnorConfigVersion.cmake
+              CMake/AddPlugin.cmake CMake/Registrator.map
         DESTINATION ${package_dir})
 install(EXPORT VelnorTargets NAMESPACE Velnor:: DESTINATION ${package_dir})

@@ -1,7 +1,5 @@
 #include "Proc/Host/Host.h"
 
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Effects/Photo/RegisterPhotoEffects.h"
 #include "Proc/Host/Context.h"
 #include "Proc/Host/Factory.h"
 #include "Proc/Host/PluginLoader.h"
@@ -17,9 +15,9 @@ struct Host::State {
     FactoryHandle factory = MakeShared<Factory>(registry, context);
 };
 
-Host::Host(MemoryLimits const& pictures) : state(std::make_unique<State>(pictures)) {
-    RegisterGeneralEffects(*state->registry);
-    RegisterPhotoEffects(*state->registry);
+Host::Host(std::function<void(IEffectRegistry&)> const& registerEffects, MemoryLimits const& pictures)
+    : state(std::make_unique<State>(pictures)) {
+    registerEffects(*state->registry);
 }
 
 Host::~Host() = default;

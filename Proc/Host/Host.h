@@ -4,6 +4,7 @@
 #include "Proc/Interfaces/IEffectRegistry.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,9 +19,10 @@ struct RegisteredEffect {
     std::string origin; ///< "host", or the file name of the plug-in.
 };
 
-/// The reference host: the registry with the host's own effects, plug-ins, the factory and the pictures' allocator.
+/// The reference host: the registry, plug-ins, the factory and the pictures' allocator. It knows no effect: whoever makes
+/// it says which are its own. StandardHost is the one with those that come with it.
 ///
-///     Host host;
+///     Host host([](IEffectRegistry& registry) { RegisterGeneralEffects(registry); });
 ///     host.LoadPlugin("libLumetta.so");
 ///     auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsEffectPixelate::CLASS_ID,
 ///                                                                 ImplNames::DEFAULT);
@@ -32,9 +34,10 @@ struct RegisteredEffect {
 /// its classes may live on.
 class VELNOR_API Host {
 public:
-    /// Registers the host's own effects.
-    explicit Host(MemoryLimits const& pictures = MemoryLimits());
-    ~Host();
+    /// @param registerEffects  registers the host's own effects, of which others are made; what it throws passes through
+    explicit Host(std::function<void(IEffectRegistry&)> const& registerEffects,
+                  MemoryLimits const& pictures = MemoryLimits());
+    virtual ~Host();
     Host(Host const&) = delete;
     Host& operator=(Host const&) = delete;
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 namespace Velnor::Proc::Testing {
@@ -30,7 +30,7 @@ struct HostRun {
         return Apply(SettingsColorspaceConverter(format, true), picture);
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
 

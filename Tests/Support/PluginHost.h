@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Proc/Host/Host.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 namespace Velnor::Proc::Testing {
 
 /// The host of a whole test program, with the plug-in as its file has it.
 inline Host& PluginHost() {
-    static Host host{GuardedPictures()};
+    static StandardHost host{GuardedPictures()};
     static bool const isLoaded = (host.LoadPlugin(LUMETTA_FILE), true);
     (void)isLoaded;
     return host;

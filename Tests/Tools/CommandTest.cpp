@@ -1,6 +1,6 @@
-#include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/SettingsText.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColorProfiles.h"
 #include "Tests/Tools/RunCommand.h"
 
@@ -81,7 +81,7 @@ protected:
         EXPECT_EQ(Files(), before);
     }
 
-    Proc::Host host;
+    Proc::StandardHost host;
     fs::path const folder;
 };
 

@@ -2,6 +2,7 @@
 
 #include "Proc/Host/PluginLoader.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/Suggestions.h"
@@ -45,7 +46,8 @@ Proc::RegisteredEffect const& CatalogueEntry::GetDefault() const {
     return implementations.front();
 }
 
-EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins) : host(std::make_unique<Proc::Host>()) {
+EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins)
+    : host(std::make_unique<Proc::StandardHost>()) {
     LoadPlugins(*host, plugins);
     for (Proc::RegisteredEffect const& effect : host->GetEffects()) {
         auto const known = std::ranges::find(entries, effect.classId, &CatalogueEntry::classId);

@@ -1,10 +1,10 @@
 // Effects on a piece of a photograph, against pictures that were looked at once. Scripts/goldens makes them anew; look
 // at each before it is committed.
 
-#include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -55,7 +55,7 @@ DataHandle ReadPart(Host& host, Input const& input) {
 
 TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
     Golden const& golden = GetParam();
-    Host host;
+    StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);
     auto const effect = host.GetFactory()->CreateEffect(golden.classId, ImplNames::DEFAULT);
     auto const settings = SettingsType::Find(golden.classId)->create();

@@ -4,6 +4,7 @@
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
+#include "Proc/StandardHost/StandardHost.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +18,7 @@ namespace Velnor::Proc {
 namespace {
 
 TEST(Host, OffersItsOwnEffectsAndThoseOfTheInstalledPlugins) {
-    Host host;
+    StandardHost host;
     std::vector<RegisteredEffect> const own = host.GetEffects();
     ASSERT_FALSE(own.empty());
     EXPECT_TRUE(std::ranges::all_of(own, [](RegisteredEffect const& effect) { return effect.origin == "host"; }));
@@ -35,8 +36,19 @@ TEST(Host, OffersItsOwnEffectsAndThoseOfTheInstalledPlugins) {
     EXPECT_EQ(host.GetEffects().size(), count);
 }
 
+TEST(Host, HasTheEffectsThatItIsHandedAlone) {
+    EXPECT_TRUE(Host([](IEffectRegistry&) {}).GetEffects().empty());
+    Host const host([](IEffectRegistry& registry) {
+        registry.RegisterTwoInputEffect(
+            "SettingsMine", "Mine", [](auto&, auto&) { return intrusive_ptr<IEffect>(); }, nullptr);
+    });
+    ASSERT_EQ(host.GetEffects().size(), 1U);
+    EXPECT_EQ(host.GetEffects()[0].classId + host.GetEffects()[0].origin, "SettingsMinehost");
+    EXPECT_THROW(Host([](IEffectRegistry&) { VELNOR_THROW(ProcException, "none today"); }), ProcException);
+}
+
 TEST(Host, EffectsAndPicturesOutliveIt) {
-    auto host = std::make_unique<Host>();
+    auto host = std::make_unique<StandardHost>();
     host->LoadInstalledPlugins();
     auto const effect = host->GetFactory()->CreateOneInputEffect(SettingsEffectPixelate::CLASS_ID, ImplNames::DEFAULT);
     SettingsEffectPixelate settings;

@@ -1,11 +1,11 @@
 // Alpha extractor, alpha inserter and extra alpha extractor.
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/Refusal.h"
@@ -32,7 +32,7 @@ protected:
         return VideoHandle(&AsVideo(first));
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
     intrusive_ptr<ITwoInputEffectVideo> const inserter =
         host.GetFactory()->CreateTwoInputEffect(SettingsEffectAlphaInserter::CLASS_ID, ImplNames::DEFAULT);

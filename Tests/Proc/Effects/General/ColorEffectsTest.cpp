@@ -1,6 +1,5 @@
 // Colour balance, vibrance, split toning and posterize.
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -8,6 +7,7 @@
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 
@@ -58,7 +58,7 @@ protected:
         return {bytes.begin(), bytes.end()};
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
 

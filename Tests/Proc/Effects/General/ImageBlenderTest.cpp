@@ -1,8 +1,8 @@
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/Refusal.h"
@@ -36,7 +36,7 @@ protected:
         return VideoHandle(&AsVideo(data));
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
     intrusive_ptr<ITwoInputEffectVideo> const effect =
         host.GetFactory()->CreateTwoInputEffect(Blend::CLASS_ID, ImplNames::DEFAULT);

@@ -1,9 +1,9 @@
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 
 #include "Proc/Effects/General/Kernels/GrainField.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ protected:
         EXPECT_EQ(data->GetPixFmt(), format);
         return Samples(AsVideo(data));
     }
-    Host host;
+    StandardHost host;
 };
 
 TEST_F(NoiseTest, IsAFunctionOfTheSeedAloneAndOfKnownBytes) {

@@ -1,8 +1,8 @@
 #include "Proc/Effects/General/RegisterGeneralEffects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectPad.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/Refusal.h"
@@ -26,7 +26,7 @@ protected:
         return RefusalOf([&] { Apply(settings, data); });
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
     intrusive_ptr<IOneInputEffectVideo> const effect =
         host.GetFactory()->CreateOneInputEffect(S::CLASS_ID, ImplNames::DEFAULT);

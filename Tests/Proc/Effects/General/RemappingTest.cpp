@@ -1,8 +1,8 @@
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ protected:
         return VideoHandle(&AsVideo(effect->ProcessData(std::vector<DataHandle>{picture})));
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
     intrusive_ptr<IOneInputEffectVideo> effect =
         host.GetFactory()->CreateOneInputEffect(SettingsEffectRemapping::CLASS_ID, ImplNames::DEFAULT);

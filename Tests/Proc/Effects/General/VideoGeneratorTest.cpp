@@ -1,8 +1,8 @@
 #include "Proc/Settings/SettingsEffectVideoGenerator.h"
 
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ protected:
         settings.SetSize({101, 75, 1, 1});
         return settings;
     }
-    Host host;
+    StandardHost host;
 };
 
 TEST_F(VideoGeneratorTest, NeedsNoPictureAndIgnoresTheOneItGets) {

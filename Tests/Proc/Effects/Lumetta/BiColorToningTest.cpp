@@ -1,7 +1,7 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
@@ -83,7 +83,7 @@ TEST_F(BiColorToningTest, AConverterThatFailedIsConfiguredAgain) {
 }
 
 TEST(BiColorToning, WithTheHostTintsShadowsAndHighlightsOfEveryFormat) {
-    Host host;
+    StandardHost host;
     Registrator(&host.GetRegistry());
     auto const effect =
         host.GetFactory()->CreateOneInputEffect(SettingsEffectBiColorToning::CLASS_ID, ImplNames::DEFAULT);

@@ -1,8 +1,8 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
@@ -35,7 +35,7 @@ std::vector<std::uint32_t> Columns(Pictures const& patches) {
 }
 
 struct CutterTest : ::testing::Test {
-    Host host;
+    StandardHost host;
     intrusive_ptr<IEffect> const effect = CreateCutter(host.GetFactory(), host.GetContext());
 
     Pictures Run(SettingsEffectCutter const& settings, std::uint32_t width, std::uint32_t height,

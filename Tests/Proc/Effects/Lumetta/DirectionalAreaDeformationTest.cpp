@@ -2,9 +2,9 @@
 
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/DisplacementField.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
@@ -117,7 +117,7 @@ protected:
         return *AsVideo(ConstDataHandle(data)).GetPlane(0).GetOffsetPtr(x, y);
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
 

@@ -1,7 +1,7 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectEdgeRemove.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gmock/gmock.h>
@@ -20,7 +20,7 @@ constexpr std::uint32_t LAST = 33;
 
 /// A red object on green, mixed half and half in the columns on both sides of it, where the mask is at a half.
 struct EdgeRemoveTest : ::testing::Test {
-    Host host;
+    StandardHost host;
     intrusive_ptr<IEffect> const effect = CreateEdgeRemove(host.GetFactory(), host.GetContext());
     VideoHandle picture = host.GetContext()->CreateImage(PixFmt::RGB24, FrameFormat::Square(SIDE, SIDE));
     VideoHandle mask = host.GetContext()->CreateImage(PixFmt::GRAY8, FrameFormat::Square(SIDE, SIDE));

@@ -3,7 +3,6 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Effects/Lumetta/Kernels/Shapes/DrawContour.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
@@ -14,6 +13,7 @@
 #include "Proc/Settings/SettingsEffectFaceMask.h"
 #include "Proc/Settings/SettingsEffectFaceThinning.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
@@ -232,7 +232,7 @@ TEST_F(FaceEffects, RefuseWhatIsNoStrength) {
 }
 
 TEST(FaceEffectsOnAPortrait, ChangeTheFaceAlone) {
-    Host host;
+    StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);
     LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/Samples/astronaut.png", *host.GetContext());
     for (std::string const& id : {SettingsEffectEyeExtending::CLASS_ID, SettingsEffectFaceThinning::CLASS_ID}) {

@@ -3,9 +3,9 @@
 #include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
@@ -91,7 +91,7 @@ TEST(Implode, TheMapIsMadeAnewForEachFrameAndSurvivesNewSettings) {
 }
 
 TEST(Implode, ModeZeroShrinksTheMiddleAndTheOtherEnlargesIt) {
-    Host host;
+    StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);
     // A white square in the middle of a black picture: how many pixels it covers afterwards.
     auto const whiteAfter = [&](double strength, SettingsEffectImplode::Mode mode) {

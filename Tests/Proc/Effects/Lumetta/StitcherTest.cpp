@@ -1,8 +1,8 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
@@ -29,7 +29,7 @@ std::vector<unsigned char> Content(IDataVideo const& picture) {
 }
 
 struct StitcherTest : ::testing::Test {
-    Host host;
+    StandardHost host;
     intrusive_ptr<IEffect> const cutter = CreateCutter(host.GetFactory(), host.GetContext());
     intrusive_ptr<IEffect> const effect = CreateStitcher(host.GetFactory(), host.GetContext());
 

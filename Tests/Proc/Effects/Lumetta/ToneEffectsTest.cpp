@@ -1,5 +1,4 @@
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -7,6 +6,7 @@
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 
 #include <gtest/gtest.h>
@@ -45,7 +45,7 @@ protected:
         return bytes;
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
 

@@ -1,9 +1,9 @@
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
 #include "Proc/Effects/Lumetta/Effects.h"
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
@@ -36,7 +36,7 @@ protected:
         return static_cast<IEffect&>(*effect).ProcessData({data});
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
 

@@ -1,4 +1,3 @@
-#include "Proc/Host/Host.h"
 #include "Proc/Interfaces/IResize.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
@@ -10,6 +9,7 @@
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsResizer.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/Refusal.h"
 
@@ -60,7 +60,7 @@ protected:
         return picture.GetPlane(0).GetRow(static_cast<std::uint64_t>(y))[x];
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Proc/Host/Host.h"
 #include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
+#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/Refusal.h"
@@ -40,7 +40,7 @@ protected:
         return path.string();
     }
 
-    Host host;
+    StandardHost host;
     IEffectContext& context = *host.GetContext();
     TemporaryFolder folder;
     intrusive_ptr<IOneInputEffectVideo> effect =
