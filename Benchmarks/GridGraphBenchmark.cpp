@@ -9,7 +9,7 @@
 // capacities that are already there; --benchmark_filter=Lumetta leaves them out. The first table at the end gives the
 // seconds and how many times slower than us each peer is, by wall time and, for a machine that is not free, by
 // processor time. The second tells of us alone: nanoseconds of wall time, and peak is what memory came on top.
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/GridCut/GridCapacities.h"
 #include "Proc/Effects/Lumetta/GridCut/WorkerTeam.h"
 #include "Proc/Host/Context.h"
@@ -38,6 +38,7 @@
 #include <vector>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(GridGraph)
 namespace {
 
 constexpr std::uint8_t FOREGROUND = 255;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/StandardHost/StandardHost.h"

@@ -1,6 +1,5 @@
 // AlphaExtractor: the picture's own alpha as a grey picture (GRAY8). Null where the format has none; extra alpha is not
 // the picture's own.
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
@@ -50,8 +49,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateAlphaExtractor(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<AlphaExtractor>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectAlphaExtractor, OneInput, AlphaExtractor)
 
 } // namespace Velnor::Proc

@@ -2,7 +2,6 @@
 // written into the first's own alpha where its format has one, and attached as extra alpha: index 0 as it is, index 1
 // at the resolution of the chroma. A palette has no place for an alpha of each pixel: such a picture becomes RGBA.
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
@@ -63,8 +62,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> toRgba;
 };
 
-intrusive_ptr<IEffect> CreateAlphaInserter(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<AlphaInserter>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectAlphaInserter, TwoInput, AlphaInserter)
 
 } // namespace Velnor::Proc

@@ -5,7 +5,6 @@
 // Red, green and blue each go through the table, in the entries of a palette too; of a luma/chroma or grey picture the
 // luma does. Alpha, chroma and bytes without a meaning stay.
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
@@ -73,8 +72,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateColorBalance(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ColorBalance>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectColorBalance, OneInput, ColorBalance)
 
 } // namespace Velnor::Proc

@@ -3,7 +3,6 @@
 #include "Proc/Effects/General/FormatChoice.h"
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 
@@ -72,8 +71,6 @@ private:
     FormatConverter converter;
 };
 
-intrusive_ptr<IEffect> CreateColorspaceConverter(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ColorspaceConverter>(factory, context);
-}
+VELNOR_EFFECT(SettingsColorspaceConverter, OneInput, ColorspaceConverter)
 
 } // namespace Velnor::Proc

@@ -2,7 +2,6 @@
 // of such a picture: the mean over each chroma sample's area. Where the format has no subsampling, or none is named,
 // the result is the mask itself.
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
 
@@ -29,8 +28,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateExtraAlphaExtractor(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ExtraAlphaExtractor>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectExtraAlphaExtractor, OneInput, ExtraAlphaExtractor)
 
 } // namespace Velnor::Proc

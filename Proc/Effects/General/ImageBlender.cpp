@@ -10,7 +10,6 @@
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/BlendRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
@@ -196,8 +195,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> converter;
 };
 
-intrusive_ptr<IEffect> CreateImageBlender(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ImageBlender>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectImageBlender, TwoInput, ImageBlender)
 
 } // namespace Velnor::Proc

@@ -6,7 +6,6 @@
 // each.
 #include "Proc/Effects/General/Kernels/GrainField.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
@@ -78,8 +77,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreateNoiseVideo(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<NoiseVideo>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectNoiseVideo, OneInput, NoiseVideo)
 
 } // namespace Velnor::Proc

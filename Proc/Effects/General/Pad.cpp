@@ -5,7 +5,6 @@
 // and goes to and fro in margins larger than the picture. Palette pictures are padded as red, green and blue and get a
 // new palette.
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 
@@ -108,8 +107,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreatePad(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Pad>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectPad, OneInput, Pad)
 
 } // namespace Velnor::Proc

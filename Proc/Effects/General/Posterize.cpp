@@ -5,7 +5,6 @@
 // The palette holds the mean colour and opacity of each class, of the samples that the picture has: luma and chroma, or
 // red, green and blue. An entry without pixels is opaque black, and no pixel names it. The result is the palette
 // picture of class numbers, or, unless that is asked for, the same colours in the format of the input.
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/Bands.h"
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/ClearColours.h"
@@ -205,8 +204,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> converter;
 };
 
-intrusive_ptr<IEffect> CreatePosterize(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Posterize>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectPosterize, OneInput, Posterize)
 
 } // namespace Velnor::Proc

@@ -11,7 +11,6 @@
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/RemapRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -220,8 +219,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> converter;
 };
 
-intrusive_ptr<IEffect> CreateRemapping(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Remapping>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectRemapping, OneInput, Remapping)
 
 } // namespace Velnor::Proc

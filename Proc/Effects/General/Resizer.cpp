@@ -6,7 +6,6 @@
 //
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/General/RepeatSamples.h"
 #include "Proc/Effects/General/ResizePlan.h"
 #include "Proc/Effects/General/WeightedScale.h"
@@ -143,8 +142,6 @@ private:
     FormatConverter converter;
 };
 
-intrusive_ptr<IEffect> CreateResizer(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Resizer>(factory, context);
-}
+VELNOR_EFFECT(SettingsResizer, OneInput, Resizer)
 
 } // namespace Velnor::Proc

@@ -8,7 +8,6 @@
 // them. A grey tone tints nothing.
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 
@@ -56,8 +55,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateSplitToning(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<SplitToning>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectSplitToning, OneInput, SplitToning)
 
 } // namespace Velnor::Proc

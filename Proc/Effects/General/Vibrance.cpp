@@ -8,7 +8,6 @@
 // stay, greys have nothing to be extrapolated. Strengths beyond -100 to 100 are taken as the nearer of the two.
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
 
@@ -31,8 +30,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateVibrance(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Vibrance>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectVibrance, OneInput, Vibrance)
 
 } // namespace Velnor::Proc

@@ -1,7 +1,6 @@
 // VideoGenerator: makes a grey picture of a white shape that fills a black frame, such as a lens aperture. It needs no
 // input; of a picture that it is handed it takes time stamp and duration, and nothing else.
 #include "Proc/Effects/General/Kernels/FillContours.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Settings/SettingsEffectVideoGenerator.h"
 
@@ -124,8 +123,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreateVideoGenerator(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<VideoGenerator>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectVideoGenerator, OneInput, VideoGenerator)
 
 } // namespace Velnor::Proc

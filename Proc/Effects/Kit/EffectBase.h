@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Kit/SubEffects.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/IEffectRegistry.h"

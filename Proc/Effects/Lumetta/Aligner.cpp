@@ -4,7 +4,6 @@
 //     picture = resizer(crop of remapper(picture))     one similarity; beyond the picture its edges go on
 //
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectAligner.h"
@@ -97,8 +96,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> resizer;
 };
 
-intrusive_ptr<IEffect> CreateAligner(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Aligner>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectAligner, OneInput, Aligner)
 
 } // namespace Velnor::Proc

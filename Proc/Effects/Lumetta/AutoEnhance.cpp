@@ -9,7 +9,6 @@
 // The mixes of A with others are done with whatever opacity the blender was left with: half to begin with, and after a
 // call with an intensity the share of that call. Pictures that are enhanced one after the other rely on it.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/MatchTable.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
@@ -200,8 +199,6 @@ private:
     bool isBlenderAstray = false;     ///< A picture that failed left the blender with another.
 };
 
-intrusive_ptr<IEffect> CreateAutoEnhance(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<AutoEnhance>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectAutoEnhance, OneInput, AutoEnhance)
 
 } // namespace Velnor::Proc

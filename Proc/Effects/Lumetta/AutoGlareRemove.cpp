@@ -10,7 +10,6 @@
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Kit/PullPush.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
@@ -111,8 +110,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> toGrey;
 };
 
-intrusive_ptr<IEffect> CreateAutoGlareRemove(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<AutoGlareRemove>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectAutoGlareRemove, OneInput, AutoGlareRemove)
 
 } // namespace Velnor::Proc

@@ -7,7 +7,6 @@
 //                                  a brightened pixel's largest component nears 255 and never passes it
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Luma/LumaMap.h"
 #include "Proc/Settings/SettingsEffectBalanceLuma.h"
 
@@ -94,8 +93,6 @@ private:
     static constexpr double EDGE_CONTRAST = 0.06; ///< Fainter edges are texture, which a region keeps whole.
 };
 
-intrusive_ptr<IEffect> CreateBalanceLuma(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<BalanceLuma>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectBalanceLuma, OneInput, BalanceLuma)
 
 } // namespace Velnor::Proc

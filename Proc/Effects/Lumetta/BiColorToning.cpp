@@ -2,7 +2,6 @@
 //
 //     split toning, back to the input's format -> half and half with the input -> vibrance 50 -> brightness +10
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
@@ -86,8 +85,6 @@ private:
     PixFmt lastFormat = PixFmt::NONE; ///< That the back converter is configured for.
 };
 
-intrusive_ptr<IEffect> CreateBiColorToning(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<BiColorToning>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectBiColorToning, OneInput, BiColorToning)
 
 } // namespace Velnor::Proc

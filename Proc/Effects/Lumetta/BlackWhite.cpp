@@ -1,7 +1,6 @@
 // BlackWhite: two colours, by a threshold on the grey level. The result is a palette picture and stays one.
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 
 #include <cmath>
@@ -53,8 +52,6 @@ private:
     Kernels::Table table;
 };
 
-intrusive_ptr<IEffect> CreateBlackWhite(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<BlackWhite>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectBlackWhite, OneInput, BlackWhite)
 
 } // namespace Velnor::Proc

@@ -5,7 +5,6 @@
 //
 // What sRGB does not hold loses chroma and keeps its lightness and hue.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ColorCube.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ColorTransfer.h"
 #include "Proc/Settings/SettingsEffectBlendPalette.h"
@@ -63,8 +62,6 @@ private:
     static constexpr unsigned int WIDE_STEP = 3; ///< 8 levels: the map is smooth.
 };
 
-intrusive_ptr<IEffect> CreateBlendPalette(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<BlendPalette>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectBlendPalette, TwoInput, BlendPalette)
 
 } // namespace Velnor::Proc

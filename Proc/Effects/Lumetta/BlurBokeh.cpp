@@ -7,7 +7,6 @@
 //
 // The work counts in the sum and not in the divisor: the blur is brighter by (1 + sum) / sum, as it is meant to be.
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehMask.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
@@ -185,8 +184,6 @@ private:
     FrameFormat configuredFrame; ///< That the resizers are configured for; all zero when they are not.
 };
 
-intrusive_ptr<IEffect> CreateBlurBokeh(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<BlurBokeh>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectBlurBokeh, OneInput, BlurBokeh)
 
 } // namespace Velnor::Proc

@@ -5,7 +5,6 @@
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/TurnedMean.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
 
@@ -92,8 +91,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreateBlurRadial(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<BlurRadial>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectBlurRadial, OneInput, BlurRadial)
 
 } // namespace Velnor::Proc

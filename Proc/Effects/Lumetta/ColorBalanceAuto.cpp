@@ -8,7 +8,6 @@
 // serves both.
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/LevelTables.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 
@@ -97,8 +96,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreateColorBalanceAuto(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ColorBalanceAuto>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectColorBalanceAuto, OneInput, ColorBalanceAuto)
 
 } // namespace Velnor::Proc

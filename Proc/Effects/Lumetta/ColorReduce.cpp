@@ -6,7 +6,6 @@
 // picture's own format the opacity of each pixel stays.
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ColorCounts.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ErrorDiffusion.h"
 #include "Proc/Settings/SettingsEffectColorReduce.h"
@@ -97,8 +96,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreateColorReduce(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ColorReduce>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectColorReduce, OneInput, ColorReduce)
 
 } // namespace Velnor::Proc

@@ -4,7 +4,6 @@
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/GlassCells.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
 
@@ -82,8 +81,6 @@ private:
     }
 };
 
-intrusive_ptr<IEffect> CreateColoredGlass(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ColoredGlass>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectColoredGlass, OneInput, ColoredGlass)
 
 } // namespace Velnor::Proc

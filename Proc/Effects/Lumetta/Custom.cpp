@@ -1,7 +1,6 @@
 // Custom: runs a function of the caller's on the picture. When the function throws, the caller's handle is as it was;
 // what the function has written to the picture by then, it has written.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 
 namespace Velnor::Proc {
@@ -23,8 +22,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateCustom(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Custom>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectCustom, OneInput, Custom)
 
 } // namespace Velnor::Proc

@@ -5,7 +5,6 @@
 //
 // The patches take the inputs' place in the caller's vector; there is no other result.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectPad.h"
 
@@ -91,8 +90,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> pad;
 };
 
-intrusive_ptr<IEffect> CreateCutter(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Cutter>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectCutter, VarInput, Cutter)
 
 } // namespace Velnor::Proc

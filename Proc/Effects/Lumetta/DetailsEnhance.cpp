@@ -8,7 +8,6 @@
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 
@@ -89,8 +88,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> toGrey;
 };
 
-intrusive_ptr<IEffect> CreateDetailsEnhance(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<DetailsEnhance>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectDetailsEnhance, OneInput, DetailsEnhance)
 
 } // namespace Velnor::Proc

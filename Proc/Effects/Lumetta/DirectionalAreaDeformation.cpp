@@ -7,7 +7,6 @@
 // back. The host's remapping runs on a part of the source, the box and as much around it as the displacements reach. A
 // palette picture that a stroke touches becomes an RGBA picture.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/DisplacementField.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
@@ -186,8 +185,6 @@ private:
     Canvas canvas;
 };
 
-intrusive_ptr<IEffect> CreateDirectionalAreaDeformation(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<DirectionalAreaDeformation>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectDirectionalAreaDeformation, OneInput, DirectionalAreaDeformation)
 
 } // namespace Velnor::Proc

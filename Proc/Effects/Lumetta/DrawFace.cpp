@@ -3,7 +3,6 @@
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceContours.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"
@@ -91,8 +90,6 @@ private:
     std::vector<Face> faces; ///< Of the picture in work.
 };
 
-intrusive_ptr<IEffect> CreateDrawFace(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<DrawFace>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectDrawFace, OneInput, DrawFace)
 
 } // namespace Velnor::Proc

@@ -6,7 +6,6 @@
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PullPush.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
@@ -144,8 +143,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> blur;
 };
 
-intrusive_ptr<IEffect> CreateEdgeRemove(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<EdgeRemove>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectEdgeRemove, VarInput, EdgeRemove)
 
 } // namespace Velnor::Proc

@@ -1,6 +1,5 @@
 // EmptyEffect: does nothing. The smallest effect, and the one to copy for a new one's frame.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 
 namespace Velnor::Proc {
@@ -12,8 +11,6 @@ public:
     void ProcessInternal(intrusive_ptr<IData>& /*data*/) override {}
 };
 
-intrusive_ptr<IEffect> CreateEmptyEffect(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<EmptyEffect>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectEmpty, OneInput, EmptyEffect)
 
 } // namespace Velnor::Proc

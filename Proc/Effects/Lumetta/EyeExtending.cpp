@@ -1,6 +1,5 @@
 // EyeExtending: enlarges the eyes of every face by a round, smooth map that the host's remapping samples.
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectEyeExtending.h"
@@ -39,8 +38,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> remapper;
 };
 
-intrusive_ptr<IEffect> CreateEyeExtending(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<EyeExtending>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectEyeExtending, OneInput, EyeExtending)
 
 } // namespace Velnor::Proc

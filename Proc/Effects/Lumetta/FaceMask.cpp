@@ -3,7 +3,6 @@
 //     mask = max over faces of max(chosen parts, min(face, 255 - all parts) for the skin)
 //
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceContours.h"
 #include "Proc/Settings/SettingsEffectFaceMask.h"
@@ -105,8 +104,6 @@ private:
     FaceFinder finder;
 };
 
-intrusive_ptr<IEffect> CreateFaceMask(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<FaceMask>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectFaceMask, OneInput, FaceMask)
 
 } // namespace Velnor::Proc

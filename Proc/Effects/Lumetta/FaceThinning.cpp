@@ -1,6 +1,5 @@
 // FaceThinning: slims every face along the jaw by a smooth map that the host's remapping samples.
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectFaceThinning.h"
@@ -39,8 +38,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> remapper;
 };
 
-intrusive_ptr<IEffect> CreateFaceThinning(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<FaceThinning>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectFaceThinning, OneInput, FaceThinning)
 
 } // namespace Velnor::Proc

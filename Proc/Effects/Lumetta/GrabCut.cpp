@@ -7,7 +7,6 @@
 //
 // Strokes of one kind only mark nothing to be told apart: the result is then a copy of them.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
@@ -178,8 +177,6 @@ private:
     std::string warning; ///< About the last picture.
 };
 
-intrusive_ptr<IEffect> CreateGrabCut(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<GrabCut>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectGrabCut, TwoInput, GrabCut)
 
 } // namespace Velnor::Proc

@@ -1,7 +1,6 @@
 // Gradient: colours a picture by its grey level. Grey levels become palette indices, the gradient the palette; the base
 // then puts the picture's own brightness under the gradient's colours.
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/GradientTable.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 
@@ -41,8 +40,6 @@ private:
     Kernels::PaletteTable table;
 };
 
-intrusive_ptr<IEffect> CreateGradient(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Gradient>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectGradient, OneInput, Gradient)
 
 } // namespace Velnor::Proc

@@ -5,7 +5,6 @@
 //
 // The sums behind the means are of 32 bits (see Kernels::ChromaSum).
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ChromaClasses.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
@@ -77,8 +76,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> posterize;
 };
 
-intrusive_ptr<IEffect> CreateGradientPosterize(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<GradientPosterize>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectGradientPosterize, OneInput, GradientPosterize)
 
 } // namespace Velnor::Proc

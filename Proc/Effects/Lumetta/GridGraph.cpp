@@ -5,7 +5,6 @@
 //     result          = background value where the cut leaves the sink's side, foreground value elsewhere
 //
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/GridCut/GridCapacities.h"
 #include "Proc/Effects/Lumetta/GridCut/GridGraphSolver.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -123,8 +122,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> converter;
 };
 
-intrusive_ptr<IEffect> CreateGridGraph(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<GridGraph>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectGrabCutSegmentation, TwoInput, GridGraph)
 
 } // namespace Velnor::Proc

@@ -4,7 +4,6 @@
 //     picture -> a format that is counted (a copy; the picture itself stays)   counts -> settings
 //     draw:      packed colour, curves in the lower right corner, back to the picture's format
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Luma/HistogramReport.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectHistogram.h"
@@ -101,8 +100,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> backConverter;
 };
 
-intrusive_ptr<IEffect> CreateHistogram(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Histogram>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectHistogram, OneInput, Histogram)
 
 } // namespace Velnor::Proc

@@ -1,6 +1,5 @@
 // HorizonDetector: says whether the picture shows a horizon, by the two scores of a neural network: no and yes.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 
@@ -45,8 +44,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> predictor;
 };
 
-intrusive_ptr<IEffect> CreateHorizonDetector(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<HorizonDetector>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectHorizonDetector, OneInput, HorizonDetector)
 
 } // namespace Velnor::Proc

@@ -1,6 +1,5 @@
 // Implode: pinches the picture towards its centre or bulges it outwards, by a map that the host's remapping samples.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
@@ -33,8 +32,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> remapper;
 };
 
-intrusive_ptr<IEffect> CreateImplode(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Implode>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectImplode, OneInput, Implode)
 
 } // namespace Velnor::Proc

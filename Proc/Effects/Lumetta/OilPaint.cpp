@@ -4,7 +4,6 @@
 //
 // All three are configured for a new frame format or new settings.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 #include "Proc/Settings/SettingsResizer.h"
 
@@ -71,8 +70,6 @@ private:
     bool isReduced = false;
 };
 
-intrusive_ptr<IEffect> CreateOilPaint(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<OilPaint>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectOilPaint, OneInput, OilPaint)
 
 } // namespace Velnor::Proc

@@ -4,7 +4,6 @@
 //     picture = upscaler(downscaler(picture))      configured for a new frame format or new settings
 //
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
 
@@ -56,8 +55,6 @@ private:
     FrameFormat configuredFrame; ///< That the resizers are configured for; all zero when they are not.
 };
 
-intrusive_ptr<IEffect> CreatePixelate(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Pixelate>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectPixelate, OneInput, Pixelate)
 
 } // namespace Velnor::Proc

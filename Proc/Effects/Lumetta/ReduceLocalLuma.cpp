@@ -5,7 +5,6 @@
 //                                                         one for all three components: hue and saturation stay
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BoxMean.h"
 #include "Proc/Effects/Lumetta/Kernels/Luma/LumaRow.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -139,8 +138,6 @@ private:
     std::vector<Factors> factors; ///< By the mask's value; empty when the settings have changed.
 };
 
-intrusive_ptr<IEffect> CreateReduceLocalLuma(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ReduceLocalLuma>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectReduceLocalLuma, TwoInput, ReduceLocalLuma)
 
 } // namespace Velnor::Proc

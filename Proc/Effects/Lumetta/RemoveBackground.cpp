@@ -7,7 +7,6 @@
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/GuidedMatte.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/SubjectStrokes.h"
@@ -259,8 +258,6 @@ private:
     intrusive_ptr<IEffect> edgeRemove;                ///< The same.
 };
 
-intrusive_ptr<IEffect> CreateRemoveBackground(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<RemoveBackground>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectRemoveBackground, VarInput, RemoveBackground)
 
 } // namespace Velnor::Proc

@@ -4,7 +4,6 @@
 //     share        = 1 within the tolerance of the key's, fading to 0 over the softness
 //     result       = new colour's + what the pixel's differs from the key's, turned along with the hue; luma as it was
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ColorCube.h"
 #include "Proc/Settings/SettingsEffectReplaceChroma.h"
 
@@ -115,8 +114,6 @@ private:
     std::optional<Kernels::ColorCube> cube; ///< Of the settings as they are.
 };
 
-intrusive_ptr<IEffect> CreateReplaceChroma(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ReplaceChroma>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectReplaceChroma, OneInput, ReplaceChroma)
 
 } // namespace Velnor::Proc

@@ -5,7 +5,6 @@
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Kit/PullPush.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/Scratches.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
@@ -104,8 +103,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> toGrey;
 };
 
-intrusive_ptr<IEffect> CreateRestorer(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Restorer>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectRestorer, OneInput, Restorer)
 
 } // namespace Velnor::Proc

@@ -1,6 +1,5 @@
 // ShapeMask: replaces the picture by a grey mask of its size, in the form of a shape.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Shapes/DrawShape.h"
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 
@@ -72,8 +71,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateShapeMask(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<ShapeMask>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectShapeMask, OneInput, ShapeMask)
 
 } // namespace Velnor::Proc

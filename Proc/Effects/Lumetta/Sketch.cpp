@@ -4,7 +4,6 @@
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/RequireSetting.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/PencilRows.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
@@ -75,8 +74,6 @@ private:
     intrusive_ptr<IOneInputEffectVideo> toGrey;
 };
 
-intrusive_ptr<IEffect> CreateSketch(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Sketch>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectSketch, OneInput, Sketch)
 
 } // namespace Velnor::Proc

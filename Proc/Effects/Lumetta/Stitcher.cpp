@@ -8,7 +8,6 @@
 // So one patch fades into the next over their whole overlap, and where they agree the result is exactly what they show.
 // Patches that are views on one picture know their places; others are laid out as a grid.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
@@ -286,8 +285,6 @@ private:
     intrusive_ptr<IVarInputEffectVideo> panorama; ///< Made for the first photographs.
 };
 
-intrusive_ptr<IEffect> CreateStitcher(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Stitcher>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectStitcher, VarInput, Stitcher)
 
 } // namespace Velnor::Proc

@@ -7,7 +7,6 @@
 //
 // New settings reach no sub-effect by themselves: they make mask and blur stale, and the next picture configures both.
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
@@ -153,8 +152,6 @@ private:
     bool isBlurConfigured = false;
 };
 
-intrusive_ptr<IEffect> CreateTiltShift(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<TiltShift>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectTiltShift, OneInput, TiltShift)
 
 } // namespace Velnor::Proc

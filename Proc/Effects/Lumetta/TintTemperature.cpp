@@ -4,7 +4,6 @@
 //     luma of the picture                                      put back by the base
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/LevelTables.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 
@@ -49,8 +48,6 @@ private:
     Kernels::Table cool{};
 };
 
-intrusive_ptr<IEffect> CreateTintTemperature(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<TintTemperature>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectTintTemperature, OneInput, TintTemperature)
 
 } // namespace Velnor::Proc

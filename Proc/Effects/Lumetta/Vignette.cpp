@@ -6,7 +6,6 @@
 //     result = picture with the layer over it
 //
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
@@ -97,8 +96,6 @@ private:
     Color layerColor{0, 0, 0, 255};    ///< Colour of colorLayer.
 };
 
-intrusive_ptr<IEffect> CreateVignette(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<Vignette>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectVignette, OneInput, Vignette)
 
 } // namespace Velnor::Proc

@@ -7,7 +7,6 @@
 // blue-first one and the converter brings every red-first picture there.
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/BalanceTable.h"
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
@@ -45,8 +44,6 @@ public:
     }
 };
 
-intrusive_ptr<IEffect> CreateWhiteBalance(FactoryHandle const& factory, ContextHandle const& context) {
-    return MakeEffect<WhiteBalance>(factory, context);
-}
+VELNOR_EFFECT(SettingsEffectWhiteBalance, OneInput, WhiteBalance)
 
 } // namespace Velnor::Proc

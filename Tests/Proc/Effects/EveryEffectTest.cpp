@@ -1,6 +1,5 @@
 // What holds for every effect in the registry, the plug-in's and the host's alike.
 
-#include "Proc/Effects/Lumetta/Effects.h"
 #include "Proc/Host/Host.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Proc/Settings/SettingsEffectPanorama.h"

@@ -1,5 +1,4 @@
 // Alpha extractor, alpha inserter and extra alpha extractor.
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"

@@ -1,5 +1,4 @@
 // Colour balance, vibrance, split toning and posterize.
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"

@@ -1,5 +1,5 @@
 #include "Proc/Effects/General/FormatChoice.h"
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Tests/Support/ColourPictures.h"
@@ -11,6 +11,7 @@
 #include <set>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(ColorspaceConverter)
 namespace {
 
 using namespace Testing;

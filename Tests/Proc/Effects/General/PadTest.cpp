@@ -1,4 +1,3 @@
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectPad.h"

@@ -1,6 +1,6 @@
-#include "Proc/Effects/General/RegisterGeneralEffects.h"
 #include "Proc/Effects/General/ResizePlan.h"
 #include "Proc/Effects/General/Scaler.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsResizer.h"
 #include "Tests/Support/ColourPictures.h"
@@ -12,6 +12,7 @@
 #include <cmath>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Resizer)
 namespace {
 
 using namespace Testing;

@@ -1,6 +1,6 @@
 #include "Proc/Effects/Lumetta/EffectBase.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Settings/SettingsEffectCustom.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
 #include "Proc/Settings/SettingsEffectPixelate.h"
@@ -13,6 +13,8 @@
 #include <typeinfo>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Custom)
+VELNOR_DECLARE_EFFECT(EmptyEffect)
 namespace {
 
 using namespace Testing;

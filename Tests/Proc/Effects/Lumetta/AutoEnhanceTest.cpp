@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/MatchTable.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
 #include "Tests/Support/Pictures.h"
@@ -9,6 +9,7 @@
 #include <cmath>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(AutoEnhance)
 namespace {
 
 using namespace Testing;

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsEffectBiColorToning.h"
 #include "Proc/StandardHost/StandardHost.h"
@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(BiColorToning)
 namespace {
 
 using namespace Testing;

@@ -1,6 +1,6 @@
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(BlurBokeh)
 namespace {
 
 using namespace Testing;

@@ -1,6 +1,6 @@
 #include "Proc/Settings/SettingsEffectDirectionalAreaDeformation.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/DisplacementField.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
@@ -14,6 +14,7 @@
 #include <limits>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(DirectionalAreaDeformation)
 namespace {
 
 using namespace Testing;

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectEdgeRemove.h"
 #include "Proc/StandardHost/StandardHost.h"
@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(EdgeRemove)
 namespace {
 
 using namespace Testing;

@@ -1,6 +1,6 @@
 // The effects on faces, with a detector whose faces the test gives, and once on a portrait with the host's own.
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Effects/Lumetta/Kernels/Shapes/DrawContour.h"
 #include "Proc/Host/PictureFile.h"
@@ -24,6 +24,11 @@
 #include <numbers>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Aligner)
+VELNOR_DECLARE_EFFECT(DrawFace)
+VELNOR_DECLARE_EFFECT(EyeExtending)
+VELNOR_DECLARE_EFFECT(FaceMask)
+VELNOR_DECLARE_EFFECT(FaceThinning)
 namespace {
 
 using namespace Testing;

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/WarningNode.h"
@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(GrabCut)
 namespace {
 
 using namespace Testing;

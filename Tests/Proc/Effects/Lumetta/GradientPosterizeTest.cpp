@@ -1,3 +1,4 @@
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Kernels/Color/ChromaClasses.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectGradientPosterize.h"
@@ -12,6 +13,7 @@
 #include <set>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(GradientPosterize)
 namespace {
 
 using namespace Testing;

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/GridCut/GridCapacities.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -13,6 +13,7 @@
 #include <cmath>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(GridGraph)
 namespace {
 
 using namespace Testing;

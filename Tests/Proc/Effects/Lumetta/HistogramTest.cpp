@@ -1,3 +1,4 @@
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Kernels/Luma/HistogramReport.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectHistogram.h"
@@ -10,6 +11,7 @@
 #include <numeric>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Histogram)
 namespace {
 
 using namespace Testing;

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectHorizonDetector.h"
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
@@ -10,6 +10,7 @@
 #include <limits>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(HorizonDetector)
 namespace {
 
 using namespace Testing;

@@ -1,6 +1,6 @@
 #include "Proc/Settings/SettingsEffectImplode.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ImplodeMap.h"
 #include "Proc/Effects/Lumetta/Kernels/Geometry/ScaleCurve.h"
 #include "Proc/Interfaces/EffectExceptions.h"
@@ -14,6 +14,7 @@
 #include <limits>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Implode)
 namespace {
 
 using namespace Testing;

@@ -1,12 +1,13 @@
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(OilPaint)
 namespace {
 
 using namespace Testing;

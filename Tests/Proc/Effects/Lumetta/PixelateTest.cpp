@@ -1,6 +1,6 @@
 #include "Proc/Settings/SettingsEffectPixelate.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/Pictures.h"
@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Pixelate)
 namespace {
 
 using namespace Testing;

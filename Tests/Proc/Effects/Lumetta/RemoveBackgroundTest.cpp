@@ -1,3 +1,4 @@
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Tests/Support/HostRun.h"
@@ -8,6 +9,7 @@
 #include <gmock/gmock.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(RemoveBackground)
 namespace {
 
 using namespace Testing;

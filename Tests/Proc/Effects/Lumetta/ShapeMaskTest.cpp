@@ -1,6 +1,6 @@
 #include "Proc/Settings/SettingsEffectShapeMask.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Tests/Support/Pictures.h"
 
@@ -11,6 +11,7 @@
 #include <limits>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(ShapeMask)
 namespace {
 
 using namespace Testing;

@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Settings/SettingsEffectCutter.h"
 #include "Proc/Settings/SettingsEffectStitcher.h"
@@ -9,6 +9,8 @@
 #include <gmock/gmock.h>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Cutter)
+VELNOR_DECLARE_EFFECT(Stitcher)
 namespace {
 
 using namespace Testing;

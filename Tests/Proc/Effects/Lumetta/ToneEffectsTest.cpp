@@ -1,4 +1,4 @@
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -15,6 +15,8 @@
 #include <map>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(Gradient)
+VELNOR_DECLARE_EFFECT(TintTemperature)
 namespace {
 
 using namespace Testing;

@@ -1,6 +1,6 @@
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
-#include "Proc/Effects/Lumetta/Effects.h"
+#include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/StandardHost/StandardHost.h"
@@ -12,6 +12,7 @@
 #include <cstdlib>
 
 namespace Velnor::Proc {
+VELNOR_DECLARE_EFFECT(WhiteBalance)
 namespace {
 
 using namespace Testing;
