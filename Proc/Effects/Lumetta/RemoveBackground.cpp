@@ -75,6 +75,8 @@ void LayOver(ConstPlane const& rgba, MutablePlane const& background) {
 
 } // namespace
 
+VELNOR_DECLARE_EFFECT(EdgeRemove)
+
 class RemoveBackground : public EffectBaseVarInput<IVarInputEffectVideo, SettingsEffectRemoveBackground> {
 public:
     RemoveBackground(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
