@@ -22,6 +22,9 @@
 #include <string>
 
 namespace Velnor::Proc {
+
+VELNOR_DECLARE_EFFECT(EdgeRemove)
+
 namespace {
 
 using Pictures = std::vector<intrusive_ptr<IData>>;
