@@ -22,9 +22,6 @@
 #include <string>
 
 namespace Velnor::Proc {
-
-VELNOR_DECLARE_EFFECT(EdgeRemove)
-
 namespace {
 
 using Pictures = std::vector<intrusive_ptr<IData>>;
