@@ -17,7 +17,8 @@ install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugi
 
 foreach(directory Core Proc/Interfaces Proc/Settings Proc/Effects/Kit Proc/Host Proc/StandardHost)
   install(DIRECTORY ${directory}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/${directory} FILES_MATCHING
-          PATTERN "*.h" PATTERN "Internal" EXCLUDE PATTERN "Files" EXCLUDE)
+          PATTERN "*.h" PATTERN "Internal" EXCLUDE PATTERN "Files" EXCLUDE
+          PATTERN "*-inl.h" EXCLUDE PATTERN "*X86.h" EXCLUDE)
 endforeach()
 install(FILES Proc/Effects/Lumetta/EffectBase.h Proc/Effects/Lumetta/EffectBaseCSC.h Proc/Effects/Lumetta/Exceptions.h
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velnor/Proc/Effects/Lumetta)

@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+using namespace Velnor;
 using namespace Velnor::Proc;
 
 // Lists the effects of the installed host and of the plug-in that is named, and runs that one's on a pixel.
