@@ -1,5 +1,5 @@
 #include "Proc/Effects/Kit/EffectEntry.h"
-#include "Proc/Interfaces/EffectExceptions.h"
+#include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
 #include "Tests/Support/RecordingFactory.h"
 
