@@ -22,38 +22,17 @@ void Check(ConstPlane const& source, MutablePlane const& target, std::size_t tab
                                         to_string(target.GetWidth()) + " x " + to_string(target.GetHeight()));
 }
 
-#ifdef VELNOR_BYTE_TABLES_X86
-constexpr std::array CODED{Target::Scalar, Target::Sse4, Target::Avx2, Target::Avx512, Target::Avx512Vbmi};
-
-auto FindEntry(Target target) {
-    switch (target) {
-    case Target::Scalar:
-    case Target::Sse2:
-    case Target::Ssse3:
-        break;
-    case Target::Sse4:
-        return Sse4::MapRows;
-    case Target::Avx2:
-        return Avx2::MapRows;
-    case Target::Avx512:
-        return Avx512::MapRows;
-    case Target::Avx512Vbmi:
-        return Avx512Vbmi::MapRows;
-    }
-    return MapBytesScalar;
-}
-#else
-constexpr std::array CODED{Target::Scalar};
-auto FindEntry(Target) { return MapBytesScalar; }
+constexpr Variants MAP_ROWS{
+    Variant{Target::Scalar, &MapBytesScalar},
+#ifdef VELNOR_X86
+    Variant{Target::Sse4, &Sse4::MapRows},     Variant{Target::Avx2, &Avx2::MapRows},
+    Variant{Target::Avx512, &Avx512::MapRows}, Variant{Target::Avx512Vbmi, &Avx512Vbmi::MapRows},
 #endif
+};
 
 } // namespace
 
-std::vector<Target> SupportedTargets() {
-    std::vector<Target> targets(CODED.begin(), CODED.end());
-    std::erase_if(targets, [](Target target) { return !HasTarget(target); });
-    return targets;
-}
+std::vector<Target> SupportedTargets() { return MAP_ROWS.ListTargets(); }
 
 void MapBytesScalar(ConstPlane const& source, MutablePlane const& target, std::span<Table const> tables,
                     unsigned int pixelBytes) {
@@ -69,19 +48,18 @@ void MapBytesScalar(ConstPlane const& source, MutablePlane const& target, std::s
 void MapBytesWith(Target instructionSet, ConstPlane const& source, MutablePlane const& target,
                   std::span<Table const> tables, unsigned int pixelBytes) {
     Check(source, target, tables.size(), pixelBytes);
-    if (!HasTarget(instructionSet))
-        VELNOR_THROW(ProcException, "kernels may not use " + std::string(GetTargetName(instructionSet)));
+    RequireTarget(instructionSet);
     if (source.IsEmpty()) return;
+    auto const mapRows = MAP_ROWS.Choose(instructionSet);
     // One table for every byte needs no telling apart of the bytes.
     auto const differs = [&](Table const& table) { return table != tables[0]; };
     if (tables.size() == pixelBytes && pixelBytes > 1 && std::none_of(tables.begin() + 1, tables.end(), differs)) {
         std::uint64_t const whole = source.GetWidth() - source.GetWidth() % pixelBytes;
-        FindEntry(instructionSet)(ConstPlane(source.GetData(), source.GetStride(), whole, source.GetHeight()),
-                                  MutablePlane(target.GetData(), target.GetStride(), whole, target.GetHeight()),
-                                  tables.first(1), 1);
+        mapRows(ConstPlane(source.GetData(), source.GetStride(), whole, source.GetHeight()),
+                MutablePlane(target.GetData(), target.GetStride(), whole, target.GetHeight()), tables.first(1), 1);
         return;
     }
-    FindEntry(instructionSet)(source, target, tables, pixelBytes);
+    mapRows(source, target, tables, pixelBytes);
 }
 
 void MapBytes(ConstPlane const& source, MutablePlane const& target, std::span<Table const> tables,

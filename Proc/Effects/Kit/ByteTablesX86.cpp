@@ -1,8 +1,6 @@
 #include "Proc/Effects/Kit/ByteTablesX86.h"
 
-#include "Proc/Effects/Kit/InstructionSets.h"
-
-#ifdef VELNOR_BYTE_TABLES_X86
+#ifdef VELNOR_X86
 
 #include <cstdint>
 #include <cstring>

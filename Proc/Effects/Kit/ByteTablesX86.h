@@ -4,8 +4,7 @@
 
 #include <cstddef>
 
-#if defined(__x86_64__)
-#define VELNOR_BYTE_TABLES_X86 1
+#ifdef VELNOR_X86
 
 // One entry for each instruction set, all with MapBytes' meaning; the arguments are checked and the planes not empty.
 // Each must only be called where the processor has what its name says.

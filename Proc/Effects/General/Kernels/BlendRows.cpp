@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-// The loops are plain and left to the compiler's vectoriser; on x86 they are compiled a second time for AVX2.
-#define VELNOR_INLINE inline __attribute__((always_inline))
-
+// The loops are plain and left to the compiler's vectoriser; they are compiled a second time for AVX2.
 namespace Velnor::Proc::Kernels {
 namespace {
 
@@ -59,22 +57,19 @@ VELNOR_INLINE void Blend(unsigned char* first, unsigned char const* second, unsi
     }
 }
 
-#if defined(__x86_64__)
-__attribute__((target("avx2"))) void BlendAvx2(unsigned char* first, unsigned char const* second,
-                                               unsigned char const* alpha, std::size_t pixels,
-                                               BlendShape const& shape) {
+VELNOR_TARGET("avx2")
+void BlendAvx2(unsigned char* first, unsigned char const* second, unsigned char const* alpha, std::size_t pixels,
+               BlendShape const& shape) {
     Blend(first, second, alpha, pixels, shape);
 }
-#endif
+
+constexpr Variants BLEND{Variant{Target::Scalar, &Blend}, Variant{Target::Avx2, &BlendAvx2}};
 
 } // namespace
 
 void BlendPixels(unsigned char* first, unsigned char const* second, unsigned char const* alpha, std::size_t pixels,
                  BlendShape const& shape) {
-#if defined(__x86_64__)
-    if (HasTarget(Target::Avx2)) return BlendAvx2(first, second, alpha, pixels, shape);
-#endif
-    Blend(first, second, alpha, pixels, shape);
+    BLEND.Choose()(first, second, alpha, pixels, shape);
 }
 
 void MultiplyAlpha(unsigned char* alpha, std::size_t pixels, unsigned char constant) {

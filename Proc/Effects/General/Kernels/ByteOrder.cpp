@@ -2,8 +2,7 @@
 
 #include "Proc/Effects/Kit/Targets.h"
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#define VELNOR_BYTE_SHUFFLE
+#ifdef VELNOR_X86
 #include <tmmintrin.h>
 #endif
 
@@ -23,13 +22,14 @@ void ReorderRest(unsigned char const* source, unsigned char* target, std::size_t
     }
 }
 
-#ifdef VELNOR_BYTE_SHUFFLE
+#ifdef VELNOR_X86
 /// Blocks of sixteen bytes, of which the last whole pixel ends before the next block. What follows it is written over
 /// by that, or by the rest; in place, where the next block is still to be read, it stays as it was. Four blocks are
 /// read before one is written: a block that overlaps the one just written would wait for that. Returns the pixels done.
 template <std::size_t From, std::size_t To>
-__attribute__((target("ssse3"))) std::size_t ReorderBlocks(unsigned char const* source, unsigned char* target,
-                                                           std::size_t pixels, ByteOrder const& order) {
+VELNOR_TARGET("ssse3")
+std::size_t
+    ReorderBlocks(unsigned char const* source, unsigned char* target, std::size_t pixels, ByteOrder const& order) {
     constexpr std::size_t BLOCKS = 4;
     constexpr std::size_t STEP = 16 / std::max(From, To); // Pixels of a block.
     constexpr std::size_t SMALLER = std::min(From, To);
@@ -55,21 +55,30 @@ __attribute__((target("ssse3"))) std::size_t ReorderBlocks(unsigned char const* 
     }
     return x;
 }
+
+template <std::size_t From, std::size_t To>
+void ReorderRowSsse3(unsigned char const* source, unsigned char* target, std::size_t pixels, ByteOrder const& order) {
+    std::size_t const done = ReorderBlocks<From, To>(source, target, pixels, order);
+    ReorderRest<From, To>(source, target, done, pixels, order);
+}
 #endif
 
 template <std::size_t From, std::size_t To>
+void ReorderRow(unsigned char const* source, unsigned char* target, std::size_t pixels, ByteOrder const& order) {
+    ReorderRest<From, To>(source, target, 0, pixels, order);
+}
+
+template <std::size_t From, std::size_t To>
 void ReorderRows(ConstPlane const& source, MutablePlane const& target, ByteOrder const& order) {
-    std::size_t const pixels = target.GetWidth() / To;
-#ifdef VELNOR_BYTE_SHUFFLE
-    bool const isFast = HasTarget(Target::Ssse3);
+    constexpr Variants ROW{
+        Variant{Target::Scalar, &ReorderRow<From, To>},
+#ifdef VELNOR_X86
+        Variant{Target::Ssse3, &ReorderRowSsse3<From, To>},
 #endif
-    for (std::uint64_t y = 0; y < target.GetHeight(); ++y) {
-        std::size_t done = 0;
-#ifdef VELNOR_BYTE_SHUFFLE
-        if (isFast) done = ReorderBlocks<From, To>(source.GetRow(y), target.GetRow(y), pixels, order);
-#endif
-        ReorderRest<From, To>(source.GetRow(y), target.GetRow(y), done, pixels, order);
-    }
+    };
+    auto const reorder = ROW.Choose();
+    for (std::uint64_t y = 0; y < target.GetHeight(); ++y)
+        reorder(source.GetRow(y), target.GetRow(y), target.GetWidth() / To, order);
 }
 
 } // namespace

@@ -12,19 +12,15 @@ namespace {
 static_assert(std::endian::native == std::endian::little);
 
 /// BT.601, weights in 1/256 that sum to 1: a grey is its own luma.
-inline __attribute__((always_inline)) int Luma(int red, int green, int blue) {
-    return (77 * red + 150 * green + 29 * blue + 128) >> 8;
-}
+VELNOR_INLINE int Luma(int red, int green, int blue) { return (77 * red + 150 * green + 29 * blue + 128) >> 8; }
 
-inline __attribute__((always_inline)) unsigned char Clamp(int level) {
-    return static_cast<unsigned char>(std::clamp(level, 0, 255));
-}
+VELNOR_INLINE unsigned char Clamp(int level) { return static_cast<unsigned char>(std::clamp(level, 0, 255)); }
 
 constexpr int FRACTION_BITS = 16;
 
 /// A row of pixels of `Bytes` bytes, red at byte `Red`.
 template <unsigned int Bytes, unsigned int Red>
-inline __attribute__((always_inline)) void VibranceRow(unsigned char* row, std::size_t pixels, int factor) {
+VELNOR_INLINE void VibranceRow(unsigned char* row, std::size_t pixels, int factor) {
     for (std::size_t x = 0; x < pixels; ++x) {
         unsigned char* const pixel = row + x * Bytes;
         // Four bytes are read and written as one: one that is left out keeps compilers from using vectors.
@@ -56,14 +52,9 @@ inline __attribute__((always_inline)) void VibranceRow(unsigned char* row, std::
 }
 
 // The same code once more, for products of 32 bits, which the oldest of these processors cannot do in vectors.
-#if defined(__x86_64__)
-#define VELNOR_AVX2 __attribute__((target("avx2")))
-#else
-#define VELNOR_AVX2
-#endif
-
 template <unsigned int Bytes, unsigned int Red>
-VELNOR_AVX2 void VibranceRowAvx2(unsigned char* row, std::size_t pixels, int factor) {
+VELNOR_TARGET("avx2")
+void VibranceRowAvx2(unsigned char* row, std::size_t pixels, int factor) {
     VibranceRow<Bytes, Red>(row, pixels, factor);
 }
 
@@ -96,12 +87,10 @@ void ForEachRow(MutablePlane const& plane, PackedRgb const& format, Work const& 
 void ApplyVibrance(MutablePlane const& plane, PackedRgb const& format, int strength) {
     // |c - luma| * weight stays below 255 * 255 * 258 < 2^24.
     int const factor = (strength * (1 << FRACTION_BITS)) / (100 * 255);
-    bool const hasAvx2 = HasTarget(Target::Avx2);
     ForEachRow(plane, format, [&]<unsigned int Bytes, unsigned int Red>(unsigned char* row, std::size_t pixels) {
-        if (hasAvx2)
-            VibranceRowAvx2<Bytes, Red>(row, pixels, factor);
-        else
-            VibranceRow<Bytes, Red>(row, pixels, factor);
+        constexpr Variants VIBRANCE{Variant{Target::Scalar, &VibranceRow<Bytes, Red>},
+                                    Variant{Target::Avx2, &VibranceRowAvx2<Bytes, Red>}};
+        VIBRANCE.Choose()(row, pixels, factor);
     });
 }
 

@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <limits>
 
-#if defined(__x86_64__)
+#ifdef VELNOR_X86
 #include <immintrin.h>
-#define VELNOR_AVX2 __attribute__((target("avx2")))
 #endif
 
 namespace Velnor::Proc::Kernels {
@@ -48,12 +47,17 @@ inline void SampleOne(Source const& source, RowTaps const& taps, std::size_t i, 
 }
 
 template <unsigned int Bytes>
-void SampleAll(Source const& source, RowTaps const& taps, std::size_t from, unsigned char* target) {
+void SampleFrom(Source const& source, RowTaps const& taps, std::size_t from, unsigned char* target) {
     for (std::size_t i = from; i < taps.column.size(); ++i) SampleOne<Bytes>(source, taps, i, target);
 }
 
-inline __attribute__((always_inline)) void Split(float const* positions, std::uint32_t size, std::int32_t* index,
-                                                 float* weight, std::size_t count) {
+template <unsigned int Bytes>
+void SampleAll(Source const& source, RowTaps const& taps, unsigned char* target) {
+    SampleFrom<Bytes>(source, taps, 0, target);
+}
+
+VELNOR_INLINE void Split(float const* positions, std::uint32_t size, std::int32_t* index, float* weight,
+                         std::size_t count) {
     auto const last = static_cast<float>(size - 1);
     auto const lastIndex = static_cast<std::int32_t>(size > 1 ? size - 2 : 0);
     for (std::size_t i = 0; i < count; ++i) {
@@ -64,17 +68,20 @@ inline __attribute__((always_inline)) void Split(float const* positions, std::ui
     }
 }
 
-#if defined(__x86_64__)
-
-VELNOR_AVX2 void SplitAvx2(float const* positions, std::uint32_t size, std::int32_t* index, float* weight,
-                           std::size_t count) {
+VELNOR_TARGET("avx2")
+void SplitAvx2(float const* positions, std::uint32_t size, std::int32_t* index, float* weight, std::size_t count) {
     Split(positions, size, index, weight, count);
 }
+
+constexpr Variants SPLIT{Variant{Target::Scalar, &Split}, Variant{Target::Avx2, &SplitAvx2}};
+
+#ifdef VELNOR_X86
 
 /// Sample and right neighbour of two rows, spread so that each byte becomes a lane: a0 a1 a2 a3 c0 c1 c2 c3 from the
 /// samples themselves, b and d from their neighbours.
 template <unsigned int Bytes>
-VELNOR_AVX2 inline void LoadTaps(unsigned char const* upper, unsigned char const* lower, __m256& left, __m256& right) {
+VELNOR_TARGET("avx2")
+inline void LoadTaps(unsigned char const* upper, unsigned char const* lower, __m256& left, __m256& right) {
     __m128i rows;
     if constexpr (Bytes == 2)
         rows = _mm_unpacklo_epi64(_mm_loadu_si32(upper), _mm_loadu_si32(lower));
@@ -92,7 +99,8 @@ VELNOR_AVX2 inline void LoadTaps(unsigned char const* upper, unsigned char const
 /// Samples of 2 to 4 bytes, one at a time. Four bytes are written for each, of which the next sample takes back what is
 /// its own, so the last ones are left: returns the first that is not written.
 template <unsigned int Bytes>
-VELNOR_AVX2 std::size_t SampleWideAvx2(Source const& source, RowTaps const& taps, unsigned char* target) {
+VELNOR_TARGET("avx2")
+std::size_t SampleWideAvx2(Source const& source, RowTaps const& taps, unsigned char* target) {
     constexpr std::int64_t READ = Bytes == 2 ? 4 : 8;
     std::int64_t const lastUpper = source.end - READ - std::max<std::int64_t>(source.below, 0);
     std::size_t const samples = taps.column.size();
@@ -124,12 +132,12 @@ VELNOR_AVX2 std::size_t SampleWideAvx2(Source const& source, RowTaps const& taps
     return count;
 }
 
-VELNOR_AVX2 inline __m256 ByteOf(__m256i words, int byte) {
+VELNOR_TARGET("avx2") inline __m256 ByteOf(__m256i words, int byte) {
     return _mm256_cvtepi32_ps(_mm256_and_si256(_mm256_srli_epi32(words, byte * 8), _mm256_set1_epi32(255)));
 }
 
 /// Single bytes, eight at a time, while no gathered word reaches beyond the plane. Returns the first not written.
-VELNOR_AVX2 std::size_t SampleBytesAvx2(Source const& source, RowTaps const& taps, unsigned char* target) {
+VELNOR_TARGET("avx2") std::size_t SampleBytesAvx2(Source const& source, RowTaps const& taps, unsigned char* target) {
     constexpr std::int64_t READ = 4;
     std::size_t const samples = taps.column.size();
     std::int64_t const last = source.end - READ - std::max<std::int64_t>(source.below, 0);
@@ -166,21 +174,17 @@ VELNOR_AVX2 std::size_t SampleBytesAvx2(Source const& source, RowTaps const& tap
     return i;
 }
 
-#endif
-
 template <unsigned int Bytes>
-std::size_t SampleFast([[maybe_unused]] Source const& source, [[maybe_unused]] RowTaps const& taps,
-                       [[maybe_unused]] unsigned char* target) {
-#if defined(__x86_64__)
-    if (!HasTarget(Target::Avx2)) return 0;
+void SampleAvx2(Source const& source, RowTaps const& taps, unsigned char* target) {
+    std::size_t done = 0;
     if constexpr (Bytes == 1)
-        return SampleBytesAvx2(source, taps, target);
+        done = SampleBytesAvx2(source, taps, target);
     else
-        return SampleWideAvx2<Bytes>(source, taps, target);
-#else
-    return 0;
-#endif
+        done = SampleWideAvx2<Bytes>(source, taps, target);
+    SampleFrom<Bytes>(source, taps, done, target);
 }
+
+#endif
 
 /// Calls `work<sample bytes>()`.
 template <class Work>
@@ -200,10 +204,7 @@ void WithBytes(unsigned int bytes, Work const& work) {
 } // namespace
 
 void SplitPositions(float const* x, float const* y, std::uint32_t width, std::uint32_t height, RowTaps& taps) {
-    auto split = &Split;
-#if defined(__x86_64__)
-    if (HasTarget(Target::Avx2)) split = &SplitAvx2;
-#endif
+    auto const split = SPLIT.Choose();
     split(x, width, taps.column.data(), taps.right.data(), taps.column.size());
     split(y, height, taps.row.data(), taps.lower.data(), taps.row.size());
 }
@@ -211,13 +212,19 @@ void SplitPositions(float const* x, float const* y, std::uint32_t width, std::ui
 void SampleRow(ConstPlane const& plane, unsigned int sampleBytes, RowTaps const& taps, unsigned char* target) {
     Source const source(plane, sampleBytes);
     WithBytes(sampleBytes, [&]<unsigned int Bytes>() {
-        SampleAll<Bytes>(source, taps, SampleFast<Bytes>(source, taps, target), target);
+        constexpr Variants SAMPLE{
+            Variant{Target::Scalar, &SampleAll<Bytes>},
+#ifdef VELNOR_X86
+            Variant{Target::Avx2, &SampleAvx2<Bytes>},
+#endif
+        };
+        SAMPLE.Choose()(source, taps, target);
     });
 }
 
 void SampleRowScalar(ConstPlane const& plane, unsigned int sampleBytes, RowTaps const& taps, unsigned char* target) {
     Source const source(plane, sampleBytes);
-    WithBytes(sampleBytes, [&]<unsigned int Bytes>() { SampleAll<Bytes>(source, taps, 0, target); });
+    WithBytes(sampleBytes, [&]<unsigned int Bytes>() { SampleAll<Bytes>(source, taps, target); });
 }
 
 void WeighRow(ConstPlane const& source, unsigned int sampleBytes, ConstPlane const& alpha, unsigned int alphaByte,

@@ -56,6 +56,19 @@ Bytes Noise(std::size_t size) {
     return bytes;
 }
 
+TEST(Targets, TheBestVariantUpToTheLimitIsChosen) {
+    constexpr Variants VARIANTS{Variant{Target::Scalar, 's'}, Variant{Target::Ssse3, '3'}, Variant{Target::Avx2, 'a'}};
+    std::vector<std::pair<Target, char>> const choices{{Target::Scalar, 's'}, {Target::Sse2, 's'},
+                                                       {Target::Ssse3, '3'},  {Target::Sse4, '3'},
+                                                       {Target::Avx2, 'a'},   {Target::Avx512, 'a'}};
+    for (auto const& [limit, expected] : choices) EXPECT_EQ(VARIANTS.Choose(limit), expected) << GetTargetName(limit);
+    if (UsedTarget() < Target::Ssse3) GTEST_SKIP() << "This processor has too few instruction sets.";
+    TargetLimit const limit(Target::Ssse3);
+    EXPECT_EQ(VARIANTS.Choose(), '3');
+    EXPECT_EQ(VARIANTS.ListTargets(), (std::vector{Target::Scalar, Target::Ssse3}));
+    EXPECT_EQ(RefusalOf([] { RequireTarget(Target::Avx2); }), "kernels may not use avx2");
+}
+
 TEST(Targets, KernelsGiveTheSameBytes) {
     for (std::size_t const pixels : {1U, 3U, 7U, 16U, 33U, 64U, 131U})
         for (unsigned int bytes = 1; bytes <= 4; ++bytes) {

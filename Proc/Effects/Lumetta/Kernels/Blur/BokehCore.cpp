@@ -1,12 +1,10 @@
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
 
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCoreX86.h"
-#include "Proc/Interfaces/ProcException.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <string>
 
 namespace Velnor::Proc::Kernels {
 namespace {
@@ -45,7 +43,7 @@ void MirrorEnds(PaddedPicture& picture, std::size_t kernelHeight) {
     for (std::size_t j = 0; j < above; ++j, target -= stride, source += stride) std::copy_n(source, stride, target);
 }
 
-#ifdef VELNOR_BOKEH_X86
+#ifdef VELNOR_X86
 /// The weights of one kernel column for the rows summed side by side, when this row of samples is `row` below the
 /// first.
 std::array<float, BOKEH_ROWS> FindWeights(BokehKernel const& kernel, std::size_t row, std::size_t column) {
@@ -72,26 +70,23 @@ BokehRuns MakeRuns(BokehKernel const& kernel) {
     return result;
 }
 
+/// How rows are summed in blocks; not at all, by null.
 struct Entry {
     void (*sum)(PaddedPicture const&, BokehRuns const&, float*) = nullptr;
-    std::size_t blockSamples = 0;
+    std::size_t const* blockSamples = nullptr;
 };
 
-constexpr std::array CODED{Target::Scalar, Target::Sse2, Target::Avx2, Target::Avx512};
-
-Entry FindEntry(Target target) {
-    if (target >= Target::Avx512) return {BokehAvx512::SumRows, BokehAvx512::BLOCK_SAMPLES};
-    if (target >= Target::Avx2) return {BokehAvx2::SumRows, BokehAvx2::BLOCK_SAMPLES};
-    if (target >= Target::Sse2) return {BokehSse2::SumRows, BokehSse2::BLOCK_SAMPLES};
-    return {};
-}
+constexpr Variants BLOCKS{Variant{Target::Scalar, Entry{}},
+                          Variant{Target::Sse2, Entry{&BokehSse2::SumRows, &BokehSse2::BLOCK_SAMPLES}},
+                          Variant{Target::Avx2, Entry{&BokehAvx2::SumRows, &BokehAvx2::BLOCK_SAMPLES}},
+                          Variant{Target::Avx512, Entry{&BokehAvx512::SumRows, &BokehAvx512::BLOCK_SAMPLES}}};
 
 /// In blocks a weight of 0 is multiplied where a neighbouring row has one: 0 must come of it.
 bool AreHarmless(std::vector<float> const& values) {
     return std::ranges::all_of(values, [](float value) { return std::isfinite(value) && !std::signbit(value); });
 }
 #else
-constexpr std::array CODED{Target::Scalar};
+constexpr Variants BLOCKS{Variant{Target::Scalar, nullptr}};
 #endif
 
 } // namespace
@@ -156,18 +151,15 @@ std::vector<float> ConvolvePlain(PaddedPicture const& picture, BokehKernel const
     return sums;
 }
 
-std::vector<Target> SupportedBokehTargets() {
-    std::vector<Target> targets(CODED.begin(), CODED.end());
-    std::erase_if(targets, [](Target target) { return !HasTarget(target); });
-    return targets;
-}
+std::vector<Target> SupportedBokehTargets() { return BLOCKS.ListTargets(); }
 
 std::vector<float> ConvolveWith(Target target, PaddedPicture const& picture, BokehKernel const& kernel) {
-    if (!HasTarget(target)) VELNOR_THROW(ProcException, "kernels may not use " + std::string(GetTargetName(target)));
-#ifdef VELNOR_BOKEH_X86
-    Entry const entry = FindEntry(target);
-    bool const isLargeEnough = picture.rows >= BOKEH_ROWS && picture.samples >= entry.blockSamples;
-    if (entry.sum != nullptr && isLargeEnough && AreHarmless(picture.values)) {
+    RequireTarget(target);
+#ifdef VELNOR_X86
+    Entry const entry = BLOCKS.Choose(target);
+    bool const isLargeEnough =
+        entry.sum != nullptr && picture.rows >= BOKEH_ROWS && picture.samples >= *entry.blockSamples;
+    if (isLargeEnough && AreHarmless(picture.values)) {
         std::vector<float> sums(picture.samples * picture.rows);
         entry.sum(picture, MakeRuns(kernel), sums.data());
         return sums;

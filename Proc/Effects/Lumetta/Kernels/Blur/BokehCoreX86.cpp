@@ -1,8 +1,6 @@
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCoreX86.h"
 
-#include "Proc/Effects/Kit/InstructionSets.h"
-
-#ifdef VELNOR_BOKEH_X86
+#ifdef VELNOR_X86
 
 #include <immintrin.h>
 

@@ -2,8 +2,7 @@
 
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
 
-#if defined(__x86_64__)
-#define VELNOR_BOKEH_X86 1
+#ifdef VELNOR_X86
 
 namespace Velnor::Proc::Kernels {
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-#ifdef __SSE2__
+#ifdef VELNOR_X86
 #include <emmintrin.h>
 #endif
 
@@ -76,7 +76,7 @@ struct Span {
     std::int64_t begin, end;
 };
 
-#ifdef __SSE2__
+#ifdef VELNOR_X86
 /// Steps at which `at` is from 0 to below `limit`.
 Span StepsInside(std::int64_t at, std::int64_t step, std::int64_t limit, std::int64_t count) {
     if (step < 0) return StepsInside(limit - 1 - at, -step, limit, count);
@@ -153,7 +153,6 @@ private:
 /// Writes the part of a row where both walks are inside.
 template <std::size_t Bytes>
 Span WriteInside(ConstPlane const& source, Walk const& one, Walk const& other, unsigned char* to, std::int64_t count) {
-    if (!HasTarget(Target::Sse2)) return {0, 0};
     using Inner = InnerWalk<Bytes>;
     Span const inside = Common(Inner::FindInside(source, one, count), Inner::FindInside(source, other, count));
     Inner first(source, one, inside.begin);
@@ -169,12 +168,12 @@ Span WriteInside(ConstPlane const& source, Walk const& one, Walk const& other, u
     }
     return inside;
 }
-#else
+#endif
+
 template <std::size_t Bytes>
-Span WriteInside(ConstPlane const&, Walk const&, Walk const&, unsigned char*, std::int64_t) {
+Span WriteNothing(ConstPlane const&, Walk const&, Walk const&, unsigned char*, std::int64_t) {
     return {0, 0};
 }
-#endif
 
 template <std::size_t Bytes>
 void WriteNearBorder(ConstPlane const& source, Walk const& one, Walk const& other, unsigned char* to,
@@ -187,12 +186,18 @@ void WriteNearBorder(ConstPlane const& source, Walk const& one, Walk const& othe
 
 template <std::size_t Bytes>
 void MeanRows(ConstPlane const& source, MutablePlane const& target, Similarity const& first, Similarity const& second) {
+    constexpr Variants INSIDE{
+        Variant{Target::Scalar, &WriteNothing<Bytes>},
+#ifdef VELNOR_X86
+        Variant{Target::Sse2, &WriteInside<Bytes>},
+#endif
+    };
     auto const width = static_cast<std::int64_t>(target.GetWidth() / Bytes);
     for (std::uint64_t row = 0; row < target.GetHeight(); ++row) {
         Walk const one = MakeWalk(first, row);
         Walk const other = MakeWalk(second, row);
         unsigned char* const to = target.GetRow(row);
-        Span const inside = WriteInside<Bytes>(source, one, other, to, width);
+        Span const inside = INSIDE.Choose()(source, one, other, to, width);
         WriteNearBorder<Bytes>(source, one, other, to, {0, inside.begin});
         WriteNearBorder<Bytes>(source, one, other, to, {inside.end, width});
     }

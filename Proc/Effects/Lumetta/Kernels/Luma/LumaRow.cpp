@@ -2,14 +2,23 @@
 
 #include "Proc/Effects/Kit/Targets.h"
 
-#if defined(__x86_64__)
+#ifdef VELNOR_X86
 #include <immintrin.h>
 #endif
 
 namespace Velnor::Proc::Kernels {
 namespace {
 
-#if defined(__x86_64__)
+void WriteOneByOne(unsigned char const* row, std::uint64_t pixels, unsigned int pixelBytes, LumaWeights const& weights,
+                   unsigned char* luma) {
+    for (std::uint64_t x = 0; x < pixels; ++x) {
+        unsigned char const* const pixel = row + x * pixelBytes;
+        luma[x] =
+            static_cast<unsigned char>((weights[0] * pixel[0] + weights[1] * pixel[1] + weights[2] * pixel[2]) / 1000);
+    }
+}
+
+#ifdef VELNOR_X86
 
 /// Byte numbers that bring bytes `first` and `second` of four pixels into the halves of 32 bits; -1 is a zero.
 __m128i PickPairs(int pixelBytes, int first, int second) {
@@ -28,9 +37,9 @@ __m128i RepeatPair(std::uint32_t low, std::uint32_t high) { return _mm_set1_epi3
 /// As many pixels as can be read eight at a time; their number comes back. Without division: an eighth of the weighted
 /// sum is below 2^15, and of such a number t / 125 is t * 33555 / 2^22, truncated, since 33555 * 125 is above 2^22 by
 /// 71 alone and 71 t is below 2^22.
-__attribute__((target("ssse3"))) std::uint64_t WriteByEights(unsigned char const* row, std::uint64_t pixels,
-                                                             unsigned int pixelBytes, LumaWeights const& weights,
-                                                             unsigned char* luma) {
+VELNOR_TARGET("ssse3")
+std::uint64_t WriteByEights(unsigned char const* row, std::uint64_t pixels, unsigned int pixelBytes,
+                            LumaWeights const& weights, unsigned char* luma) {
     __m128i const pickPair = PickPairs(static_cast<int>(pixelBytes), 0, 1);
     __m128i const pickLast = PickPairs(static_cast<int>(pixelBytes), 2, -1);
     __m128i const pairWeights = RepeatPair(weights[0], weights[1]);
@@ -53,21 +62,26 @@ __attribute__((target("ssse3"))) std::uint64_t WriteByEights(unsigned char const
     return x;
 }
 
+void WriteSsse3(unsigned char const* row, std::uint64_t pixels, unsigned int pixelBytes, LumaWeights const& weights,
+                unsigned char* luma) {
+    std::uint64_t const done = WriteByEights(row, pixels, pixelBytes, weights, luma);
+    WriteOneByOne(row + done * pixelBytes, pixels - done, pixelBytes, weights, luma + done);
+}
+
 #endif
+
+constexpr Variants WRITE{
+    Variant{Target::Scalar, &WriteOneByOne},
+#ifdef VELNOR_X86
+    Variant{Target::Ssse3, &WriteSsse3},
+#endif
+};
 
 } // namespace
 
 void WriteLumaRow(unsigned char const* row, std::uint64_t pixels, unsigned int pixelBytes, LumaWeights const& weights,
                   unsigned char* luma) {
-    std::uint64_t x = 0;
-#if defined(__x86_64__)
-    if (HasTarget(Target::Ssse3)) x = WriteByEights(row, pixels, pixelBytes, weights, luma);
-#endif
-    for (; x < pixels; ++x) {
-        unsigned char const* const pixel = row + x * pixelBytes;
-        luma[x] =
-            static_cast<unsigned char>((weights[0] * pixel[0] + weights[1] * pixel[1] + weights[2] * pixel[2]) / 1000);
-    }
+    WRITE.Choose()(row, pixels, pixelBytes, weights, luma);
 }
 
 } // namespace Velnor::Proc::Kernels

@@ -12,7 +12,6 @@
 // A shape is measured in a unit of its own (pixels, or fractions of the way to the centre): how deep inside the outline
 // a pixel lies, and how many pixels the unit is long there. All are straight-line functions of x along a row, or square
 // roots of sums of their squares, so rows are vectorised by the compiler.
-#define VELNOR_INLINE inline __attribute__((always_inline))
 
 namespace Velnor::Proc::Kernels {
 namespace {
@@ -84,20 +83,17 @@ void DrawSpanBaseline(unsigned char* row, int from, int to, Edge const& edge, Me
 }
 
 // The same code once more, for the wide registers of newer processors; without fused operations, so the same bytes.
-#if defined(__x86_64__)
 template <class Measure>
-__attribute__((target("avx2"))) void DrawSpanAvx2(unsigned char* row, int from, int to, Edge const& edge,
-                                                  Measure const& measure) {
+VELNOR_TARGET("avx2")
+void DrawSpanAvx2(unsigned char* row, int from, int to, Edge const& edge, Measure const& measure) {
     DrawSpanInline(row, from, to, edge, measure);
 }
-#endif
 
 template <class Measure>
 void DrawSpan(unsigned char* row, int from, int to, Edge const& edge, Measure const& measure) {
-#if defined(__x86_64__)
-    if (HasTarget(Target::Avx2)) return DrawSpanAvx2(row, from, to, edge, measure);
-#endif
-    DrawSpanBaseline(row, from, to, edge, measure);
+    constexpr Variants SPAN{Variant{Target::Scalar, &DrawSpanBaseline<Measure>},
+                            Variant{Target::Avx2, &DrawSpanAvx2<Measure>}};
+    SPAN.Choose()(row, from, to, edge, measure);
 }
 
 /// Distance from a quadrant's corner at the origin, negative within the quadrant.
