@@ -3,7 +3,12 @@
 #include "Proc/Host/Context.h"
 #include "Proc/Host/Factory.h"
 #include "Proc/Host/PluginLoader.h"
+#include "Proc/Host/PluginPath.h"
 #include "Proc/Host/Registry.h"
+#include "Proc/Interfaces/ProcException.h"
+
+#include <algorithm>
+#include <system_error>
 
 namespace Velnor::Proc {
 
@@ -13,6 +18,7 @@ struct Host::State {
     std::shared_ptr<Registry> registry = std::make_shared<Registry>("host");
     ContextHandle context;
     FactoryHandle factory = MakeShared<Factory>(registry, context);
+    std::vector<std::filesystem::path> plugins; ///< Without symbolic links.
 };
 
 Host::Host(std::function<void(IEffectRegistry&)> const& registerEffects, MemoryLimits const& pictures)
@@ -22,10 +28,33 @@ Host::Host(std::function<void(IEffectRegistry&)> const& registerEffects, MemoryL
 
 Host::~Host() = default;
 
-void Host::LoadPlugin(std::filesystem::path const& file) { LoadPluginFile(file, *state->registry); }
+void Host::LoadPlugin(std::filesystem::path const& file) {
+    LoadPluginFile(file, *state->registry);
+    state->plugins.push_back(std::filesystem::canonical(file));
+}
+
+bool Host::HasPlugin(std::filesystem::path const& file) const {
+    std::error_code error;
+    std::filesystem::path const real = std::filesystem::canonical(file, error);
+    return !error && std::ranges::find(state->plugins, real) != state->plugins.end();
+}
 
 void Host::LoadInstalledPlugins() {
     for (std::filesystem::path const& file : FindInstalledPlugins()) LoadPlugin(file);
+}
+
+std::vector<std::string> Host::LoadUserPlugins() {
+    PluginPath const path = FindUserPlugins();
+    std::vector<std::string> problems = path.refusals;
+    for (std::filesystem::path const& file : path.files) {
+        if (HasPlugin(file)) continue;
+        try {
+            LoadPlugin(file);
+        } catch (ProcException const& problem) {
+            problems.push_back(DescribeException(problem));
+        }
+    }
+    return problems;
 }
 
 FactoryHandle const& Host::GetFactory() const { return state->factory; }

@@ -16,7 +16,7 @@ struct RegisteredEffect {
     std::string classId;
     std::string implName;
     EffectKind kind = EffectKind::OneInput;
-    std::string origin; ///< "host", or the file name of the plug-in.
+    std::string origin; ///< "host", a plug-in's file name where it came with the host, or the path of another.
 };
 
 /// The reference host: the registry, plug-ins, the factory and the pictures' allocator. It knows no effect: whoever makes
@@ -48,6 +48,12 @@ public:
 
     /// Loads the plug-ins that came with the host, from the folder "velnor/plugins" beside its library.
     void LoadInstalledPlugins();
+
+    /// Loads the plug-ins that the user has put somewhere (see FindUserPlugins), but for those that are loaded already.
+    /// Returns what was left out and why, a sentence each: one that fails does not hinder the others.
+    std::vector<std::string> LoadUserPlugins();
+
+    bool HasPlugin(std::filesystem::path const& file) const; ///< Whether this file has been loaded.
 
     FactoryHandle const& GetFactory() const;
     ContextHandle const& GetContext() const;

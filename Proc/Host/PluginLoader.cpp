@@ -108,13 +108,20 @@ std::string Register(RegistratorFunction entry, Registry& registry) {
     }
 }
 
+/// How people are told where an effect comes from: plug-ins that came with the host by name, all others by path.
+std::string GetOrigin(fs::path const& file) {
+    std::error_code error;
+    bool const isInstalled = fs::equivalent(file.parent_path(), GetInstalledFolder() / "plugins", error);
+    return isInstalled ? file.filename().string() : fs::absolute(file, error).lexically_normal().string();
+}
+
 } // namespace
 
 void LoadPluginFile(fs::path const& file, Registry& registry) {
     Library library(file);
     RegistratorFunction const entry = library.GetEntry();
     if (entry == nullptr) Fail(file, std::string("it has no entry ") + ENTRY + ", so it is no plug-in.");
-    Registry staged(file.filename().string(), &registry);
+    Registry staged(GetOrigin(file), &registry);
     std::string const error = Register(entry, staged);
     if (!error.empty()) Fail(file, std::string("its ") + ENTRY + " failed: " + error);
     if (staged.GetAll().empty()) Fail(file, std::string("its ") + ENTRY + " registered no effect.");

@@ -27,9 +27,10 @@ void LoadPlugins(Proc::Host& host, std::vector<std::string> const& plugins) {
             PrintError(ReportCurrentException().text);
         }
     }
+    for (std::string const& problem : host.LoadUserPlugins()) PrintError(problem);
     for (std::string const& file : plugins) {
         try {
-            host.LoadPlugin(file);
+            if (!host.HasPlugin(file)) host.LoadPlugin(file);
         } catch (Proc::ProcException const&) {
             throw WrongCall(ReportCurrentException().text);
         }

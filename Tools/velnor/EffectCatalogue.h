@@ -22,8 +22,8 @@ struct CatalogueEntry {
 /// The effects of a host by name.
 class EffectCatalogue {
 public:
-    /// Loads the plug-ins that came with the host, telling on stderr of one that fails, then those named. Throws
-    /// Failure (wrong call) for a named one that cannot be loaded.
+    /// Loads the plug-ins that came with the host and those of the user's folders, telling on stderr of one that fails,
+    /// then those named. Throws Failure (wrong call) for a named one that cannot be loaded.
     explicit EffectCatalogue(std::vector<std::string> const& plugins);
 
     std::vector<CatalogueEntry> const& GetEntries() const { return entries; } ///< Ordered by name.

@@ -30,7 +30,10 @@ bool LogOptions::Start() const {
 }
 
 void AddPluginOption(CLI::App& command, std::vector<std::string>& plugins) {
-    command.add_option("--plugin", plugins, "Load this plug-in too; may be repeated")
+    command
+        .add_option("--plugin", plugins,
+                    "Load this plug-in too; may be repeated. Those that are installed, in a folder of "
+                    "VELNOR_PLUGIN_PATH or in ~/.local/share/velnor/plugins are loaded anyway")
         ->type_name("FILE")
         ->allow_extra_args(false);
     command.allow_extras(); // Collected, so that the message about them is our own.

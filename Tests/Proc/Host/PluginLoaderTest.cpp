@@ -56,13 +56,14 @@ protected:
 
 TEST_F(PluginLoaderTest, MergesWhatAPluginRegisters) {
     LoadPluginFile(FOLDER / "GoodPlugin.so", registry);
-    std::vector<std::string> const loaded{hostsOwn[0], "SettingsTestSecond Test two-input GoodPlugin.so",
-                                          "SettingsTestFirst Test one-input GoodPlugin.so"};
+    std::string const path = (FOLDER / "GoodPlugin.so").string();
+    std::vector<std::string> const loaded{hostsOwn[0], "SettingsTestSecond Test two-input " + path,
+                                          "SettingsTestFirst Test one-input " + path};
     EXPECT_EQ(List(registry), loaded);
     EXPECT_FALSE(registry.FindOneInputEffect("SettingsTestFirst", "Test")({}, {})) << "the library is still there";
 
     std::string const again = ErrorOfLoading(FOLDER / "GoodPlugin.so", registry);
-    EXPECT_NE(again.find("\"SettingsTestSecond\" has an implementation \"Test\" already, registered by GoodPlugin.so"),
+    EXPECT_NE(again.find("\"SettingsTestSecond\" has an implementation \"Test\" already, registered by " + path),
               std::string::npos)
         << again;
     EXPECT_EQ(List(registry), loaded);
