@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Proc/Host/Context.h"
+#include "Tools/check/Pictures.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <initializer_list>
-#include <vector>
 
 namespace Velnor::Proc::Testing {
 
@@ -19,21 +19,8 @@ inline MemoryLimits GuardedPictures() {
 
 inline ContextHandle CreateContext() { return MakeShared<Context>(GuardedPictures()); }
 
-/// A picture whose samples (not the bytes between rows) are a fixed, patternless function of plane, row and column.
-inline VideoHandle MakeNoise(IEffectContext& context, PixFmt format, std::uint32_t width, std::uint32_t height,
-                             std::uint32_t seed = 1) {
-    VideoHandle const picture = context.CreateImage(format, FrameFormat::Square(width, height));
-    std::uint32_t state = seed * 2654435761U + 1;
-    for (unsigned char plane = 0; plane < GetPlanesCount(*picture); ++plane) {
-        MutablePlane const samples = picture->GetMutablePlane(plane);
-        for (std::uint64_t y = 0; y < samples.GetHeight(); ++y)
-            for (std::uint64_t x = 0; x < samples.GetWidth(); ++x) {
-                state = state * 1664525U + 1013904223U;
-                samples.GetRow(y)[x] = static_cast<unsigned char>(state >> 24);
-            }
-    }
-    return picture;
-}
+using Check::MakeNoise;
+using Check::Samples;
 
 /// A picture of one plane with every pixel's bytes as given.
 inline VideoHandle MakeFlat(IEffectContext& context, PixFmt format, std::uint32_t width, std::uint32_t height,
@@ -44,17 +31,6 @@ inline VideoHandle MakeFlat(IEffectContext& context, PixFmt format, std::uint32_
         for (std::uint64_t x = 0; x < samples.GetWidth(); ++x)
             samples.GetRow(y)[x] = static_cast<unsigned char>(*(pixel.begin() + x % pixel.size()));
     return picture;
-}
-
-/// All samples of all planes, row by row, without what lies between rows.
-inline std::vector<unsigned char> Samples(IDataVideo const& picture) {
-    std::vector<unsigned char> bytes;
-    for (unsigned char plane = 0; plane < GetPlanesCount(picture); ++plane) {
-        ConstPlane const samples = picture.GetPlane(plane);
-        for (std::uint64_t y = 0; y < samples.GetHeight(); ++y)
-            bytes.insert(bytes.end(), samples.GetRow(y), samples.GetRow(y) + samples.GetWidth());
-    }
-    return bytes;
 }
 
 } // namespace Velnor::Proc::Testing

@@ -2,13 +2,11 @@
 
 // What the suites share that run over every effect in the registry, the plug-in's and the host's alike.
 
-#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/PluginHost.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -31,14 +29,6 @@ inline std::unique_ptr<Settings> TypicalSettings(SettingsType const& type) {
     for (SettingsField const& field : type.describe())
         if (!field.isOutput) field.parse(*settings, field.example);
     return settings;
-}
-
-/// Noise has next to no stroke in it: the first row is one on the object, the last on the background.
-inline void PaintStrokes(MutablePlane const& strokes) {
-    SettingsEffectGrabCutSegmentation const values;
-    std::fill_n(strokes.GetRow(0), strokes.GetWidth(), static_cast<unsigned char>(values.GetForeground()));
-    std::fill_n(strokes.GetRow(strokes.GetHeight() - 1), strokes.GetWidth(),
-                static_cast<unsigned char>(values.GetBackground()));
 }
 
 } // namespace Testing

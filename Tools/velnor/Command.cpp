@@ -7,14 +7,14 @@ char const* const EXIT_CODES = R"(Exit codes:
   1    of several photographs some failed, the others are done
   2    wrong call: unknown effect or parameter, value of the wrong type or outside its range
   3    an input is missing, damaged or no picture
-  4    an output exists already, could not be made or could not be written
+  4    an output exists already, could not be made or could not be written; a plug-in breaks a promise
   5    over a limit, such as --max-megapixels or --max-memory, or out of memory
   130  stopped, by Ctrl-C or a signal
 When several photographs are given and none could be done, the code is that of the first failure.)";
 
 std::vector<Command> DeclareCommands(CLI::App& app) {
     app.footer(EXIT_CODES);
-    return {DeclareApply(app), DeclareCutout(app), DeclareEffects(app), DeclareDescribe(app)};
+    return {DeclareApply(app), DeclareCutout(app), DeclareEffects(app), DeclareDescribe(app), DeclareCheck(app)};
 }
 
 } // namespace Velnor::Tool

@@ -20,6 +20,7 @@ Command DeclareApply(CLI::App& app);
 Command DeclareCutout(CLI::App& app);
 Command DeclareEffects(CLI::App& app);
 Command DeclareDescribe(CLI::App& app);
+Command DeclareCheck(CLI::App& app);
 
 /// All of them, in the order of the help.
 std::vector<Command> DeclareCommands(CLI::App& app);

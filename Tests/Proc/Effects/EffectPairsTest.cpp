@@ -1,7 +1,6 @@
 // Every effect after every effect: what one makes of a picture, in any format, the next one takes.
 
 #include "Proc/Host/Host.h"
-#include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/PluginHost.h"
 #include "Tests/Support/RegisteredEffects.h"
@@ -78,10 +77,7 @@ private:
         if (Is("ImageBlender") || Is("BlendPalette")) return picture.MakeCopy(CopyMode::Value);
         FrameFormat const frame = picture.GetFrameFormat();
         VideoHandle const mask = MakeFlat(Context(), PixFmt::GRAY8, frame.width, frame.height, {0});
-        SettingsEffectGrabCutSegmentation const values;
-        MutablePlane const plane = mask->GetMutablePlane(0);
-        std::fill_n(plane.GetRow(0), frame.width, static_cast<unsigned char>(values.GetForeground()));
-        std::fill_n(plane.GetRow(frame.height - 1), frame.width, static_cast<unsigned char>(values.GetBackground()));
+        Check::PaintStrokes(mask->GetMutablePlane(0));
         return mask;
     }
 
