@@ -48,7 +48,7 @@ struct FakeRegistry : IEffectRegistry {
 };
 
 /// The whole table of the contract, in its order.
-constexpr std::array<std::array<char const*, 2>, 42> CONTRACT{{
+constexpr auto CONTRACT = std::to_array<std::array<char const*, 2>>({
     {"SettingsEffectAligner", "one"},
     {"SettingsEffectAutoEnhance", "one"},
     {"SettingsEffectAutoGlareRemove", "one"},
@@ -91,7 +91,7 @@ constexpr std::array<std::array<char const*, 2>, 42> CONTRACT{{
     {"SettingsEffectTintTemperature", "one"},
     {"SettingsEffectVignette", "one"},
     {"SettingsEffectWhiteBalance", "one"},
-}};
+});
 
 TEST(Registrator, RegistersInTheOrderOfTheContractUnderTheFrameworksName) {
     FakeRegistry registry;

@@ -94,7 +94,7 @@ TEST(Threads, AreTheTwelveOfTheCutAlone) {
         if (registered.classId == SettingsEffectRemoveBackground::CLASS_ID) cuts = started / 12; // As many as it needs.
         EXPECT_EQ(started, 12 * cuts);
     }
-    EXPECT_EQ(effectsCount, 42);
+    EXPECT_GE(effectsCount, 42);
     EXPECT_GT(startedElsewhere, 0) << "the host's bands were seen";
 }
 

@@ -1,18 +1,11 @@
-// A plug-in by somebody else, with settings of its own, on nothing but what is installed.
+// Inversion: turns colours into their opposites, through one table for red, green and blue.
+#include "SettingsEffectInversion.h"
+
 #include "Proc/Effects/Kit/ByteTables.h"
+#include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Lumetta/EffectBaseCSC.h"
-#include "Proc/Interfaces/DefineSettings.h"
-#include "Proc/Interfaces/SettingsFields.h"
 
 namespace Velnor::Proc {
-
-class SettingsEffectInversion final : public SettingsOf<SettingsEffectInversion> {
-    VELNOR_SETTINGS(SettingsEffectInversion, "Turns colours into their opposites.")
-    VELNOR_FIELD(int, White, 255, "what black becomes", Range(0, 255))
-    VELNOR_SETTINGS_END
-};
-VELNOR_DEFINE_SETTINGS(SettingsEffectInversion)
 
 class Inversion : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectInversion> {
 public:
@@ -35,8 +28,3 @@ public:
 VELNOR_EFFECT(SettingsEffectInversion, OneInput, Inversion)
 
 } // namespace Velnor::Proc
-
-void Registrator(Velnor::Proc::IEffectRegistry* registry) {
-    using namespace Velnor::Proc;
-    RegisterEffects(*registry, ImplNames::VELNOR, {InversionEntry()});
-}
