@@ -49,8 +49,11 @@ OutputFile::OutputFile(fs::path const& file, bool overwriteTarget, Temporary kin
     }
 }
 
+OutputFile::OutputFile(fs::path const& name, int openFile)
+    : path(name), overwrite(true), descriptor(openFile), isCallers(true) {}
+
 OutputFile::~OutputFile() {
-    if (descriptor >= 0) close(descriptor);
+    if (descriptor >= 0 && !isCallers) close(descriptor);
     if (!temporary.empty()) unlink(temporary.c_str());
 }
 
@@ -158,6 +161,7 @@ int OutputFile::MoveToFreeName() const {
 }
 
 void OutputFile::Commit() {
+    if (isCallers) return;
     if (fsync(descriptor) != 0) FailBySystem(errno);
     int error = 0;
     if (!overwrite) {

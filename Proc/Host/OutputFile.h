@@ -23,6 +23,9 @@ public:
     /// permissions are kept; where the path is a link, the file that it leads to. Throws FileOutputException when the
     /// target exists and may not or cannot be replaced, or when its folder cannot be written to.
     OutputFile(std::filesystem::path const& file, bool overwriteTarget, Temporary kind = Temporary::Unnamed);
+    /// Writes to an open file of the caller's, which stays open, in the way of others: to commit it does nothing.
+    /// @param name  for messages
+    OutputFile(std::filesystem::path const& name, int openFile);
     ~OutputFile(); ///< Drops what was written, unless it was committed.
     OutputFile(OutputFile const&) = delete;
     OutputFile& operator=(OutputFile const&) = delete;
@@ -57,6 +60,7 @@ private:
     std::filesystem::path temporary; ///< Empty while the temporary file has no name.
     int replacedMode = -1;           ///< Permissions of the file that is replaced.
     int descriptor = -1;
+    bool const isCallers = false;
 };
 
 } // namespace Velnor::Proc

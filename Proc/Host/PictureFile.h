@@ -15,7 +15,9 @@ namespace Velnor::Proc {
 
 /// What a picture file could not do; the description names the file. One type for each way a caller can react.
 class VELNOR_API FileException : public ProcException {};
-class VELNOR_API FileInputException : public FileException {};  ///< Missing, damaged, or no picture.
+class VELNOR_API FileInputException : public FileException {}; ///< Missing, damaged, or no picture.
+/// Damaged; ReadOptions::acceptDamaged keeps what can be read.
+class VELNOR_API FileDamageException : public FileInputException {};
 class VELNOR_API FileOutputException : public FileException {}; ///< Exists already, or could not be written.
 class VELNOR_API FileLimitException : public FileException {};  ///< Over a limit of the reader.
 
@@ -34,8 +36,9 @@ public:
 
 struct ReadOptions {
     std::uint64_t maxPixels = 512'000'000; ///< Checked on the header, before a pixel is decoded.
-    bool acceptDamaged = false;            ///< Keep the readable part of a damaged file; the rest is grey or black.
-    std::uint64_t maxMemory = 0;           ///< Bytes that reading may take, by the header; 0: half of what there is.
+    /// Keep the readable part of a damaged file; the rest is grey or black. Of HEIC and AVIF there is none.
+    bool acceptDamaged = false;
+    std::uint64_t maxMemory = 0; ///< Bytes that reading may take, by the header; 0: half of what there is.
     double maxExpansion = 0; ///< Of 64 megapixels and more: how many times their file they may take; 0: by the kind.
     /// Convert what has a colour profile other than sRGB by it: the picture then has that of sRGB, a grey one has none.
     bool toSrgb = false;
@@ -45,7 +48,7 @@ struct ReadOptions {
 enum class Strip : std::uint8_t {
     None,
     Gps,       ///< Where the picture was taken, in EXIF and XMP.
-    Thumbnail, ///< What is never written, so nothing more.
+    Thumbnail, ///< Previews in maker notes and pictures in XMP too; the usual thumbnails are never written.
     All,       ///< All but colour profile and resolution, without which the picture looks different.
 };
 
@@ -55,6 +58,9 @@ struct WriteOptions {
     /// was read, and otherwise 90, AVIF and HEIC 70.
     std::optional<int> quality = {};
     bool overwrite = false; ///< Replace an existing file; else it is a FileOutputException.
+    /// An open file to write to in place of the path, which then gives the format and a name for messages. One that can
+    /// be read and sought in too; it stays open, and what of it was written when writing fails is the caller's matter.
+    int descriptor = -1;
     Strip strip = Strip::None;
     bool keepTimes = false; ///< The file gets the times of last access and change of the one that was read.
     /// Whether JPEG, AVIF and HEIC hold chroma at half the resolution. Where it is not set, a JPEG file does as the
@@ -72,9 +78,9 @@ struct LoadedPicture {
     std::vector<std::string> warnings; ///< What was lost in reading, a line for a person each.
 };
 
-/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, PNM, HEIC, AVIF, JPEG XL, raw files of cameras), a regular file,
-/// of several pages the first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage is
-/// whatever the decoder warns of, in what stands beside the pixels too. Throws FileInputException; FileLimitException,
+/// Reads a picture file (JPEG, PNG, TIFF, WebP, GIF, HEIC, AVIF, JPEG XL, PNM, BMP, raw files of cameras), a regular
+/// file, of several pages the first. Deeper samples are converted to 8 bits with rounding, CMYK and Lab to sRGB. Damage
+/// is whatever the decoder warns of, and metadata that is not all there. Throws FileInputException; FileLimitException,
 /// before a pixel is decoded; FileException with TranscodingErrors::OutOfMemory when memory runs out.
 VELNOR_API LoadedPicture ReadPicture(std::filesystem::path const& path, IEffectContext& context,
                                      ReadOptions const& options = {});

@@ -1,5 +1,7 @@
 #include "Proc/Host/Files/ColorProfile.h"
 
+#include "Proc/Host/Files/FileBytes.h"
+
 #include <lcms2.h>
 
 #include <algorithm>
@@ -64,6 +66,12 @@ Bytes FromSrgb(Bytes pixels, std::string const& profile) {
 bool IsProfileFor(std::string const& profile, bool grey) {
     constexpr std::size_t COLOR_SPACE_AT = 16;
     return profile.size() >= COLOR_SPACE_AT + 4 && profile.compare(COLOR_SPACE_AT, 4, grey ? "GRAY" : "RGB ") == 0;
+}
+
+bool IsProfileWhole(std::string const& profile) {
+    constexpr std::size_t HEADER_BYTES = 128;
+    return profile.empty() ||
+           (profile.size() >= HEADER_BYTES && profile.size() >= ToNumber(std::string_view(profile).substr(0, 4)));
 }
 
 bool IsSrgb(std::string const& profile) {

@@ -12,6 +12,9 @@ namespace Velnor::Proc::Files {
 /// Whether an ICC profile is for grey or for RGB pictures, as its header says (ICC.1:2010, 7.2.6).
 bool IsProfileFor(std::string const& profile, bool grey);
 
+/// Whether all bytes of an ICC profile are there, as its header counts them; true of none.
+bool IsProfileWhole(std::string const& profile);
+
 /// Whether an ICC profile is one of the many of sRGB, which differ in their rounding, by a level at most.
 bool IsSrgb(std::string const& profile);
 

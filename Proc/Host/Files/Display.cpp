@@ -56,8 +56,21 @@ OwnedImage LinearGreyToGrey(OwnedImage const& image) {
     return Apply(ToRgb(linear), [](VipsImage* in, VipsImage** out) { return vips_extract_band(in, out, 0, nullptr); });
 }
 
-/// The value that stands for white in a format of integers, 0 for others.
-double GetWhite(VipsBandFormat format) {
+/// Of PFM, which the library takes for no colours in particular.
+OwnedImage LinearRgbToRgb(OwnedImage const& image) {
+    return ToRgb(Apply(image, [](VipsImage* in, VipsImage** out) {
+        return vips_copy(in, out, "interpretation", VIPS_INTERPRETATION_scRGB, nullptr);
+    }));
+}
+
+/// The value that stands for white in an image of integers, 0 where it is the largest of unsigned ones of one or two
+/// bytes.
+double GetWhite(VipsImage* image) {
+    int most = 0; // Of a PNM file, which may have any.
+    bool const isTold = vips_image_get_typeof(image, "ppm-max-value") != 0 &&
+                        vips_image_get_int(image, "ppm-max-value", &most) == 0 && most > 0;
+    VipsBandFormat const format = vips_image_get_format(image);
+    if (isTold && most != (format == VIPS_FORMAT_UCHAR ? UINT8_MAX : UINT16_MAX)) return most;
     switch (format) {
     case VIPS_FORMAT_CHAR:
         return std::numeric_limits<signed char>::max();
@@ -99,8 +112,9 @@ OwnedImage ConvertModel(OwnedImage image) {
     if (interpretation == VIPS_INTERPRETATION_CMYK) return CmykToRgb(image);
     if (!IsGreyOrRgb(interpretation)) return ToRgb(image);
     if (vips_band_format_isfloat(format) && vips_image_get_bands(image.get()) < 3) return LinearGreyToGrey(image);
+    if (vips_image_get_typeof(image.get(), "pfm-scale") != 0) return LinearRgbToRgb(image);
     if (vips_band_format_isfloat(format)) return ScaleToBytes(image, 1);
-    double const white = GetWhite(format);
+    double const white = GetWhite(image.get());
     return white == 0 ? std::move(image) : ScaleToBytes(image, white);
 }
 
@@ -134,6 +148,8 @@ int CountPngFrames(int descriptor) {
 }
 
 } // namespace
+
+bool ChangesColorModel(VipsImage* image) { return !IsGreyOrRgb(vips_image_guess_interpretation(image)); }
 
 std::vector<std::string> DescribeConversions(VipsImage* image, int descriptor) {
     std::vector<std::string> lines;

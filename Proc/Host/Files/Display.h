@@ -13,6 +13,9 @@ namespace Velnor::Proc::Files {
 /// Null when the library fails.
 OwnedImage MakeDisplayable(OwnedImage image);
 
+/// Whether MakeDisplayable takes the image from another colour model to sRGB.
+bool ChangesColorModel(VipsImage* image);
+
 /// The image with the profile of sRGB in place of its own; a grey one has none. Null when the library fails.
 OwnedImage WithSrgbProfile(OwnedImage const& image);
 

@@ -4,6 +4,6 @@
 
 extern "C" VELNOR_API Velnor::Proc::Files::EncodersModule const* GetVelnorEncoders() {
     using namespace Velnor::Proc::Files;
-    static constexpr EncodersModule MODULE{&EncodeHeif, &EncodeJxl};
+    static constexpr EncodersModule MODULE{&EncodeHeif, &EncodeJxl, &SalvageJxl};
     return &MODULE;
 }

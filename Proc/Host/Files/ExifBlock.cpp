@@ -32,8 +32,11 @@ enum Tag : unsigned {
     EXIF_DIRECTORY = 0x8769,
     GPS_DIRECTORY = 0x8825,
     USER_COMMENT = 0x9286,
+    COLOR_SPACE = 0xA001,
     PIXEL_X_DIMENSION = 0xA002,
     PIXEL_Y_DIMENSION = 0xA003,
+    INTEROPERABILITY_DIRECTORY = 0xA005,
+    INTEROPERABILITY_INDEX = 0x0001, // in that directory
 };
 
 constexpr unsigned UNIT_INCH = 2;
@@ -114,6 +117,35 @@ void ExifBlock::SetUpright(std::uint32_t width, std::uint32_t height) {
     SetNumber(GetFirstDirectory(), HEIGHT, height);
     SetNumber(GetDirectory(EXIF_DIRECTORY), PIXEL_X_DIMENSION, width);
     SetNumber(GetDirectory(EXIF_DIRECTORY), PIXEL_Y_DIMENSION, height);
+}
+
+void ExifBlock::SetSrgb() {
+    constexpr std::string_view BASIC_FILE("R98\0", 4); // Others are of files in the colours of Adobe RGB.
+    std::size_t const exif = GetDirectory(EXIF_DIRECTORY);
+    SetNumber(exif, COLOR_SPACE, 1);
+    std::size_t const pointer = Find(exif, INTEROPERABILITY_DIRECTORY);
+    std::size_t const index = pointer == 0 ? 0 : Find(Get(pointer + VALUE_AT, 4), INTEROPERABILITY_INDEX);
+    if (index != 0 && Get(index + 4, 4) == BASIC_FILE.size()) bytes.replace(index + VALUE_AT, 4, BASIC_FILE);
+}
+
+int ExifBlock::GetOrientation() const {
+    std::size_t const entry = Find(GetFirstDirectory(), ORIENTATION);
+    std::uint32_t const value = entry == 0 || Get(entry + 2, 2) != SHORT ? 1 : Get(entry + VALUE_AT, 2);
+    return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
+}
+
+/// Of files in files, such as a preview with a thumbnail, the outer one counts.
+void ExifBlock::WipePreviews() {
+    constexpr std::string_view BEGIN = "\xff\xd8\xff";
+    constexpr std::string_view END = "\xff\xd9";
+    std::size_t begin = 0;
+    int depth = 0;
+    for (std::size_t at = bytes.find('\xff'); at != std::string::npos; at = bytes.find('\xff', at + 1)) {
+        bool const isBegin = bytes.compare(at, BEGIN.size(), BEGIN) == 0;
+        bool const isEnd = depth > 0 && bytes.compare(at, END.size(), END) == 0;
+        if (isBegin && depth++ == 0) begin = at;
+        if (isEnd && --depth == 0) Wipe(begin, at + END.size() - begin);
+    }
 }
 
 /// Overwrites with zeros; at the block's end takes the bytes out.

@@ -20,8 +20,15 @@ public:
 
     /// For a picture that stands upright: orientation 1, and the size, in those of its tags that there are.
     void SetUpright(std::uint32_t width, std::uint32_t height);
-    void DropThumbnail(); ///< The second directory, and the picture that it points to.
+    /// For a picture that has become sRGB: its colour space, and the kind of its file, in those of the tags that there
+    /// are.
+    void SetSrgb();
+    int GetOrientation() const; ///< 1 to 8, 1 where it is not told.
+    void DropThumbnail();       ///< The second directory, and the picture that it points to.
     void DropGps();
+    /// Overwrites whole JPEG files that are left in the block with zeros: previews in maker notes, which show the
+    /// picture as it was taken.
+    void WipePreviews();
 
     struct Resolution {
         double x, y; ///< Pixels per millimetre.

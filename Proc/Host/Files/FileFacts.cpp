@@ -1,53 +1,20 @@
 #include "Proc/Host/Files/FileFacts.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include "Proc/Host/Files/FileBytes.h"
+#include "Proc/Host/Files/HeifBoxes.h"
+#include "Proc/Host/Files/PnmFile.h"
+#include "Proc/Host/Files/WebPFile.h"
+
 #include <zlib.h>
 
 #include <algorithm>
 #include <array>
 #include <new>
+#include <optional>
 #include <string_view>
-#include <vector>
 
 namespace Velnor::Proc::Files {
 namespace {
-
-/// Bytes at places of a file, whatever its position.
-class FileBytes {
-public:
-    explicit FileBytes(int file) : descriptor(file) {
-        struct stat status {};
-        if (fstat(file, &status) == 0) size = static_cast<std::uint64_t>(status.st_size);
-    }
-
-    std::uint64_t GetSize() const { return size; }
-    bool Holds(std::uint64_t at, std::uint64_t bytes) const { return at <= size && bytes <= size - at; }
-
-    /// Empty when the file does not hold them all.
-    std::string Read(std::uint64_t at, std::uint64_t bytes) const {
-        if (!Holds(at, bytes)) return {};
-        std::string read(bytes, '\0');
-        std::size_t done = 0;
-        while (done < bytes) {
-            ssize_t const got = pread(descriptor, read.data() + done, bytes - done, static_cast<off_t>(at + done));
-            if (got <= 0) return {};
-            done += static_cast<std::size_t>(got);
-        }
-        return read;
-    }
-
-private:
-    int const descriptor;
-    std::uint64_t size = 0;
-};
-
-std::uint64_t ToNumber(std::string_view bytes, bool isLittleEndian = false) {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        value = value << 8 | static_cast<unsigned char>(bytes[isLittleEndian ? bytes.size() - 1 - i : i]);
-    return value;
-}
 
 /// What comes of unpacking something.
 struct Unpacked {
@@ -148,13 +115,32 @@ private:
 class TiffWalk {
 public:
     TiffWalk(FileBytes const& tiff, FileFacts& found) : file(tiff), facts(found) {
-        std::string const head = file.Read(0, 16);
+        constexpr std::uint64_t SHORT_HEAD = 8;
+        constexpr std::uint64_t LONG_HEAD = 16;
+        std::string const head = file.Read(0, std::clamp(file.GetSize(), SHORT_HEAD, LONG_HEAD));
         isLittleEndian = head.starts_with("II");
-        isBig = head.size() == 16 && Get(std::string_view(head).substr(2, 2)) == 43;
+        hasOrder = isLittleEndian || head.starts_with("MM");
+        isBig = head.size() == LONG_HEAD && Get(std::string_view(head).substr(2, 2)) == 43;
         if (!head.empty()) first = Get(std::string_view(head).substr(isBig ? 8 : 4, isBig ? 8 : 4));
     }
 
-    void Run() { TakeDirectory(first, 0); }
+    void Run() {
+        if (!hasOrder) return AddDamage(facts, "it does not begin with a byte order");
+        TakeDirectory(first, 0);
+    }
+
+    /// Of files, where a block of EXIF may leave out that there is no further one.
+    void RequireFurtherDirectories() {
+        constexpr int MOST_PAGES = 1000; // Links may run in a circle.
+        std::uint64_t at = first;
+        for (int page = 0; page < MOST_PAGES && at != 0; ++page) {
+            std::string const head = file.Read(at, GetCountBytes());
+            std::string const link = file.Read(at + GetCountBytes() + Get(head) * GetEntryBytes(), isBig ? 8 : 4);
+            if (head.empty() || link.empty()) return AddDamage(facts, "it ends before a directory of its tags");
+            if (page > 0) TakeDirectory(at, 1);
+            at = Get(link);
+        }
+    }
 
 private:
     enum Tag : std::uint16_t {
@@ -164,20 +150,22 @@ private:
         TILE_LENGTH = 323,
         EXIF = 34665,
         GPS = 34853,
+        INTEROPERABILITY = 40965,
     };
 
     std::uint64_t Get(std::string_view bytes) const { return ToNumber(bytes, isLittleEndian); }
+    std::uint64_t GetCountBytes() const { return isBig ? 8 : 2; }
+    std::uint64_t GetEntryBytes() const { return isBig ? 20 : 12; }
 
     void TakeDirectory(std::uint64_t at, int depth) {
         constexpr std::uint64_t MOST_ENTRIES = 65535;
-        std::uint64_t const countBytes = isBig ? 8 : 2;
-        std::uint64_t const entryBytes = isBig ? 20 : 12;
-        std::string const head = file.Read(at, countBytes);
+        std::string const head = file.Read(at, GetCountBytes());
         std::uint64_t const count = std::min(MOST_ENTRIES, Get(head));
-        std::string const entries = file.Read(at + countBytes, count * entryBytes);
-        if (entries.empty()) AddDamage(facts, "it ends before a directory of its tags");
-        for (std::size_t i = 0; i < entries.size(); i += entryBytes)
-            TakeEntry(std::string_view(entries).substr(i, entryBytes), depth);
+        std::string const entries = file.Read(at + GetCountBytes(), count * GetEntryBytes());
+        bool const isEmpty = !head.empty() && count == 0;
+        if (entries.empty() && !isEmpty) AddDamage(facts, "it ends before a directory of its tags");
+        for (std::size_t i = 0; i < entries.size(); i += GetEntryBytes())
+            TakeEntry(std::string_view(entries).substr(i, GetEntryBytes()), depth);
         if (depth == 0) facts.pixelBits = sampleBits * samples;
     }
 
@@ -198,21 +186,34 @@ private:
 
     /// @param value  the first of the tag's values
     void TakeValue(std::uint16_t tag, std::uint64_t value, int depth) {
+        if (depth == 1 && tag == INTEROPERABILITY && value != 0) TakeDirectory(value, depth + 1);
         if (depth > 0) return;
         if (tag == BITS_PER_SAMPLE) sampleBits = static_cast<unsigned>(value);
         if (tag == SAMPLES_PER_PIXEL) samples = static_cast<unsigned>(value);
         if (tag == ROWS_PER_STRIP || tag == TILE_LENGTH) facts.rowsAtOnce = value;
-        if (tag == EXIF || tag == GPS) TakeDirectory(value, depth + 1);
+        constexpr std::array<std::uint16_t, 9> UNREAD{270, 271, 272, 306, 315, 33432, 33723, EXIF, GPS};
+        if (isBig && std::ranges::count(UNREAD, tag) > 0) facts.hasUnreadTags = true;
+        if ((tag == EXIF || tag == GPS) && value != 0) TakeDirectory(value, depth + 1);
     }
 
     FileBytes const& file;
     FileFacts& facts;
     bool isLittleEndian = false;
+    bool hasOrder = false;
     bool isBig = false;
     std::uint64_t first = 0;
     unsigned sampleBits = 1;
     unsigned samples = 1;
 };
+
+void AddPnmFacts(FileBytes const& file, FileFacts& facts) {
+    std::optional<PnmExtent> const extent = MeasurePnm(file);
+    if (!extent || extent->wholeRows == extent->height) return;
+    facts.wholeRows = extent->wholeRows;
+    facts.missingBytes = extent->missingBytes;
+    AddDamage(facts,
+              "it ends after row " + std::to_string(extent->wholeRows) + " of " + std::to_string(extent->height));
+}
 
 } // namespace
 
@@ -221,8 +222,24 @@ FileFacts ReadFileFacts(int descriptor, ReadKind kind) {
     FileFacts facts;
     facts.fileBytes = file.GetSize();
     if (kind == ReadKind::Png) PngWalk(file, facts).Run();
-    if (kind == ReadKind::Tiff) TiffWalk(file, facts).Run();
+    if (kind == ReadKind::Tiff) {
+        TiffWalk walk(file, facts);
+        walk.Run();
+        walk.RequireFurtherDirectories();
+    }
+    if (kind == ReadKind::WebP) AddDamage(facts, ReadWebPChunks(file).damage);
+    if (kind == ReadKind::Pnm) AddPnmFacts(file, facts);
+    if (kind == ReadKind::Heif) AddDamage(facts, FindHeifDamage(file));
     return facts;
+}
+
+std::string FindExifDamage(std::string_view block) {
+    constexpr std::string_view PREFIX("Exif\0\0", 6);
+    if (block.starts_with(PREFIX)) block.remove_prefix(PREFIX.size());
+    if (block.empty()) return {};
+    FileFacts facts;
+    TiffWalk(FileBytes(block), facts).Run();
+    return facts.damage.empty() ? "" : "in its EXIF, " + facts.damage;
 }
 
 } // namespace Velnor::Proc::Files

@@ -46,6 +46,12 @@ std::vector<ImageResource> ParseImageResources(std::string const& block) {
     return resources;
 }
 
+bool AreImageResourcesWhole(std::string const& block) {
+    std::size_t bytes = 0;
+    for (ImageResource const& resource : ParseImageResources(block)) bytes += resource.whole.size();
+    return bytes >= block.size() || block.compare(bytes, SIGNATURE.size(), SIGNATURE) != 0; // Some are filled up.
+}
+
 std::string WrapIptc(std::string const& iptc) {
     auto const size = static_cast<std::uint32_t>(iptc.size());
     std::string resource = std::string(SIGNATURE) + std::string("\x04\x04\0\0", 4);

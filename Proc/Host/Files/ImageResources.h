@@ -17,6 +17,9 @@ inline constexpr unsigned IPTC_RESOURCE = 1028;
 /// What stands before a damaged resource.
 std::vector<ImageResource> ParseImageResources(std::string const& block);
 
+/// Whether no resource reaches over the block's end.
+bool AreImageResourcesWhole(std::string const& block);
+
 /// IPTC data as an image resource.
 std::string WrapIptc(std::string const& iptc);
 

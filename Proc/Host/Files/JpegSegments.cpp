@@ -1,8 +1,7 @@
 #include "Proc/Host/Files/JpegSegments.h"
 
+#include "Proc/Host/Files/FileBytes.h"
 #include "Proc/Host/Files/XmpPacket.h"
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -52,37 +51,68 @@ std::string BigEndian(std::size_t value, std::size_t bytes) {
 
 unsigned char ByteOf(char c) { return static_cast<unsigned char>(c); }
 
-std::string ReadAt(int descriptor, off_t at, std::size_t bytes) {
-    std::string content(bytes, '\0');
-    ssize_t const read = pread(descriptor, content.data(), bytes, at);
-    content.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
-    return content;
-}
-
 /// The parts of extended XMP by their identity and place; only those that follow each other count.
 class ExtendedParts {
 public:
     void Add(std::string_view content) {
         constexpr std::size_t HEAD = IDENTITY_BYTES + 8;
         if (content.size() < HEAD) return;
-        std::size_t place = 0;
-        for (char const c : content.substr(IDENTITY_BYTES + 4, 4)) place = place << 8 | ByteOf(c);
-        parts[std::string(content.substr(0, IDENTITY_BYTES))][place] = content.substr(HEAD);
+        Whole& whole = parts[std::string(content.substr(0, IDENTITY_BYTES))];
+        whole.bytes = ToNumber(content.substr(IDENTITY_BYTES, 4));
+        whole.pieces[ToNumber(content.substr(IDENTITY_BYTES + 4, 4))] = content.substr(HEAD);
     }
 
-    std::string Join(std::string const& packet) const {
-        for (auto const& [identity, pieces] : parts) {
+    /// The packet with the part that it names, as far as that is there; says when it is not.
+    std::string Join(std::string const& packet, std::string& damage) const {
+        if (!NamesExtendedXmp(packet)) return packet;
+        std::string extended;
+        std::uint64_t bytes = 1; // Of what is not there at all.
+        for (auto const& [identity, whole] : parts) {
             if (packet.find(identity) == std::string::npos) continue;
-            std::string whole;
-            for (auto const& [place, piece] : pieces)
-                if (place == whole.size()) whole += piece;
-            return JoinExtendedXmp(packet, whole);
+            bytes = whole.bytes;
+            for (auto const& [place, piece] : whole.pieces)
+                if (place == extended.size()) extended += piece;
         }
-        return packet;
+        if (extended.size() < bytes) damage = "its extended XMP misses a part";
+        return JoinExtendedXmp(packet, extended);
     }
 
 private:
-    std::map<std::string, std::map<std::size_t, std::string>> parts;
+    struct Whole {
+        std::uint64_t bytes = 0;
+        std::map<std::size_t, std::string> pieces;
+    };
+    std::map<std::string, Whole> parts;
+};
+
+/// The segments of a profile, each of which has its number and tells how many there are.
+class ProfileParts {
+public:
+    void Add(std::string_view content) {
+        if (content.size() < 2) return;
+        parts[ByteOf(content[0])] = content.substr(2);
+        count = std::max(count, std::size_t{ByteOf(content[1])});
+    }
+
+    std::string FindDamage() const {
+        std::size_t const first = parts.contains(0) ? 0 : 1; // Some count from there.
+        for (std::size_t i = first; i < first + count; ++i)
+            if (!parts.contains(i))
+                return "its colour profile misses segment " + std::to_string(i) + " of " + std::to_string(count);
+        return {};
+    }
+
+    /// Empty when one is missing.
+    std::string Join() const {
+        std::string profile;
+        if (FindDamage().empty())
+            for (auto const& [number, part] : parts) profile += part;
+        return profile;
+    }
+
+private:
+    std::map<std::size_t, std::string> parts;
+    std::size_t count = 0;
 };
 
 /// The table of luma at quality 50 (ITU-T T.81, table K.1). Other qualities scale it.
@@ -152,15 +182,41 @@ void TakeResolution(std::string const& content, MetadataBlocks& blocks) {
     blocks.yResolution = get(UNIT_AT + 3);
 }
 
-void Take(unsigned char marker, std::string const& content, MetadataBlocks& blocks, ExtendedParts& extended) {
-    auto const after = [&](std::string_view head) { return content.substr(head.size()); };
-    if (marker == APP0 && content.starts_with(JFIF_HEAD)) TakeResolution(content, blocks);
-    if (marker == COM) blocks.comments.push_back(content.substr(0, content.find_last_not_of('\0') + 1));
-    if (marker == APP13 && content.starts_with(RESOURCES_HEAD)) blocks.resources += after(RESOURCES_HEAD);
-    if (marker != APP1) return;
-    if (content.starts_with(XMP_HEAD)) blocks.xmp = after(XMP_HEAD);
-    if (content.starts_with(EXTENDED_HEAD)) extended.Add(std::string_view(content).substr(EXTENDED_HEAD.size()));
-}
+/// What the segments of a file add up to.
+class SegmentSum {
+public:
+    explicit SegmentSum(MetadataBlocks& found) : blocks(found) {}
+
+    void Take(unsigned char marker, std::string const& content) {
+        auto const after = [&](std::string_view head) { return content.substr(head.size()); };
+        if (marker == DQT) coding.TakeTables(content);
+        if (marker == SOF0 || marker == SOF1 || marker == SOF2) coding.TakeFrame(content);
+        if (marker == APP0 && content.starts_with(JFIF_HEAD)) TakeResolution(content, blocks);
+        if (marker == COM)
+            blocks.comments.push_back(IsUtf16(content) ? content
+                                                       : content.substr(0, content.find_last_not_of('\0') + 1));
+        if (marker == APP2 && content.starts_with(PROFILE_HEAD)) profile.Add(after(PROFILE_HEAD));
+        if (marker == APP13 && content.starts_with(RESOURCES_HEAD)) blocks.resources += after(RESOURCES_HEAD);
+        if (marker != APP1) return;
+        if (content.starts_with(XMP_HEAD)) blocks.xmp = after(XMP_HEAD);
+        if (content.starts_with(EXTENDED_HEAD)) extended.Add(std::string_view(content).substr(EXTENDED_HEAD.size()));
+    }
+
+    /// Returns what is wrong.
+    std::string Finish() {
+        std::string damage = profile.FindDamage();
+        blocks.profile = profile.Join();
+        blocks.xmp = extended.Join(blocks.xmp, damage);
+        blocks.coding = coding.Get();
+        return damage;
+    }
+
+private:
+    MetadataBlocks& blocks;
+    ExtendedParts extended;
+    ProfileParts profile;
+    CodingFinder coding;
+};
 
 std::string MakeSegment(unsigned char marker, std::string_view head, std::string_view content) {
     return std::string{'\xff', static_cast<char>(marker)} + BigEndian(2 + head.size() + content.size(), 2) +
@@ -207,32 +263,31 @@ std::string MakeProfileSegments(std::string const& profile) {
 
 } // namespace
 
-void ReadJpegSegments(int descriptor, MetadataBlocks& blocks) {
-    ExtendedParts extended;
+std::string ReadJpegSegments(int descriptor, MetadataBlocks& blocks) {
+    constexpr std::array<unsigned char, 9> WANTED{APP0, APP1, APP2, APP13, COM, DQT, SOF0, SOF1, SOF2};
+    FileBytes const file(descriptor);
     blocks.xResolution = blocks.yResolution = 0;
-    CodingFinder coding;
-    off_t at = 2;
-    while (true) {
-        std::string const head = ReadAt(descriptor, at, 4);
-        if (head.size() < 4 || head[0] != '\xff') break;
+    blocks.resources.clear();
+    SegmentSum sum(blocks);
+    std::uint64_t at = 2;
+    for (std::string head = file.Read(at, 4); !head.empty() && head[0] == '\xff'; head = file.Read(at, 4)) {
         if (head[1] == '\xff') { // Fill bytes may stand before a marker.
             ++at;
             continue;
         }
         unsigned char const marker = ByteOf(head[1]);
-        std::size_t const length = std::size_t{ByteOf(head[2])} << 8 | ByteOf(head[3]);
+        std::uint64_t const length = ToNumber(std::string_view(head).substr(2));
         if (marker == SOS || marker == EOI || length < 2) break;
-        constexpr std::array<unsigned char, 8> WANTED{APP0, APP1, APP13, COM, DQT, SOF0, SOF1, SOF2};
-        if (std::ranges::find(WANTED, marker) != WANTED.end()) {
-            std::string const content = ReadAt(descriptor, at + 4, length - 2);
-            if (marker == DQT) coding.TakeTables(content);
-            if (marker == SOF0 || marker == SOF1 || marker == SOF2) coding.TakeFrame(content);
-            Take(marker, content, blocks, extended);
-        }
-        at += static_cast<off_t>(2 + length);
+        if (std::ranges::find(WANTED, marker) != WANTED.end()) sum.Take(marker, file.Read(at + 4, length - 2));
+        at += 2 + length;
     }
-    blocks.xmp = extended.Join(blocks.xmp);
-    blocks.coding = coding.Get();
+    return sum.Finish();
+}
+
+std::string ReadJpegProfile(int descriptor) {
+    MetadataBlocks blocks;
+    ReadJpegSegments(descriptor, blocks);
+    return blocks.profile;
 }
 
 std::string MakeJpegSegments(MetadataBlocks const& blocks) {

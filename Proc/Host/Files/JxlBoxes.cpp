@@ -1,9 +1,10 @@
 #include "Proc/Host/Files/JxlBoxes.h"
 
-#include <brotli/decode.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "Proc/Host/Files/IsoBoxes.h"
 
+#include <brotli/decode.h>
+
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -15,37 +16,6 @@ namespace {
 
 constexpr std::string_view CODESTREAM_HEAD("\xff\x0a", 2);
 constexpr std::size_t MAX_BLOCK = 64U << 20; // Longer ones are no metadata, or a bomb.
-
-std::uint64_t GetBigEndian(std::string_view bytes) {
-    std::uint64_t value = 0;
-    for (char const c : bytes) value = value << 8 | static_cast<unsigned char>(c);
-    return value;
-}
-
-std::string ReadAt(int descriptor, std::uint64_t at, std::size_t bytes) {
-    std::string content(bytes, '\0');
-    ssize_t const read = pread(descriptor, content.data(), bytes, static_cast<off_t>(at));
-    content.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
-    return content;
-}
-
-/// Where a box's content is. Size 0 means to the end, 1 that a long size follows. No type: there is no box.
-struct Box {
-    std::string type;
-    std::uint64_t content = 0;
-    std::uint64_t end = 0;
-};
-
-Box MakeBox(std::string_view head, std::uint64_t at, std::uint64_t fileEnd) {
-    if (head.size() < 8) return {};
-    std::uint64_t size = GetBigEndian(head.substr(0, 4));
-    bool const isLong = size == 1 && head.size() >= 16;
-    if (isLong) size = GetBigEndian(head.substr(8, 8));
-    std::uint64_t const headBytes = isLong ? 16 : 8;
-    if (size == 0) size = fileEnd - at;
-    if (size < headBytes || size > fileEnd - at) return {};
-    return {std::string(head.substr(4, 4)), at + headBytes, at + size};
-}
 
 /// Empty for what is damaged or too long.
 std::string Unpack(std::string const& packed) {
@@ -65,33 +35,39 @@ std::string Unpack(std::string const& packed) {
     return result == BROTLI_DECODER_RESULT_SUCCESS ? unpacked : std::string();
 }
 
-void Take(std::string type, std::string content, MetadataBlocks& blocks) {
+/// Returns what is wrong with it.
+std::string Take(std::string type, std::string content, MetadataBlocks& blocks) {
     constexpr std::size_t TYPE_BYTES = 4;
+    constexpr std::size_t OFFSET_BYTES = 4;
     if (type == "brob" && content.size() > TYPE_BYTES) {
         type = content.substr(0, TYPE_BYTES);
         content = Unpack(content.substr(TYPE_BYTES));
+        if (content.empty()) return "its box " + type + " cannot be unpacked";
     }
     if (type == "xml ") blocks.xmp = content;
-    if (type != "Exif" || content.size() < 4) return;
-    std::uint64_t const begin = 4 + GetBigEndian(std::string_view(content).substr(0, 4));
-    if (begin < content.size()) blocks.exif = content.substr(begin);
+    if (type != "Exif") return {};
+    std::uint64_t const begin =
+        OFFSET_BYTES + ToNumber(std::string_view(content).substr(0, std::min(OFFSET_BYTES, content.size())));
+    if (begin > content.size()) return "its EXIF is cut short";
+    blocks.exif = content.substr(begin);
+    return {};
 }
 
 } // namespace
 
-void ReadJxlBoxes(int descriptor, MetadataBlocks& blocks) {
-    struct stat status {};
-    if (fstat(descriptor, &status) != 0) return;
-    auto const fileEnd = static_cast<std::uint64_t>(status.st_size);
-    if (ReadAt(descriptor, 0, CODESTREAM_HEAD.size()) == CODESTREAM_HEAD) return;
-    for (std::uint64_t at = 0; at < fileEnd;) {
-        Box const box = MakeBox(ReadAt(descriptor, at, 16), at, fileEnd);
-        if (box.type.empty()) return;
+std::string ReadJxlBoxes(int descriptor, MetadataBlocks& blocks) {
+    FileBytes const file(descriptor);
+    std::string damage;
+    if (file.Read(0, CODESTREAM_HEAD.size()) == CODESTREAM_HEAD) return damage;
+    for (std::uint64_t at = 0; at < file.GetSize() && damage.empty();) {
+        IsoBox const box = ReadIsoBox(file, at, file.GetSize());
+        if (box.type.empty()) return DescribeBrokenBox(file, at);
         bool const isWanted = box.type == "Exif" || box.type == "xml " || box.type == "brob";
         if (isWanted && box.end - box.content <= MAX_BLOCK)
-            Take(box.type, ReadAt(descriptor, box.content, box.end - box.content), blocks);
+            damage = Take(box.type, file.Read(box.content, box.end - box.content), blocks);
         at = box.end;
     }
+    return damage;
 }
 
 } // namespace Velnor::Proc::Files

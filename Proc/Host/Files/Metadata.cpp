@@ -2,6 +2,7 @@
 
 #include "Proc/Host/Files/ColorProfile.h"
 #include "Proc/Host/Files/ExifBlock.h"
+#include "Proc/Host/Files/FileFacts.h"
 #include "Proc/Host/Files/ImageResources.h"
 #include "Proc/Host/Files/JpegSegments.h"
 #include "Proc/Host/Files/JxlBoxes.h"
@@ -62,12 +63,13 @@ void TakeTiffTags(int descriptor, MetadataBlocks& blocks) {
     }
 }
 
-/// Texts of older kinds are in Latin-1.
+/// Texts of older kinds are in Latin-1, some in UTF-16.
 std::string ToUtf8(std::string const& text) {
     if (g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE) return text;
-    std::unique_ptr<char, decltype(&g_free)> const converted(
-        g_convert(text.data(), static_cast<gssize>(text.size()), "UTF-8", "ISO-8859-1", nullptr, nullptr, nullptr),
-        &g_free);
+    std::unique_ptr<char, decltype(&g_free)> const converted(g_convert(text.data(), static_cast<gssize>(text.size()),
+                                                                       "UTF-8", IsUtf16(text) ? "UTF-16" : "ISO-8859-1",
+                                                                       nullptr, nullptr, nullptr),
+                                                             &g_free);
     return converted == nullptr ? std::string() : converted.get();
 }
 
@@ -142,8 +144,8 @@ KindTraits GetTraits(FileKind kind) {
 /// The steps from what was read to what a file of a kind holds. Each says what it leaves out.
 class Fitting {
 public:
-    Fitting(MetadataBlocks source, FileKind kind, FrameFormat const& pictureFrame, Strip what)
-        : traits(GetTraits(kind)), frame(pictureFrame), strip(what), isJpeg(kind == FileKind::Jpeg) {
+    Fitting(MetadataBlocks source, FileKind fileKind, FrameFormat const& pictureFrame, Strip what, bool hasBecomeSrgb)
+        : kind(fileKind), traits(GetTraits(kind)), frame(pictureFrame), strip(what), isSrgb(hasBecomeSrgb) {
         fitted.blocks = std::move(source);
     }
 
@@ -176,9 +178,13 @@ private:
 
     void FitProfile(bool isGrey) {
         std::string& profile = fitted.blocks.profile;
-        if (profile.empty() || IsProfileFor(profile, isGrey)) return;
+        bool const isFit = IsProfileFor(profile, isGrey);
+        if (profile.empty() || (isFit && traits.hasProfile)) return;
+        bool const isUsual = IsSrgb(profile); // What a picture without a profile is taken for.
         profile.clear();
-        Lose("the colour profile, which is not for such pixels, is left out");
+        if (isUsual) return;
+        Lose(isFit ? "the colour profile is left out"
+                   : "the colour profile, which is not for such pixels, is left out");
     }
 
     void FitExif() {
@@ -188,12 +194,23 @@ private:
             exif.emplace(std::move(blocks.exif));
             exif->SetUpright(frame.width, frame.height);
             exif->DropThumbnail();
+            if (kind == FileKind::Tiff) TakeResolution();
+            if (isSrgb) exif->SetSrgb();
             if (strip == Strip::Gps) exif->DropGps();
+            if (strip == Strip::Thumbnail) exif->WipePreviews();
         } catch (std::out_of_range const&) {
             exif.reset();
             Lose("EXIF, which is damaged, is left out");
         }
         blocks.exif.clear();
+    }
+
+    /// In a TIFF file there is one place for what EXIF says and what its file said.
+    void TakeResolution() {
+        auto const resolution = exif->GetResolution();
+        if (!resolution) return;
+        fitted.blocks.xResolution = resolution->x;
+        fitted.blocks.yResolution = resolution->y;
     }
 
     /// Runs a change of the XMP packet by the library.
@@ -211,7 +228,10 @@ private:
         std::string& xmp = fitted.blocks.xmp;
         if (xmp.empty()) return;
         xmp = CleanXmp(xmp, frame.width, frame.height);
-        if (strip != Strip::Gps || ChangeXmp(DropGpsFromXmp)) return;
+        if (isSrgb) xmp = LabelXmpSrgb(xmp);
+        bool const isDone = (strip != Strip::Gps || ChangeXmp(DropGpsFromXmp)) &&
+                            (strip != Strip::Thumbnail || ChangeXmp(DropPicturesFromXmp));
+        if (isDone) return;
         xmp.clear();
         Lose("XMP, which is damaged, is left out");
     }
@@ -259,7 +279,7 @@ private:
 
     void FitRoom() {
         MetadataBlocks& blocks = fitted.blocks;
-        if (isJpeg && blocks.exif.size() > MAX_JPEG_EXIF) {
+        if (kind == FileKind::Jpeg && blocks.exif.size() > MAX_JPEG_EXIF) {
             Lose("EXIF of " + std::to_string(blocks.exif.size()) + " bytes, which is too long, is left out");
             blocks.exif.clear();
         }
@@ -270,27 +290,27 @@ private:
         };
         require(traits.hasExifAndXmp, blocks.exif, "EXIF");
         require(traits.hasExifAndXmp, blocks.xmp, "XMP");
-        require(traits.hasProfile, blocks.profile, "the colour profile");
     }
 
+    FileKind const kind;
     KindTraits const traits;
     FrameFormat const& frame;
     Strip const strip;
-    bool const isJpeg;
+    bool const isSrgb;
     std::optional<ExifBlock> exif;
     FileMetadata::Fitted fitted;
 };
 
 } // namespace
 
-std::shared_ptr<FileMetadata const> FileMetadata::Take(VipsImage* image, int descriptor) {
+std::shared_ptr<FileMetadata const> FileMetadata::Take(VipsImage* image, int descriptor, bool isSrgb) {
     auto const taken = std::make_shared<FileMetadata>();
     taken->TakeTimes(descriptor);
+    taken->isSrgb = isSrgb;
     MetadataBlocks& blocks = taken->blocks;
     blocks.exif = GetBlob(image, VIPS_META_EXIF_NAME);
     blocks.xmp = GetBlob(image, VIPS_META_XMP_NAME);
     blocks.resources = GetBlob(image, VIPS_META_PHOTOSHOP_NAME);
-    blocks.profile = GetBlob(image, VIPS_META_ICC_NAME);
     std::unique_ptr<char*, decltype(&g_strfreev)> const names(vips_image_get_fields(image), &g_strfreev);
     for (char** name = names.get(); *name != nullptr; ++name) TakeField(image, *name, blocks);
     bool const hasResolution = vips_image_get_xres(image) != PIXELS_PER_MM_OF_NO_RESOLUTION ||
@@ -298,10 +318,12 @@ std::shared_ptr<FileMetadata const> FileMetadata::Take(VipsImage* image, int des
     blocks.xResolution = hasResolution ? vips_image_get_xres(image) : 0;
     blocks.yResolution = hasResolution ? vips_image_get_yres(image) : 0;
     std::string const loader = GetText(image, VIPS_META_LOADER);
-    if (loader.starts_with("jpegload")) ReadJpegSegments(descriptor, blocks);
-    if (loader.starts_with("jxlload")) ReadJxlBoxes(descriptor, blocks);
+    if (loader.starts_with("jpegload")) taken->damage = ReadJpegSegments(descriptor, blocks);
+    if (loader.starts_with("jxlload")) taken->damage = ReadJxlBoxes(descriptor, blocks);
     if (loader.starts_with("tiffload")) TakeTiffTags(descriptor, blocks);
+    blocks.profile = GetBlob(image, VIPS_META_ICC_NAME); // Of the picture, which may have become sRGB.
     TakeExifResolution(blocks);
+    taken->FindDamage();
     return taken;
 }
 
@@ -313,6 +335,14 @@ std::shared_ptr<FileMetadata const> FileMetadata::TakeRaw(int descriptor) {
     return taken;
 }
 
+void FileMetadata::FindDamage() {
+    if (damage.empty()) damage = FindExifDamage(blocks.exif);
+    if (damage.empty() && !AreImageResourcesWhole(blocks.resources)) damage = "its image resources are cut short";
+    if (IsProfileWhole(blocks.profile)) return;
+    blocks.profile.clear();
+    if (damage.empty()) damage = "its colour profile is cut short";
+}
+
 void FileMetadata::TakeTimes(int descriptor) {
     struct stat status {};
     if (fstat(descriptor, &status) != 0) return;
@@ -322,7 +352,7 @@ void FileMetadata::TakeTimes(int descriptor) {
 
 FileMetadata::Fitted FileMetadata::Fit(FileKind kind, IDataVideo const& picture, Strip strip) const {
     bool const isGrey = picture.GetPixFmt() == PixFmt::GRAY8 || picture.GetPixFmt() == PixFmt::YA8;
-    return Fitting(blocks, kind, picture.GetFrameFormat(), strip).Run(isGrey);
+    return Fitting(blocks, kind, picture.GetFrameFormat(), strip, isSrgb).Run(isGrey);
 }
 
 char const* GetKindName(FileKind kind) { return GetTraits(kind).name; }

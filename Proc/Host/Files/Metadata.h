@@ -16,7 +16,8 @@ namespace Velnor::Proc::Files {
 class FileMetadata : public PictureMetadata {
 public:
     /// Takes all there is: from the image, whose header was read, and from the file where the library leaves some.
-    static std::shared_ptr<FileMetadata const> Take(VipsImage* image, int descriptor);
+    /// @param isSrgb  the pixels have become sRGB, whatever the file says of its colours
+    static std::shared_ptr<FileMetadata const> Take(VipsImage* image, int descriptor, bool isSrgb);
 
     /// Takes EXIF and IPTC of a camera's raw file, as far as it is built like a TIFF file.
     static std::shared_ptr<FileMetadata const> TakeRaw(int descriptor);
@@ -28,13 +29,19 @@ public:
     };
     Fitted Fit(FileKind kind, IDataVideo const& picture, Strip strip) const;
 
+    /// What is wrong with it, as part of a sentence; empty for nothing.
+    std::string const& GetDamage() const { return damage; }
+
     std::string const& GetProfile() const { return blocks.profile; }
     timespec const (&GetTimes() const)[2] { return times; } ///< Last access and change.
 
 private:
     void TakeTimes(int descriptor);
+    void FindDamage(); ///< Of the blocks themselves.
 
     MetadataBlocks blocks;
+    std::string damage;
+    bool isSrgb = false;
     timespec times[2]{};
 };
 

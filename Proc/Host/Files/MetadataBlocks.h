@@ -2,10 +2,14 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace Velnor::Proc::Files {
+
+/// Whether a text begins with the mark of UTF-16.
+inline bool IsUtf16(std::string_view text) { return text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"); }
 
 /// How a JPEG file was encoded.
 struct JpegCoding {

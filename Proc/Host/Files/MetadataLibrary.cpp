@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <initializer_list>
 #include <mutex>
 #include <stdexcept>
 #include <string_view>
@@ -45,6 +46,20 @@ std::string EncodeXmp(Exiv2::XmpData const& values) {
     std::string packet;
     if (Exiv2::XmpParser::encode(packet, values) != 0) throw std::runtime_error("XMP cannot be written");
     return packet;
+}
+
+/// The packet without the properties whose keys, in lower case, have one of the words in them.
+std::string DropFromXmp(std::string const& packet, std::initializer_list<std::string_view> words) {
+    Exiv2::XmpData values = DecodeXmp(packet);
+    auto const isMeant = [&](Exiv2::Xmpdatum const& value) {
+        std::string key = value.key();
+        std::ranges::transform(key, key.begin(), [](unsigned char c) { return std::tolower(c); });
+        return std::ranges::any_of(words, [&](std::string_view word) { return key.find(word) != std::string::npos; });
+    };
+    if (std::none_of(values.begin(), values.end(), isMeant)) return packet;
+    for (auto value = values.begin(); value != values.end();)
+        value = isMeant(*value) ? values.erase(value) : std::next(value);
+    return EncodeXmp(values);
 }
 
 /// Tags of a TIFF file that describe how it stores its pictures, further pictures, or hold blocks of other metadata.
@@ -134,17 +149,8 @@ std::string AddTitleToXmp(std::string const& packet, std::string const& title) {
     return EncodeXmp(values);
 }
 
-std::string DropGpsFromXmp(std::string const& packet) {
-    Exiv2::XmpData values = DecodeXmp(packet);
-    auto const tellsPlace = [](Exiv2::Xmpdatum const& value) {
-        std::string key = value.key();
-        std::ranges::transform(key, key.begin(), [](unsigned char c) { return std::tolower(c); });
-        return key.find("gps") != std::string::npos;
-    };
-    if (std::none_of(values.begin(), values.end(), tellsPlace)) return packet;
-    for (auto value = values.begin(); value != values.end();)
-        value = tellsPlace(*value) ? values.erase(value) : std::next(value);
-    return EncodeXmp(values);
-}
+std::string DropGpsFromXmp(std::string const& packet) { return DropFromXmp(packet, {"gps", "latitude", "longitude"}); }
+
+std::string DropPicturesFromXmp(std::string const& packet) { return DropFromXmp(packet, {"thumbnails", "gimage"}); }
 
 } // namespace Velnor::Proc::Files

@@ -30,6 +30,7 @@ constexpr std::array SIGNATURES{
     Signature{0, "DDS "sv, "DDS"},
     Signature{0, "qoif"sv, "QOI"},
     Signature{0, "BPG\xFB"sv, "BPG"},
+    Signature{0, "P7\n"sv, "PAM"},
     Signature{0, "\0\0\0\x0CjP  "sv, "JPEG 2000"},
     Signature{0, "\xFF\x4F\xFF\x51"sv, "JPEG 2000"},
     Signature{0, "PK\3\4"sv, "ZIP"},

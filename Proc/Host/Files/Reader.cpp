@@ -3,6 +3,7 @@
 #include "Proc/Host/Files/BmpReader.h"
 #include "Proc/Host/Files/ColorProfile.h"
 #include "Proc/Host/Files/Display.h"
+#include "Proc/Host/Files/JpegSegments.h"
 #include "Proc/Host/Files/Limits.h"
 #include "Proc/Host/Files/Metadata.h"
 #include "Proc/Host/Files/OtherKinds.h"
@@ -20,6 +21,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <stdexcept>
@@ -33,6 +35,12 @@ namespace fs = std::filesystem;
 
 [[noreturn]] void Fail(fs::path const& path, std::string const& reason) {
     VELNOR_THROW(FileInputException, path.string() + " cannot be read: " + reason + ".");
+}
+
+/// @param mayBeAccepted  whether that would keep a part
+[[noreturn]] void FailByDamage(fs::path const& path, std::string const& damage, bool mayBeAccepted) {
+    if (!mayBeAccepted) Fail(path, "it is damaged: " + damage);
+    VELNOR_THROW(FileDamageException, path.string() + " cannot be read: it is damaged: " + damage + ".");
 }
 
 /// Throws std::bad_alloc when that is why the library failed, by what it says or by what is seen.
@@ -110,8 +118,56 @@ struct Header {
     OwnedImage image;
     OwnedImage salvaged;      ///< Its pixels, where the file library gives up a damaged file as a whole.
     bool isDamaged = false;   ///< This is what could be saved of the file.
+    std::uint64_t rows = 0;   ///< Of the file that are there, as far as its header tells.
     std::uint64_t memory = 0; ///< Bytes that reading takes.
+    ReadKind kind = ReadKind::Jpeg;
+    bool hasUnreadTags = false;
+    std::string damage; ///< What is accepted, as part of a sentence.
 };
+
+/// Null when the library refuses it.
+OwnedImage Load(FoundLoader const& loader, VipsSource* source, bool acceptDamaged) {
+    VipsFailOn const failOn = acceptDamaged ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_WARNING;
+    VipsImage* loaded = nullptr;
+    (void)vips_call(loader.operation, source, &loaded, "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn, nullptr);
+    return OwnedImage(loaded);
+}
+
+/// The profile as it stands in the file, all or nothing.
+void TakeJpegProfile(VipsImage* image, int descriptor) {
+    std::string const profile = ReadJpegProfile(descriptor);
+    if (profile == GetBlob(image, VIPS_META_ICC_NAME)) return;
+    vips_image_remove(image, VIPS_META_ICC_NAME);
+    if (!profile.empty()) vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, profile.data(), profile.size());
+}
+
+/// Whether the library decodes all of a file that it does not complain of when it is told to accept damage.
+bool IsWhole(FoundLoader const& loader, int descriptor) {
+    Owned<VipsSource> const source(vips_source_new_from_descriptor(descriptor));
+    OwnedImage const image = Load(loader, source.get(), false);
+    double mean = 0;
+    bool const isWhole = image != nullptr && vips_avg(image.get(), &mean, nullptr) == 0;
+    vips_error_clear();
+    return isWhole;
+}
+
+/// Of files that the library reads as a whole or not at all: the pixels that are there.
+void Salvage(Header& header, FoundLoader const& loader, FileFacts const& facts, int descriptor) {
+    header.damage = facts.damage;
+    if (facts.missingBytes > 0) {
+        Owned<VipsSource> const source = FillUp(descriptor, facts.missingBytes);
+        header.image = Load(loader, source.get(), true);
+        header.memory += facts.fileBytes + facts.missingBytes;
+        return;
+    }
+    if (header.kind == ReadKind::Gif) header.isDamaged = !IsWhole(loader, descriptor);
+    bool const isInterlaced =
+        header.kind == ReadKind::Png && vips_image_get_typeof(header.image.get(), "interlaced") != 0;
+    if (!isInterlaced && header.kind != ReadKind::Jxl) return;
+    Salvaged salvaged = isInterlaced ? SalvageInterlacedPng(descriptor) : SalvageJpegXl(descriptor);
+    header.isDamaged = !salvaged.isWhole;
+    if (header.isDamaged) header.salvaged = std::move(salvaged.image);
+}
 
 /// Opens the picture and reads its header, no pixel.
 Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const& options) {
@@ -124,26 +180,24 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
     ReadKind const kind = loader->kind;
     FileFacts const facts = ReadFileFacts(file.Get(), kind);
     RequireLittleMetadata(path, facts);
-    if (!facts.damage.empty() && !options.acceptDamaged) Fail(path, "it is damaged: " + facts.damage);
-    VipsFailOn const failOn = options.acceptDamaged ? VIPS_FAIL_ON_NONE : VIPS_FAIL_ON_WARNING;
-    VipsImage* loaded = nullptr;
-    (void)vips_call(loader->operation, source.get(), &loaded, "access", VIPS_ACCESS_SEQUENTIAL, "fail_on", failOn,
-                    nullptr);
-    OwnedImage image(loaded);
-    auto const check = [&](VipsImage* header) { RequireLimits(path, header, kind, facts, options); };
     Header header;
-    header.isDamaged = image == nullptr;
-    if (image == nullptr && options.acceptDamaged && kind == ReadKind::WebP) image = SalvageWebp(file.Get(), check);
-    if (image == nullptr) FailInLibrary(path);
-    check(image.get());
-    header.memory = EstimateMemory(image.get(), kind, facts);
-    bool const isInterlaced = kind == ReadKind::Png && vips_image_get_typeof(image.get(), "interlaced") != 0;
-    if (options.acceptDamaged && isInterlaced) {
-        Salvaged salvaged = SalvageInterlacedPng(file.Get());
-        header.isDamaged = !salvaged.isWhole;
-        if (header.isDamaged) header.salvaged = std::move(salvaged.image);
-    }
-    header.image = std::move(image);
+    header.kind = kind;
+    header.image = Load(*loader, source.get(), options.acceptDamaged);
+    auto const check = [&](VipsImage* image) { RequireLimits(path, image, kind, facts, options); };
+    header.isDamaged = header.image == nullptr;
+    if (header.isDamaged && options.acceptDamaged && kind == ReadKind::WebP)
+        header.image = SalvageWebp(file.Get(), check);
+    if (header.image != nullptr) check(header.image.get());
+    bool const isAnyThere = facts.wholeRows != 0;
+    if (!facts.damage.empty() && !(options.acceptDamaged && isAnyThere)) FailByDamage(path, facts.damage, isAnyThere);
+    if (header.image == nullptr) FailInLibrary(path);
+    header.memory = EstimateMemory(header.image.get(), kind, facts);
+    if (options.acceptDamaged) Salvage(header, *loader, facts, file.Get());
+    if (header.image == nullptr) FailInLibrary(path);
+    if (kind == ReadKind::Jpeg) TakeJpegProfile(header.image.get(), file.Get());
+    header.rows = facts.wholeRows.value_or(static_cast<std::uint64_t>(vips_image_get_height(header.image.get())));
+    header.isDamaged = header.isDamaged || facts.wholeRows.has_value();
+    header.hasUnreadTags = facts.hasUnreadTags;
     return header;
 }
 
@@ -185,13 +239,12 @@ std::jthread ProvidePages(MutablePlane const& plane) {
     }
 }
 
-/// Puts all rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
+/// Puts the rows of the image and returns how many there were before the decoder failed, if it did. One thread reads:
 /// decoders work in sequence, and handing strips from thread to thread costs more than it brings.
-int PutRows(VipsImage* image, MutablePlane const& plane, SrgbConversion& conversion, RowSink& sink) {
+int PutRows(VipsImage* image, int height, MutablePlane const& plane, SrgbConversion& conversion, RowSink& sink) {
     constexpr int STRIP_ROWS = 16; // Small enough for the cache between the decoder and the picture.
     std::jthread pages;
     Owned<VipsRegion> const region(vips_region_new(image));
-    int const height = vips_image_get_height(image);
     for (int top = 0; top < height; top += STRIP_ROWS) {
         VipsRect const strip{0, top, vips_image_get_width(image), std::min(STRIP_ROWS, height - top)};
         if (vips_region_prepare(region.get(), &strip) != 0) return top;
@@ -220,17 +273,57 @@ SrgbConversion MakeConversion(fs::path const& path, std::string const& profile, 
     }
 }
 
-/// Returns how many rows of the file there were.
-int Decode(fs::path const& path, VipsImage* image, int orientation, SrgbConversion conversion, IDataVideo& picture,
-           bool acceptDamaged) {
+/// Returns whether all rows were there.
+bool Decode(fs::path const& path, VipsImage* image, int height, int orientation, SrgbConversion conversion,
+            IDataVideo& picture, bool acceptDamaged) {
     MutablePlane const plane = picture.GetMutablePlane(0);
     RowSink sink(plane, GetDepth(image), orientation);
-    int const rows = PutRows(image, plane, conversion, sink);
-    if (rows == vips_image_get_height(image)) return rows;
+    int const rows = PutRows(image, height, plane, conversion, sink);
+    if (rows == height) return true;
     std::string const reason = TakeError();
     RequireMemory(reason);
-    if (!acceptDamaged || rows == 0) Fail(path, "it is damaged: " + reason);
-    return rows;
+    if (!acceptDamaged || rows == 0) FailByDamage(path, reason, !acceptDamaged);
+    return false;
+}
+
+/// Of what was accepted, in a line for a person; none when nothing is wrong.
+std::vector<std::string> DescribeDamage(std::string damage, bool areRowsInvented) {
+    if (areRowsInvented) damage += std::string(damage.empty() ? "" : "; ") + "some of its rows are invented";
+    if (damage.empty()) return {};
+    return {"it is damaged: " + damage};
+}
+
+LoadedPicture ReadPixels(fs::path const& path, InputFile const& file, Header header, IEffectContext& context,
+                         ReadOptions const& options) {
+    RequireRoom(header.memory + WORKING_ROOM);
+    int const orientation = vips_image_get_orientation(header.image.get());
+    LoadedPicture loaded;
+    loaded.warnings = DescribeConversions(header.image.get(), file.Get());
+    if (header.hasUnreadTags)
+        loaded.warnings.emplace_back("its EXIF, IPTC and texts, in a TIFF file of 64 bits, are not read");
+    std::string const ownProfile = options.toSrgb ? GetBlob(header.image.get(), VIPS_META_ICC_NAME) : std::string();
+    bool const changesModel = ChangesColorModel(header.image.get());
+    OwnedImage image = MakeDisplayable(std::move(header.image));
+    bool const isConverted = image != nullptr && NeedsConversion(image.get(), ownProfile);
+    if (isConverted) image = WithSrgbProfile(image);
+    if (image == nullptr) FailInLibrary(path);
+    bool const isSrgb = changesModel || isConverted || IsSrgb(ownProfile);
+    auto const metadata = FileMetadata::Take(image.get(), file.Get(), isSrgb);
+    loaded.metadata = metadata;
+    if (header.damage.empty()) header.damage = metadata->GetDamage();
+    if (!header.damage.empty() && !options.acceptDamaged) FailByDamage(path, header.damage, true);
+    loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
+    bool const isSalvaged =
+        header.salvaged != nullptr && vips_image_get_bands(header.salvaged.get()) == vips_image_get_bands(image.get());
+    OwnedImage source = std::move(isSalvaged ? header.salvaged : image);
+    TakeWarned();
+    SrgbConversion conversion = MakeConversion(path, isConverted ? ownProfile : std::string(), source.get());
+    bool const areRowsThere = Decode(path, source.get(), static_cast<int>(header.rows), orientation,
+                                     std::move(conversion), *loaded.picture, options.acceptDamaged);
+    source.reset(); // Some decoders warn at the end alone.
+    bool const areRowsInvented = options.acceptDamaged && (TakeWarned() || header.isDamaged || !areRowsThere);
+    std::ranges::move(DescribeDamage(header.damage, areRowsInvented), std::back_inserter(loaded.warnings));
+    return loaded;
 }
 
 } // namespace
@@ -238,32 +331,7 @@ int Decode(fs::path const& path, VipsImage* image, int orientation, SrgbConversi
 LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, ReadOptions const& options) {
     InputFile const file(path);
     if (IsBmp(file.Read(HEAD_BYTES))) return ReadBmpPicture(path, file.ReadAll(), context, options);
-    Header header = OpenHeader(path, file, options);
-    RequireRoom(header.memory + WORKING_ROOM);
-    int const orientation = vips_image_get_orientation(header.image.get());
-    std::vector<std::string> warnings = DescribeConversions(header.image.get(), file.Get());
-    std::string profile = options.toSrgb ? GetBlob(header.image.get(), VIPS_META_ICC_NAME) : std::string();
-    OwnedImage image = MakeDisplayable(std::move(header.image));
-    if (image != nullptr && !NeedsConversion(image.get(), profile)) profile.clear();
-    if (image != nullptr && !profile.empty()) image = WithSrgbProfile(image);
-    if (image == nullptr) FailInLibrary(path);
-    LoadedPicture loaded;
-    loaded.picture = CreatePicture(image.get(), orientation, context, options.acceptDamaged);
-    loaded.metadata = FileMetadata::Take(image.get(), file.Get());
-    loaded.warnings = std::move(warnings);
-    bool const isSalvaged =
-        header.salvaged != nullptr && vips_image_get_bands(header.salvaged.get()) == vips_image_get_bands(image.get());
-    OwnedImage source = std::move(isSalvaged ? header.salvaged : image);
-    int const height = vips_image_get_height(source.get());
-    TakeWarned();
-    SrgbConversion conversion = MakeConversion(path, profile, source.get());
-    int const rows =
-        Decode(path, source.get(), orientation, std::move(conversion), *loaded.picture, options.acceptDamaged);
-    bool const isWhole = rows == height && !header.isDamaged;
-    source.reset(); // Some decoders warn at the end alone.
-    if (options.acceptDamaged && (TakeWarned() || !isWhole))
-        loaded.warnings.emplace_back("it is damaged: some of its rows are invented");
-    return loaded;
+    return ReadPixels(path, file, OpenHeader(path, file, options), context, options);
 }
 
 } // namespace Velnor::Proc::Files

@@ -1,7 +1,9 @@
 #include "Proc/Host/Files/Salvage.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include "Proc/Host/Files/EncodersModule.h"
+#include "Proc/Host/Files/ExifBlock.h"
+#include "Proc/Host/Files/FileFacts.h"
+#include "Proc/Host/Files/WebPFile.h"
 
 #include <png.h>
 #include <webp/decode.h>
@@ -18,18 +20,9 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes ReadAll(int descriptor) {
-    struct stat status {};
-    if (fstat(descriptor, &status) != 0) return {};
-    Bytes bytes(static_cast<std::size_t>(status.st_size));
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        ssize_t const got = pread(descriptor, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
-        if (got <= 0) break;
-        done += static_cast<std::size_t>(got);
-    }
-    bytes.resize(done);
-    return bytes;
+std::string ReadAll(int descriptor) {
+    FileBytes const file(descriptor);
+    return file.Read(0, file.GetSize());
 }
 
 /// An image with that header and no pixels.
@@ -38,6 +31,19 @@ OwnedImage MakeHeader(int width, int height, int bands) {
     vips_image_init_fields(image.get(), width, height, bands, VIPS_FORMAT_UCHAR, VIPS_CODING_NONE,
                            bands < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB, 1.0, 1.0);
     return image;
+}
+
+void SetBlob(VipsImage* image, char const* name, std::string const& content) {
+    if (!content.empty()) vips_image_set_blob_copy(image, name, content.data(), content.size());
+}
+
+/// What the library would have taken out of the file.
+void SetMetadata(VipsImage* image, WebPChunks const& chunks) {
+    SetBlob(image, VIPS_META_ICC_NAME, chunks.profile);
+    SetBlob(image, VIPS_META_EXIF_NAME, chunks.exif);
+    SetBlob(image, VIPS_META_XMP_NAME, chunks.xmp);
+    if (!chunks.exif.empty() && FindExifDamage(chunks.exif).empty())
+        vips_image_set_int(image, VIPS_META_ORIENTATION, ExifBlock(chunks.exif).GetOrientation());
 }
 
 OwnedImage MakeImage(Bytes const& pixels, int width, int height, int bands) {
@@ -53,7 +59,7 @@ OwnedImage MakeImage(Bytes const& pixels, int width, int height, int bands) {
 /// all of them live here.
 class PngSalvage {
 public:
-    explicit PngSalvage(Bytes const& png) : file(png) {
+    explicit PngSalvage(std::string_view png) : file(png) {
         decoder = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
         info = decoder == nullptr ? nullptr : png_create_info_struct(decoder);
         if (info == nullptr) throw std::bad_alloc();
@@ -106,7 +112,7 @@ private:
         isWhole = !hasWarned;
     }
 
-    Bytes const& file;
+    std::string_view file;
     std::size_t at = 0;
     png_structp decoder = nullptr;
     png_infop info = nullptr;
@@ -123,9 +129,10 @@ private:
 } // namespace
 
 OwnedImage SalvageWebp(int descriptor, std::function<void(VipsImage*)> const& check) {
-    Bytes const file = ReadAll(descriptor);
+    std::string const file = ReadAll(descriptor);
+    auto const* const bytes = reinterpret_cast<std::uint8_t const*>(file.data());
     WebPBitstreamFeatures features{};
-    bool const isKnown = WebPGetFeatures(file.data(), file.size(), &features) == VP8_STATUS_OK;
+    bool const isKnown = WebPGetFeatures(bytes, file.size(), &features) == VP8_STATUS_OK;
     if (!isKnown || features.has_animation != 0) return nullptr;
     int const bands = features.has_alpha != 0 ? 4 : 3;
     check(MakeHeader(features.width, features.height, bands).get());
@@ -134,12 +141,33 @@ OwnedImage SalvageWebp(int descriptor, std::function<void(VipsImage*)> const& ch
     std::unique_ptr<WebPIDecoder, decltype(&WebPIDelete)> const decoder(
         WebPINewRGB(bands == 4 ? MODE_RGBA : MODE_RGB, pixels.data(), pixels.size(), stride), &WebPIDelete);
     if (decoder == nullptr) throw std::bad_alloc();
-    (void)WebPIUpdate(decoder.get(), file.data(), file.size()); // That it is damaged is known.
+    (void)WebPIUpdate(decoder.get(), bytes, file.size()); // That it is damaged is known.
     int rows = 0;
     bool const isAny = WebPIDecGetRGB(decoder.get(), &rows, nullptr, nullptr, nullptr) != nullptr && rows > 0;
-    return isAny ? MakeImage(pixels, features.width, features.height, bands) : nullptr;
+    OwnedImage image = isAny ? MakeImage(pixels, features.width, features.height, bands) : nullptr;
+    if (image != nullptr) SetMetadata(image.get(), ReadWebPChunks(FileBytes(file)));
+    return image;
 }
 
-Salvaged SalvageInterlacedPng(int descriptor) { return PngSalvage(ReadAll(descriptor)).Run(); }
+Salvaged SalvageInterlacedPng(int descriptor) {
+    std::string const file = ReadAll(descriptor);
+    return PngSalvage(file).Run();
+}
+
+Salvaged SalvageJpegXl(int descriptor) {
+    SalvagedJxl const found = GetEncoders().salvageJxl(ReadAll(descriptor));
+    if (found.samples.empty()) return {};
+    return {MakeImage(found.samples, static_cast<int>(found.width), static_cast<int>(found.height),
+                      static_cast<int>(found.bands)),
+            found.isWhole};
+}
+
+Owned<VipsSource> FillUp(int descriptor, std::uint64_t missingBytes) {
+    std::string const whole = ReadAll(descriptor) + std::string(missingBytes, '\0');
+    VipsBlob* const blob = vips_blob_copy(whole.data(), whole.size());
+    Owned<VipsSource> source(vips_source_new_from_blob(blob));
+    vips_area_unref(VIPS_AREA(blob));
+    return source;
+}
 
 } // namespace Velnor::Proc::Files

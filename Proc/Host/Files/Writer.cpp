@@ -10,10 +10,6 @@
 #include "Proc/Host/Files/Target.h"
 #include "Proc/Host/Files/WebPFile.h"
 #include "Proc/Host/MemoryRoom.h"
-#include "Proc/Host/ModuleLoader.h"
-#include "Proc/Host/PluginLoader.h"
-
-#include <dlfcn.h>
 
 #include <cstring>
 #include <new>
@@ -27,22 +23,6 @@ namespace fs = std::filesystem;
 constexpr int USUAL_QUALITY = 90;
 constexpr int USUAL_HEIF_QUALITY = 70;
 constexpr int FULL_CHROMA_QUALITY = 95; // Cameras halve it below.
-
-EncodersModule const& LoadEncoders() {
-    void* const library = OpenModule(GetInstalledFolder() / ENCODERS_MODULE_FILE);
-    auto const entry = library == nullptr ? nullptr : dlsym(library, ENCODERS_MODULE_ENTRY);
-    if (entry == nullptr) {
-        char const* const error = dlerror();
-        VELNOR_THROW(FileException, std::string("the module of its encoder cannot be loaded: ") +
-                                        (error == nullptr ? "it has no entry" : error));
-    }
-    return *reinterpret_cast<EncodersModuleFunction>(entry)();
-}
-
-EncodersModule const& GetEncoders() {
-    static EncodersModule const& module = LoadEncoders(); // Tried anew by the next caller when it throws.
-    return module;
-}
 
 /// Fills a strip for the encoder from the picture's rows, which may be padded or upside down.
 int CopyStrip(VipsRegion* region, void*, void* user, void*, gboolean*) {
@@ -265,6 +245,11 @@ bool IsTransparent(IDataVideo const& picture) {
     return false;
 }
 
+OutputFile OpenOutput(fs::path const& path, WriteOptions const& options) {
+    if (options.descriptor >= 0) return {path, options.descriptor};
+    return {path, options.overwrite};
+}
+
 /// Losses as a line for a person.
 std::vector<std::string> DescribeLosses(FileKind kind, std::vector<std::string> const& losses) {
     if (losses.empty()) return {};
@@ -281,7 +266,7 @@ std::vector<std::string> WriteVipsPicture(fs::path const& path, FileKind kind, I
     RequireRoom(WORKING_ROOM);
     FileMetadata::Fitted fitted;
     if (read != nullptr) fitted = read->Fit(kind, picture, options.strip);
-    OutputFile file(path, options.overwrite);
+    OutputFile file = OpenOutput(path, options);
     Writing(file, path, picture, fitted, options).Run(kind);
     if (options.keepTimes && read != nullptr) file.SetTimes(read->GetTimes());
     file.Commit();

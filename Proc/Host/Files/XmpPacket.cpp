@@ -10,6 +10,8 @@
 namespace Velnor::Proc::Files {
 namespace {
 
+constexpr char const* EXTENDED_POINTER = "xmpNote:HasExtendedXMP";
+
 /// Takes out every element of that name. One that is not closed stays.
 void RemoveElement(std::string& packet, std::string const& name) {
     std::string const close = "</" + name + ">";
@@ -22,6 +24,17 @@ void RemoveElement(std::string& packet, std::string const& name) {
         if (end == std::string::npos) return;
         packet.erase(begin, end + (isEmpty ? 1 : close.size()) - begin);
     }
+}
+
+/// Takes out a property with a simple value, which is an attribute or an element.
+void RemoveProperty(std::string& packet, std::string const& name) {
+    RemoveElement(packet, name);
+    std::size_t const at = packet.find(name);
+    std::size_t const sign = at == std::string::npos ? at : packet.find_first_not_of(" \t\r\n", at + name.size());
+    if (sign == std::string::npos || packet[sign] != '=') return;
+    std::size_t const quote = packet.find_first_of("\"'", sign);
+    std::size_t const close = quote == std::string::npos ? quote : packet.find(packet[quote], quote + 1);
+    if (close != std::string::npos) packet.erase(at, close + 1 - at);
 }
 
 /// Replaces the number of a property, which is an attribute or an element; a space may stand around the equals sign.
@@ -68,11 +81,22 @@ std::string GetMd5(std::string const& text) {
 std::string CleanXmp(std::string const& packet, std::uint32_t width, std::uint32_t height) {
     std::string cleaned = packet;
     for (char const* name : {"xmp:Thumbnails", "xap:Thumbnails"}) RemoveElement(cleaned, name);
+    RemoveProperty(cleaned, EXTENDED_POINTER);
     SetNumber(cleaned, "tiff:Orientation", 1);
     for (char const* name : {"tiff:ImageWidth", "exif:PixelXDimension"}) SetNumber(cleaned, name, width);
     for (char const* name : {"tiff:ImageLength", "exif:PixelYDimension"}) SetNumber(cleaned, name, height);
     return cleaned;
 }
+
+std::string LabelXmpSrgb(std::string const& packet) {
+    std::string labelled = packet;
+    SetNumber(labelled, "exif:ColorSpace", 1);
+    SetNumber(labelled, "photoshop:ColorMode", 3);
+    RemoveProperty(labelled, "photoshop:ICCProfile");
+    return labelled;
+}
+
+bool NamesExtendedXmp(std::string const& packet) { return packet.find(EXTENDED_POINTER) != std::string::npos; }
 
 std::string JoinExtendedXmp(std::string const& packet, std::string const& extended) {
     if (extended.empty()) return packet;
@@ -81,15 +105,8 @@ std::string JoinExtendedXmp(std::string const& packet, std::string const& extend
     if (inside.empty() || end == std::string::npos) return packet.empty() ? extended : packet;
     std::string joined = packet;
     joined.insert(end, inside);
-    constexpr std::string_view POINTER = "xmpNote:HasExtendedXMP=";
-    std::size_t const pointer = joined.find(POINTER);
-    if (pointer == std::string::npos) {
-        RemoveElement(joined, "xmpNote:HasExtendedXMP");
-        return joined;
-    }
-    std::size_t const quote = pointer + POINTER.size();
-    std::size_t const close = joined.find(joined[quote], quote + 1);
-    return close == std::string::npos ? joined : joined.erase(pointer, close + 1 - pointer);
+    RemoveProperty(joined, EXTENDED_POINTER);
+    return joined;
 }
 
 ExtendedXmp SplitExtendedXmp(std::string const& packet) {

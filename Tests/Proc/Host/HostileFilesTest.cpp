@@ -15,7 +15,10 @@ namespace Velnor::Proc::Testing {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Contains;
+using testing::Each;
 using testing::HasSubstr;
+using testing::Not;
 
 /// The sanitizers hold memory of their own, and what is freed for a while.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -110,6 +113,15 @@ TEST_F(HostileFilesTest, BitmapsAreReadAndTheirHeadersChecked) {
     EXPECT_THAT(ReadError<FilePixelsException>(Put("wide.bmp", bitmap), options), HasSubstr("262144 x 2 are"));
 }
 
+TEST_F(HostileFilesTest, PnmFilesOfAnyHighestLevelFillTheRange) {
+    using namespace std::string_literals;
+    for (std::string const& file : {"P5\n3 1\n15\n\0\5\x0f"s, "P2\n3 1\n15\n0 5 15"s,
+                                    "P5\n3 1\n1023\n\0\0\1\x55\3\xff"s, "P2\n3 1\n255\n0 85 255"s})
+        EXPECT_EQ(Samples(*ReadPicture(Put("levels.pgm", file), *context).picture),
+                  (std::vector<unsigned char>{0, 85, 255}))
+            << file.substr(0, 12);
+}
+
 TEST_F(HostileFilesTest, WhatIsNoRegularFileIsRefusedUnread) {
     fs::path const pipe = folder.GetPath() / "pipe.jpg";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0); // Opening it for reading would wait for a writer.
@@ -179,6 +191,115 @@ TEST_F(HostileFilesTest, DamageBesideThePixelsIsDamage) {
     }
     g_object_unref(image);
     vips_area_unref(VIPS_AREA(profile));
+}
+
+std::string Segment(char marker, std::string const& content) {
+    std::size_t const bytes = content.size() + 2;
+    return {std::string{'\xff', marker, static_cast<char>(bytes >> 8), static_cast<char>(bytes)} + content};
+}
+
+std::string ProfilePart(char number, char count) {
+    return Segment('\xe2', std::string("ICC_PROFILE\0", 12) + number + count + std::string(100, 'x'));
+}
+
+/// A piece of 10 bytes of extended XMP of so many.
+std::string ExtendedPart(char place, char bytes) {
+    return Segment('\xe1', std::string("http://ns.adobe.com/xmp/extension/\0", 35) + std::string(32, 'A') +
+                               std::string(3, '\0') + bytes + std::string(3, '\0') + place + std::string(10, ' '));
+}
+
+TEST_F(HostileFilesTest, MetadataThatIsNotAllThereIsDamage) {
+    using namespace std::string_literals;
+    VideoHandle const noise = MakeNoise(*context, PixFmt::RGB24, 40, 30);
+    auto const make = [&](std::string const& name) {
+        WritePicture(folder.GetPath() / name, *noise, nullptr, {.overwrite = true});
+        return Get(folder.GetPath() / name);
+    };
+    auto const insert = [](std::string whole, std::size_t at, std::string const& part) {
+        return whole.insert(at, part);
+    };
+    std::string const jpeg = make("plain.jpg");
+    auto const jpegWith = [&](std::string const& segments) { return insert(jpeg, 2, segments); };
+    std::string const pointer =
+        Segment('\xe1', "http://ns.adobe.com/xap/1.0/\0<x:xmpmeta><rdf:RDF><rdf:D xmpNote:HasExtendedXMP=\""s +
+                            std::string(32, 'A') + "\"/></rdf:RDF></x:xmpmeta>");
+    std::string const exif = "Exif\0\0II*\0\x08\0\0\0\1\0"s;
+    std::string const artist = "\x3b\1\2\0\x20\0\0\0\x1a\0\0\0\0\0\0\0"s; // 32 bytes at 26
+    std::string const webp = make("plain.webp");
+    auto const little = [](std::size_t value) {
+        return std::string{static_cast<char>(value), static_cast<char>(value >> 8), static_cast<char>(value >> 16), 0};
+    };
+    auto const webpWith = [&](std::string const& chunks) {
+        std::string const body =
+            "WEBPVP8X\x0a\0\0\0\x08\0\0\0\x27\0\0\x1d\0\0"s + webp.substr(webp.find("VP8 ")) + chunks;
+        return "RIFF" + little(body.size()) + body;
+    };
+    std::string const jxl = "\0\0\0\x0cJXL \x0d\x0a\x87\x0a\0\0\0\x14"s + "ftypjxl \0\0\0\0jxl "s;
+    std::string const stream = make("plain.jxl");
+    std::string const size =
+        "\0\0"s + static_cast<char>((stream.size() + 8) >> 8) + static_cast<char>(stream.size() + 8);
+    std::string const boxed = jxl + size + "jxlc" + stream;
+    struct Case {
+        char const* name;
+        std::string bytes;
+        char const* damage; ///< None: the file is whole.
+    };
+    std::vector<Case> const cases{
+        {"a.jpg", jpegWith(ProfilePart(1, 3) + ProfilePart(3, 3)), "its colour profile misses segment 2 of 3"},
+        {"b.jpg", jpegWith(ProfilePart(2, 2)), "its colour profile misses segment 1 of 2"},
+        {"c.jpg", jpegWith(ProfilePart(1, 1)), "its colour profile is cut short"},
+        {"d.jpg", jpegWith(pointer), "its extended XMP misses a part"},
+        {"e.jpg", jpegWith(pointer + ExtendedPart(0, 30) + ExtendedPart(20, 30)), "its extended XMP misses a part"},
+        {"f.jpg", jpegWith(pointer + ExtendedPart(10, 20) + ExtendedPart(0, 20)), nullptr},
+        {"g.jpg", jpegWith(Segment('\xe1', exif + artist)), "in its EXIF, its tag 315 lies beyond its end"},
+        {"h.jpg", jpegWith(Segment('\xe1', exif + artist + std::string(32, 'x'))), nullptr},
+        {"i.jpg", jpegWith(Segment('\xe1', "Exif\0\0nothing to follow"s)), "in its EXIF, it does not begin with"},
+        {"j.jpg", jpegWith(Segment('\xed', "Photoshop 3.0\0008BIM\4\4\0\0\0\0\0\x09\x1c\2"s)),
+         "its image resources are cut short"},
+        {"a.webp", webpWith(""), "its chunk EXIF is missing"},
+        {"b.webp", webpWith("EXIF" + little(60) + exif), "its chunk EXIF is cut short"},
+        {"c.webp", webpWith("EXIF" + little(14) + exif.substr(6, 8) + std::string(6, '\0')), nullptr},
+        {"a.jxl", boxed + "\0\0\0\x40"s + "Exif\0\0\0\0"s, "its box Exif is cut short"},
+        {"b.jxl", boxed + "\0\0\0\x0c"s + "Exif\0\0\0\x40"s, "its EXIF is cut short"},
+        {"c.jxl", boxed + "\0\0\0\x10"s + "brobxml \xff\xff\xff\xff"s, "its box xml  cannot be unpacked"},
+        {"d.jxl", boxed + "\0\0\0\x0cxml mine"s, nullptr},
+        {"a.pgm", "P2\n3 3\n255\n1 2 3 4 5 6 7 8", "it ends after row 2 of 3"},
+        {"b.pgm", "P2\n# 3\n3 3\n255\n1 2 3 4 5 6 7 8 9", nullptr},
+        {"c.pbm", "P4\n9 3\n1234", "it ends after row 2 of 3"},
+        {"d.pbm", "P1\n3 2\n011 1\n1", "it ends after row 1 of 2"},
+        {"e.ppm", "P6\n1 3\n1023\n\1\1\1\1\1\1\1"s, "it ends after row 1 of 3"},
+        {"f.ppm", "P6\n1 1\n65535 \1\1\1\1\1\1"s, nullptr},
+    };
+    auto const accept = [&](fs::path const& file) {
+        std::string const error = ReadError<FileException>(file, {.acceptDamaged = true});
+        return error.empty() ? ReadPicture(file, *context, {.acceptDamaged = true}).warnings : std::vector{error};
+    };
+    for (Case const& each : cases) {
+        fs::path const file = Put(each.name, each.bytes);
+        if (each.damage == nullptr) {
+            EXPECT_EQ(ReadError<FileException>(file), "") << each.name;
+            EXPECT_THAT(accept(file), Each(Not(HasSubstr("damaged")))) << each.name;
+            continue;
+        }
+        EXPECT_THAT(ReadError<FileDamageException>(file), HasSubstr(each.damage)) << each.name;
+        EXPECT_THAT(accept(file), Contains(testing::StartsWith("it is damaged: "s + each.damage))) << each.name;
+    }
+}
+
+TEST_F(HostileFilesTest, ItemsBeyondTheEndOfAHeifFileAreDamage) {
+    VideoHandle const noise = MakeNoise(*context, PixFmt::RGB24, 64, 64);
+    for (std::string const name : {"a.avif", "a.heic"}) {
+        fs::path const file = folder.GetPath() / name;
+        WritePicture(file, *noise, nullptr);
+        std::string const whole = Get(file);
+        EXPECT_EQ(ReadError<FileException>(file), "") << name;
+        for (std::size_t const cut : {1U, 20U}) {
+            Put(name, whole.substr(0, whole.size() - cut));
+            EXPECT_THAT(ReadError<FileDamageException>(file), HasSubstr("lies beyond its end")) << name;
+        }
+        Put(name, whole + "Trailing matter of a program");
+        EXPECT_EQ(ReadError<FileException>(file), "") << name;
+    }
 }
 
 TEST_F(HostileFilesTest, OfDamagedFilesThatAreReadAsAWholeTheRestIsKept) {

@@ -1,4 +1,5 @@
 #include "Proc/Host/PictureFile.h"
+#include "Tests/Support/ColorProfiles.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -145,6 +146,8 @@ TEST_F(MetadataTest, RawFilesAreDevelopedUprightWithTheirMetadata) {
 }
 
 TEST_F(MetadataTest, WhatAFormatDoesNotHoldIsSaid) {
+    MakePicture("none.webp");
+    EXPECT_EQ(ReadBytes("none.webp").find("EXIF"), std::string::npos) << "nothing is made up";
     MakePicture("in.jpg");
     RunExifTool("-overwrite_original -Artist=Ann -IPTC:City=Rome -IPTC:EditStatus=new -Comment=remark "
                 "-UserComment=mine -Photoshop:URL=http://a.b in.jpg");
@@ -156,6 +159,52 @@ TEST_F(MetadataTest, WhatAFormatDoesNotHoldIsSaid) {
     EXPECT_EQ(Convert("in.jpg", "out.ppm"),
               (std::vector<std::string>{"in PNM, the comment is left out; image resources are left out; IPTC is left "
                                         "out; EXIF is left out"}));
+}
+
+TEST_F(MetadataTest, WhatHasBecomeSrgbSaysSo) {
+    MakePicture("in.jpg");
+    std::ofstream(In("wide.icc"), std::ios::binary) << MakeWideProfile();
+    RunExifTool("-overwrite_original -n '-ICC_Profile<=wide.icc' -EXIF:ColorSpace=65535 -InteropIndex=R03 "
+                "-XMP-exif:ColorSpace=65535 -XMP-photoshop:ICCProfileName=Wide -XMP-photoshop:ColorMode=3 in.jpg");
+    for (bool const toSrgb : {false, true}) {
+        LoadedPicture const loaded = ReadPicture(In("in.jpg"), *context, {.toSrgb = toSrgb});
+        for (std::string const to : {"jpg", "png", "tif", "webp", "avif", "jxl", "ppm"}) {
+            std::string const name = "out." + to;
+            auto const losses = WritePicture(In(name), *loaded.picture, loaded.metadata.get(), {.overwrite = true});
+            if (to == "ppm") {
+                EXPECT_EQ(losses.front().find("profile") == std::string::npos, toSrgb) << losses.front();
+                continue;
+            }
+            EXPECT_EQ(losses, std::vector<std::string>()) << name;
+            Json const values = ReadValues(name).at(name);
+            EXPECT_EQ(FindValue(values, {"ExifIFD:ColorSpace"}), toSrgb ? "1" : "65535") << name;
+            EXPECT_EQ(FindValue(values, {"InteropIFD:InteropIndex"}), toSrgb ? "R98" : "R03") << name;
+            EXPECT_EQ(FindValue(values, {"XMP-exif:ColorSpace"}), toSrgb ? "1" : "65535") << name;
+            EXPECT_EQ(FindValue(values, {"XMP-photoshop:ICCProfileName"}), toSrgb ? "" : "Wide") << name;
+        }
+    }
+}
+
+TEST_F(MetadataTest, PreviewsGoWhereThumbnailsAreLeftOut) {
+    MakePicture("plain.jpg");
+    std::string const plain = ReadBytes("plain.jpg");
+    std::string block = MakeBlockWithMakerNote();
+    std::string const preview = "\xff\xd8\xff\xe0xx\xff\xd8\xff\xd9Q\xff\xd9"; // With one of its own inside.
+    block.replace(block.find("Firm 1.2.3"), 10, "Firm 1\0\0\0\0", 10);
+    std::string const content = std::string("Exif\0\0", 6) + block + preview;
+    std::ofstream(In("in.jpg"), std::ios::binary)
+        << plain.substr(0, 2) << "\xff\xe1" << '\0' << static_cast<char>(content.size() + 2) << content
+        << plain.substr(2);
+    RunExifTool("-overwrite_original -XMP-GImage:ImageData=PICTURE -XMP-dc:Title=Hello in.jpg");
+    for (Strip const strip : {Strip::None, Strip::Thumbnail}) {
+        Convert("in.jpg", "out.jpg", {.strip = strip});
+        std::string const bytes = ReadBytes("out.jpg");
+        EXPECT_EQ(bytes.find(preview) == std::string::npos, strip == Strip::Thumbnail);
+        auto const values = ReadValues("out.jpg");
+        EXPECT_EQ(FindValue(values.at("out.jpg"), {"Canon:CanonFirmwareVersion"}), "Firm 1");
+        EXPECT_EQ(FindValue(values.at("out.jpg"), {"XMP-dc:Title"}), "Hello");
+        EXPECT_EQ(values.at("out.jpg").contains("XMP-GImage:ImageData"), strip == Strip::None);
+    }
 }
 
 TEST_F(MetadataTest, MetadataIsLeftOutAndTimesAreKeptWhenAsked) {
