@@ -457,7 +457,7 @@ TEST_F(CommandTest, ADashIsStandardInputAndOutput) {
         " <red.png >x.png",
         folder);
     EXPECT_EQ(piped.code, 0);
-    EXPECT_EQ(piped.error, "-: probe: first-sample=73\n"); // Beside the picture, not in it.
+    EXPECT_EQ(piped.error, "standard input: probe: first-sample=73\n"); // Beside the picture, not in it.
     EXPECT_THAT(Look("x.png"), StartsWith("rgb24 73 "));
     EXPECT_EQ(
         RunShell(
@@ -475,6 +475,9 @@ TEST_F(CommandTest, ADashIsStandardInputAndOutput) {
              {"$VELNOR apply - -o z.png </dev/null", 3, "standard input cannot be read: it is empty"},
              {"head -c 100 red.png | $VELNOR apply - -o z.png", 3, "standard input cannot be read: "},
              {"$VELNOR apply - -o z.png --max-megapixels 0.001 <red.png", 5, "standard input is too large"},
+             {"TMPDIR=/nowhere $VELNOR apply - -e white-balance -o - --to ppm <red.png", 0,
+              "standard input: white-balance: changes nothing"}, // No file that a kill would leave there.
+             {"VELNOR_TARGET=mmx $VELNOR apply red.png -o z.png", 2, "VELNOR_TARGET is \"mmx\"; it takes scalar, "},
              {"$VELNOR apply red.png -o - --to png >/dev/full", 4, "standard output cannot be written"}}) {
         CommandResult const result = RunShell(line, folder);
         EXPECT_EQ(result.code, code) << line;

@@ -135,7 +135,7 @@ private:
             RequireGoing();
             if (options.output == STANDARD_STREAM) {
                 StandardOutput const output(options.format);
-                Write(std::move(way.pieces[i].picture), output.GetFile(), way, photo);
+                Write(std::move(way.pieces[i].picture), output.GetFile(), way, photo, output.GetDescriptor());
                 output.Print();
             } else
                 Write(std::move(way.pieces[i].picture), files[i], way, photo);
@@ -180,7 +180,7 @@ private:
                         std::vector<Piece> pieces, PhotoReport& photo) {
         fs::path const& input = source.path;
         Announce(input, step.GetName());
-        place = input.string() + ": " + step.GetName() + ": ";
+        place = NamePhoto(input) + ": " + step.GetName() + ": ";
         StepOutcome outcome = step.Run(std::move(pieces), source.metadata);
         if (!outcome.warning.empty()) photo.warnings.push_back(place + outcome.warning);
         place.clear();
@@ -191,7 +191,7 @@ private:
     /// What a person may not expect of the effect, once for a photograph in pieces.
     static void Warn(EffectStep const& step, fs::path const& input, std::vector<StepOutcome> const& outcomes,
                      PhotoReport& photo) {
-        std::string const begin = input.string() + ": " + step.GetName() + ": ";
+        std::string const begin = NamePhoto(input) + ": " + step.GetName() + ": ";
         if (std::ranges::any_of(outcomes, &StepOutcome::isMadeOpaque))
             photo.warnings.push_back(begin + "the photograph's transparency is lost");
         if (std::ranges::all_of(outcomes, &StepOutcome::isUnchanged) && step.ChangesNothing())
@@ -217,8 +217,10 @@ private:
         CheckOutputs(files, options.files.writing.overwrite);
     }
 
-    void Write(Proc::DataHandle picture, fs::path const& file, Way const& way, PhotoReport& photo) const {
+    void Write(Proc::DataHandle picture, fs::path const& file, Way const& way, PhotoReport& photo,
+               int descriptor = -1) const {
         Proc::WriteOptions writing = options.files.ForWriting();
+        writing.descriptor = descriptor;
         writing.background = Proc::ToPhotosColor(writing.background, way.metadata.get());
         photo.Warn(photo.inputs.front(), SavePicture(std::move(picture), file, way.hadAlpha, way.metadata.get(),
                                                      writing, *catalogue.GetHost().GetFactory()));

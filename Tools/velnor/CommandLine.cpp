@@ -1,5 +1,6 @@
 #include "Tools/velnor/CommandLine.h"
 
+#include "Proc/Effects/Kit/Targets.h"
 #include "Tools/velnor/Command.h"
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/Failure.h"
@@ -58,6 +59,15 @@ std::string Explain(CLI::ParseError const& error, CLI::App const& app) {
     return app.get_subcommands().front()->get_name() + ": " + error.what();
 }
 
+/// What the environment says of the work that any command may do.
+void RequireEnvironment() {
+    try {
+        Proc::Kernels::ReadTargetLimit();
+    } catch (Proc::ProcException const& error) {
+        throw WrongCall(DescribeException(error));
+    }
+}
+
 ExitCode RunParsed(CLI::App const& app, std::vector<Command> const& commands) {
     RequireCommandFirst(app);
     if (app.get_subcommands().empty())
@@ -65,6 +75,7 @@ ExitCode RunParsed(CLI::App const& app, std::vector<Command> const& commands) {
                         " (`velnor --help` tells more)");
     CLI::App const* const given = app.get_subcommands().front();
     RequireNoExtras(*given);
+    RequireEnvironment();
     return std::ranges::find(commands, given, &Command::words)->run();
 }
 

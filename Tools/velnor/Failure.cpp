@@ -35,6 +35,12 @@ std::string NameRaisingOption(Proc::FileLimitException const& error) {
     return option == nullptr ? "" : std::string("; ") + option + " raises it";
 }
 
+/// What reads a damaged input all the same; empty for what is no damage.
+std::string NameAcceptingOption(Proc::ProcException const& error) {
+    bool const isDamaged = dynamic_cast<Proc::FileDamageException const*>(&error) != nullptr;
+    return isDamaged ? "; --accept-damaged keeps what can be read" : "";
+}
+
 } // namespace
 
 Report ReportCurrentException() {
@@ -46,7 +52,7 @@ Report ReportCurrentException() {
     } catch (Proc::FileLimitException const& error) {
         return {ExitCode::OverLimit, text + NameRaisingOption(error)};
     } catch (Proc::ProcException const& error) {
-        return {CodeOf(error), text};
+        return {CodeOf(error), text + NameAcceptingOption(error)};
     } catch (std::bad_alloc const&) {
         return {ExitCode::OverLimit, "there is not enough memory"};
     } catch (std::system_error const& error) {

@@ -67,9 +67,11 @@ void AddReadingOptions(CLI::App& command, FileOptions& files) {
         "--to-srgb", files.toSrgb,
         "Convert photographs with another colour profile to sRGB by it; they then have the profile of sRGB, grey ones "
         "none. Else profiles stay as they are");
-    command.add_flag("--accept-damaged", files.acceptDamaged,
-                     "Keep the readable part of a damaged photograph: of JPEG, PNG, WebP and GIF, and of TIFF whose "
-                     "directory stands before the damage; the rest is black, or grey");
+    command.add_flag(
+        "--accept-damaged", files.acceptDamaged,
+        "Keep the readable part of a damaged photograph, with a warning: of JPEG, PNG, WebP, GIF, JPEG XL, "
+        "PNM and raw files, and of TIFF whose directory stands before the damage; the rest is black, or "
+        "grey. HEIC and AVIF are read as a whole or not at all");
 }
 
 void AddWritingOptions(CLI::App& command, FileOptions& files) {
@@ -94,7 +96,8 @@ void AddWritingOptions(CLI::App& command, FileOptions& files) {
     command
         .add_option_function<std::string>(
             "--strip", [&files](std::string const& what) { files.writing.strip = ParseStrip(what); },
-            "Metadata to leave out: all (but colour profile and resolution), gps, or thumbnail, which is never kept")
+            "Metadata to leave out: all (but colour profile and resolution), gps, or thumbnail: previews in "
+            "maker notes and XMP too, besides the thumbnails that are never kept")
         ->type_name("WHAT");
     command.add_flag("--keep-times", files.writing.keepTimes,
                      "Give outputs the photograph's times of access and change");

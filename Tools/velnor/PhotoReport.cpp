@@ -1,6 +1,7 @@
 #include "Tools/velnor/PhotoReport.h"
 
 #include "Tools/velnor/Json.h"
+#include "Tools/velnor/StandardStreams.h"
 
 #include <algorithm>
 
@@ -17,7 +18,7 @@ Json ListFiles(std::vector<std::filesystem::path> const& files) {
 
 void PhotoReport::Warn(std::filesystem::path const& input, std::vector<std::string> const& texts) {
     for (std::string const& text : texts)
-        if (std::string const line = input.string() + ": " + text; std::ranges::count(warnings, line) == 0)
+        if (std::string const line = NamePhoto(input) + ": " + text; std::ranges::count(warnings, line) == 0)
             warnings.push_back(line);
 }
 
@@ -27,8 +28,8 @@ std::string FormatResults(PhotoReport const& photo) {
         std::string place;
         if (found.place) place = " at " + std::to_string(found.place->x) + "," + std::to_string(found.place->y);
         for (EffectResult const& result : found.results)
-            text += found.input.string() + place + ": " + found.effect + ": " + result.field->name + "=" + result.text +
-                    "\n";
+            text += NamePhoto(found.input) + place + ": " + found.effect + ": " + result.field->name + "=" +
+                    result.text + "\n";
     }
     return text;
 }

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <fstream>
 #include <system_error>
 #include <vector>
 
@@ -65,6 +64,8 @@ int TakeStandardInput(Proc::ReadOptions const& options) {
 
 } // namespace
 
+std::string NamePhoto(fs::path const& photo) { return photo == STANDARD_STREAM ? "standard input" : photo.string(); }
+
 Proc::LoadedPicture ReadPhoto(fs::path const& photo, Proc::IEffectContext& context, Proc::ReadOptions const& options) {
     if (photo != STANDARD_STREAM) return Proc::ReadPicture(photo, context, options);
     static int const input = TakeStandardInput(options); // Tried anew when it throws.
@@ -74,7 +75,7 @@ Proc::LoadedPicture ReadPhoto(fs::path const& photo, Proc::IEffectContext& conte
     } catch (Proc::FileException const&) {
         Report report = ReportCurrentException();
         if (std::size_t const at = report.text.find(file); at != std::string::npos)
-            report.text.replace(at, file.size(), "standard input");
+            report.text.replace(at, file.size(), NamePhoto(photo));
         throw Failure(report.code, report.text);
     }
 }
@@ -91,25 +92,23 @@ void RequireStandardOutput(std::string const& format) {
     if (isatty(STDOUT_FILENO) == 1) throw WrongCall("-o - would write a picture to the terminal; send it to a command");
 }
 
-StandardOutput::StandardOutput(std::string const& format) {
-    std::string pattern = fs::temp_directory_path() / "velnor-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw Failure(ExitCode::OutputFailed, "folder " + pattern + " cannot be made: " + DescribeError());
-    folder = pattern;
-    file = folder / ("standard-output." + format);
+StandardOutput::StandardOutput(std::string const& format)
+    : file("standard output." + format), descriptor(memfd_create("standard-output", MFD_CLOEXEC)) {
+    if (descriptor < 0) throw Failure(ExitCode::OutputFailed, "standard output cannot be prepared: " + DescribeError());
 }
 
-StandardOutput::~StandardOutput() {
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-}
+StandardOutput::~StandardOutput() { close(descriptor); }
 
 void StandardOutput::Print() const {
-    std::ifstream stream(file, std::ios::binary);
     std::vector<char> buffer(CHUNK);
-    while (stream.read(buffer.data(), static_cast<std::streamsize>(buffer.size())), stream.gcount() > 0)
-        Tool::Print({buffer.data(), static_cast<std::size_t>(stream.gcount())});
-    if (stream.bad()) throw Failure(ExitCode::OutputFailed, file.string() + " cannot be read again");
+    off_t at = 0;
+    for (;;) {
+        ssize_t const got = pread(descriptor, buffer.data(), buffer.size(), at);
+        if (got < 0) throw Failure(ExitCode::OutputFailed, "standard output cannot be prepared: " + DescribeError());
+        if (got == 0) return;
+        Tool::Print({buffer.data(), static_cast<std::size_t>(got)});
+        at += got;
+    }
 }
 
 } // namespace Velnor::Tool
