@@ -108,6 +108,8 @@ struct Variant {
     Target target;
     Code code;
 };
+template <class Code>
+Variant(Target, Code) -> Variant<Code>; // clang 14 finds none by itself.
 
 /// All of them, slowest first, of which the first runs everywhere.
 template <class Code, std::size_t N>
