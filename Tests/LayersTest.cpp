@@ -92,7 +92,8 @@ TEST(Layers, AreThoseOfTheMap) {
 TEST(Layers, EachLibraryCompilesItsOwnFolder) {
     for (std::string const& file : ListFiles("Proc", {"CMakeLists.txt"}))
         for (std::string const& line : ReadLines(ROOT / file))
-            EXPECT_FALSE(line.find(".cpp") != std::string::npos && line.find("../") < line.find(".cpp")) << file << line;
+            EXPECT_FALSE(line.find(".cpp") != std::string::npos && line.find("../") < line.find(".cpp"))
+                << file << line;
 }
 
 } // namespace
