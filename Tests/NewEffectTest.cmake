@@ -14,7 +14,8 @@ function(make)
   execute_process(COMMAND ${python} ${work_dir}/Scripts/new-effect ${ARGV} OUTPUT_VARIABLE said
     COMMAND_ERROR_IS_FATAL ANY)
   list(GET ARGV 0 name)
-  foreach(word "'${name}.*:Registrator.*'" "Scripts/goldens" "Scripts/reference" "SettingsEffect${name}.h")
+  foreach(word "'${name}.*:Registrator.*:*EveryEffect*${name}*'" "Scripts/goldens" "Scripts/reference"
+      "SettingsEffect${name}.h")
     string(FIND "${said}" "${word}" at)
     if(at EQUAL -1)
       message(SEND_ERROR "new-effect ${name} does not tell of ${word}: ${said}")

@@ -27,7 +27,7 @@ constexpr std::array PROMISES{
 
 struct Waiver {
     std::string_view effect;
-    std::string_view implementation; ///< Empty: all.
+    std::string_view implementation;
     std::string_view promise;
     std::string_view reason;
 };
@@ -38,23 +38,23 @@ constexpr std::string_view REMEMBERS = "carries on from the picture before, as i
 constexpr std::string_view KEEPS_KERNEL = "keeps the aperture that the first picture got";
 constexpr std::string_view CUTS = "cuts with twelve workers";
 constexpr std::array WAIVERS{
-    Waiver{"auto-enhance", "", "alpha", COUNTS_ALL},
-    Waiver{"black-white", "", "alpha", COUNTS_ALL},
-    Waiver{"blur-bokeh", "", "alpha", COUNTS_ALL},
-    Waiver{"color-balance-auto", "", "alpha", COUNTS_ALL},
-    Waiver{"gradient-posterize", "", "alpha", COUNTS_ALL},
-    Waiver{"grab-cut", "", "alpha", COUNTS_ALL},
+    Waiver{"auto-enhance", "Velnor", "alpha", COUNTS_ALL},
+    Waiver{"black-white", "Velnor", "alpha", COUNTS_ALL},
+    Waiver{"blur-bokeh", "Velnor", "alpha", COUNTS_ALL},
+    Waiver{"color-balance-auto", "Velnor", "alpha", COUNTS_ALL},
+    Waiver{"gradient-posterize", "Velnor", "alpha", COUNTS_ALL},
+    Waiver{"grab-cut", "Velnor", "alpha", COUNTS_ALL},
     Waiver{"grab-cut-segmentation", "Velnor", "alpha", COUNTS_ALL},
-    Waiver{"histogram", "", "alpha", MEASURES},
-    Waiver{"auto-enhance", "", "random", REMEMBERS},
-    Waiver{"auto-enhance", "", "independence", REMEMBERS},
-    Waiver{"blur-bokeh", "", "independence", KEEPS_KERNEL},
-    Waiver{"directional-area-deformation", "", "random", REMEMBERS},
-    Waiver{"directional-area-deformation", "", "independence", REMEMBERS},
-    Waiver{"grab-cut", "", "threads", CUTS},
+    Waiver{"histogram", "Velnor", "alpha", MEASURES},
+    Waiver{"auto-enhance", "Velnor", "random", REMEMBERS},
+    Waiver{"auto-enhance", "Velnor", "independence", REMEMBERS},
+    Waiver{"blur-bokeh", "Velnor", "independence", KEEPS_KERNEL},
+    Waiver{"directional-area-deformation", "Velnor", "random", REMEMBERS},
+    Waiver{"directional-area-deformation", "Velnor", "independence", REMEMBERS},
+    Waiver{"grab-cut", "Velnor", "threads", CUTS},
     Waiver{"grab-cut-segmentation", "Velnor", "threads", CUTS},
-    Waiver{"remove-background", "", "threads", CUTS},
-    Waiver{"video-generator", "", "wrong-inputs", "needs no picture"},
+    Waiver{"remove-background", "Velnor", "threads", CUTS},
+    Waiver{"video-generator", "Default", "wrong-inputs", "needs no picture"},
 };
 
 } // namespace
@@ -64,8 +64,7 @@ std::span<Promise const> GetPromises() { return PROMISES; }
 std::string_view FindWaiver(RegisteredEffect const& effect, Promise const& promise) {
     std::string const name = GetEffectName(effect);
     auto const found = std::ranges::find_if(WAIVERS, [&](Waiver const& waiver) {
-        bool const isMeant = waiver.implementation.empty() || waiver.implementation == effect.implName;
-        return waiver.promise == promise.name && isMeant && waiver.effect == name;
+        return waiver.effect == name && waiver.implementation == effect.implName && waiver.promise == promise.name;
     });
     return found == WAIVERS.end() ? "" : found->reason;
 }

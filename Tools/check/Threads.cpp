@@ -7,6 +7,7 @@
 #include <atomic>
 #include <filesystem>
 #include <iterator>
+#include <utility>
 
 #include <pthread.h>
 
@@ -39,6 +40,12 @@ void Watch(std::filesystem::path const& plugin, char const* symbol, Function cou
     original = reinterpret_cast<Function>(RedirectImport(plugin, symbol, reinterpret_cast<void*>(counting)));
 }
 
+/// Large enough, at the highest level, for whatever a plug-in may cut into pieces. The host's own effects may.
+std::pair<std::uint32_t, std::uint32_t> GetSize(Subject const& subject) {
+    if (subject.GetFile().empty()) return {96, 70};
+    return subject.GetLevel() > 2 ? std::pair(2048U, 1025U) : std::pair(640U, 480U);
+}
+
 /// Of this process.
 std::ptrdiff_t CountThreads() {
     namespace fs = std::filesystem;
@@ -52,10 +59,7 @@ void CheckThreads(Subject const& subject, Journal& journal) {
         Watch(subject.GetFile(), "pthread_create", &CountAndCreate, createThread);
         Watch(subject.GetFile(), START_THREAD, &CountAndStart, startThread);
     }
-    // At the highest level large enough for whatever a plug-in may cut into pieces.
-    bool const isLarge = subject.GetLevel() > 2 && !subject.GetFile().empty();
-    std::uint32_t const width = isLarge ? 2048 : 640;
-    std::uint32_t const height = isLarge ? 1025 : 480;
+    auto const [width, height] = GetSize(subject);
     auto const effect = subject.Make(*subject.MakeTypicalSettings());
     std::ptrdiff_t threads = 0;
     for (int round = 0; round < 2; ++round) {
