@@ -1,23 +1,20 @@
 #include "Proc/Effects/Kit/Bands.h"
 
+#include "Core/Processors.h"
+
 #include <algorithm>
 #include <atomic>
 #include <future>
 #include <system_error>
-#include <thread>
 
 namespace Velnor::Proc {
-namespace {
-
-std::uint32_t CountProcessors() { return std::max(1U, std::thread::hardware_concurrency()); }
-
-} // namespace
 
 std::vector<Band> CutIntoBands(std::uint32_t width, std::uint32_t height) {
     constexpr std::uint64_t PIXELS_WORTH_A_THREAD = 1U << 20;
     constexpr std::uint32_t BANDS_A_PROCESSOR = 8;
-    bool const isLarge = std::uint64_t{width} * height >= 2 * PIXELS_WORTH_A_THREAD;
-    std::uint32_t const wanted = isLarge ? CountProcessors() * BANDS_A_PROCESSOR : 1;
+    unsigned const threads = Core::GetThreadsPerPicture();
+    bool const isShared = threads > 1 && std::uint64_t{width} * height >= 2 * PIXELS_WORTH_A_THREAD;
+    std::uint32_t const wanted = isShared ? threads * BANDS_A_PROCESSOR : 1;
     std::uint32_t const rows = std::max(1U, (height + wanted - 1) / wanted);
     std::vector<Band> bands;
     for (std::uint32_t first = 0; first < height; first += rows)
@@ -26,7 +23,7 @@ std::vector<Band> CutIntoBands(std::uint32_t width, std::uint32_t height) {
 }
 
 std::size_t CountWorkers(std::vector<Band> const& bands) {
-    return std::clamp<std::size_t>(CountProcessors(), 1, std::max<std::size_t>(1, bands.size()));
+    return std::clamp<std::size_t>(Core::GetThreadsPerPicture(), 1, std::max<std::size_t>(1, bands.size()));
 }
 
 void RunBands(std::vector<Band> const& bands, std::function<void(Band const& band, std::size_t worker)> const& work) {

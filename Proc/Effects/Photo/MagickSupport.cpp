@@ -1,5 +1,6 @@
 #include "Proc/Effects/Photo/MagickSupport.h"
 
+#include "Core/Processors.h"
 #include "Proc/Host/FatalError.h"
 #include "Proc/Host/MemoryRoom.h"
 #include "Proc/Interfaces/EffectExceptions.h"
@@ -57,6 +58,10 @@ void SetUp() {
     std::call_once(once, [] {
         ::Magick::InitializeMagick(nullptr);
         MagickCore::SetFatalErrorHandler(EndByLibrary);
+        MagickCore::SetMagickResourceLimit(
+            MagickCore::ThreadResource,
+            std::min<MagickCore::MagickSizeType>(Core::GetThreadsPerPicture(),
+                                                 MagickCore::GetMagickResourceLimit(MagickCore::ThreadResource)));
     });
 }
 

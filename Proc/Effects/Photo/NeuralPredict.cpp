@@ -6,6 +6,7 @@
 // at most four times that; only a network that takes any size can be run so.
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Photo/NetworkFile.h"
+#include "Proc/Effects/Photo/OpenCV/CVThreads.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Host/MemoryRoom.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -76,18 +77,6 @@ cv::Mat MakeBlob(ConstPlane const& rgb, SettingsEffectNeuralBase const& neural) 
     return blob;
 }
 
-/// Keeps OpenCV from writing to standard error what its exception says as well.
-class QuietLibrary {
-public:
-    QuietLibrary() : before(cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT)) {}
-    ~QuietLibrary() { cv::utils::logging::setLogLevel(before); }
-    QuietLibrary(QuietLibrary const&) = delete;
-    QuietLibrary& operator=(QuietLibrary const&) = delete;
-
-private:
-    cv::utils::logging::LogLevel before;
-};
-
 std::string Describe(cv::Exception const& error) {
     std::string text = error.err.empty() ? error.what() : error.err;
     std::ranges::replace(text, '\n', ' ');
@@ -118,7 +107,6 @@ private:
         std::filesystem::path const file = FindNetwork(model);
         std::vector<unsigned char> const content = ReadNetwork(file);
         loadedModel.clear();
-        QuietLibrary const quiet;
         try {
             network = cv::dnn::readNetFromONNX(reinterpret_cast<char const*>(content.data()), content.size());
         } catch (std::bad_alloc const&) {
@@ -173,5 +161,7 @@ private:
 
 Velnor::Proc::EffectFactoryFunction FindVelnorEffect(char const* classId) {
     using namespace Velnor::Proc;
+    ShareProcessorsWithOpenCV();
+    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT); // What it says is in its exceptions too.
     return classId == SettingsEffectNeuralPredict::CLASS_ID ? &MakeEffect<NeuralPredict> : nullptr;
 }

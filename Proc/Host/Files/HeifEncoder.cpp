@@ -1,3 +1,4 @@
+#include "Core/Processors.h"
 #include "Proc/Host/Files/EncodersModule.h"
 #include "Proc/Host/PictureFile.h"
 
@@ -37,6 +38,8 @@ HeldEncoder MakeEncoder(heif_context* context, HeifCodec codec, EncoderOptions c
     Require(heif_encoder_set_lossless(encoder, options.isLossless ? 1 : 0));
     bool const isHalved = options.isChromaHalved && !options.isLossless;
     Require(heif_encoder_set_parameter_string(encoder, "chroma", isHalved ? "420" : "444"));
+    // Of AV1; the other encoder asks the system, and has no such parameter.
+    (void)heif_encoder_set_parameter_integer(encoder, "threads", static_cast<int>(Core::GetThreadsPerPicture()));
     return held;
 }
 

@@ -1,9 +1,11 @@
+#include "Core/Processors.h"
 #include "Proc/Host/Files/EncodersModule.h"
 #include "Proc/Host/PictureFile.h"
 
 #include <jxl/encode_cxx.h>
 #include <jxl/resizable_parallel_runner_cxx.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
@@ -92,8 +94,9 @@ std::string EncodeJxl(ConstPlane const& plane, MetadataBlocks const& metadata, E
     if (runner == nullptr || encoder == nullptr) throw std::bad_alloc();
     // A decoder cannot bring samples that were turned into the codec's own colours back to any profile but its own few.
     JxlBasicInfo const info = Describe(plane, options.isLossless || !metadata.profile.empty());
-    JxlResizableParallelRunnerSetThreads(runner.get(),
-                                         JxlResizableParallelRunnerSuggestThreads(info.xsize, info.ysize));
+    JxlResizableParallelRunnerSetThreads(
+        runner.get(),
+        std::min(JxlResizableParallelRunnerSuggestThreads(info.xsize, info.ysize), Core::GetThreadsPerPicture()));
     Require(JxlEncoderSetParallelRunner(encoder.get(), JxlResizableParallelRunner, runner.get()), "threads");
     bool const hasBoxes = !metadata.exif.empty() || !metadata.xmp.empty();
     if (hasBoxes) Require(JxlEncoderUseBoxes(encoder.get()), "metadata");

@@ -1,5 +1,6 @@
 // The module of the effects on OpenCV.
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
+#include "Proc/Effects/Photo/OpenCV/CVThreads.h"
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
@@ -11,6 +12,7 @@
 
 Velnor::Proc::EffectFactoryFunction FindVelnorEffect(char const* classId) {
     using namespace Velnor::Proc;
+    ShareProcessorsWithOpenCV();
     if (classId == SettingsEffectBlur::CLASS_ID) return &CreateBlur;
     if (classId == SettingsEffectCLAHE::CLASS_ID) return &CreateCLAHE;
     if (classId == SettingsEffectGrabCutSegmentation::CLASS_ID) return &CreateGrabCutSegmentation;
