@@ -160,9 +160,27 @@ int OutputFile::MoveToFreeName() const {
     return 0;
 }
 
+/// Gives the file that is replaced a second name. One that it has from a process that was killed serves again.
+void OutputFile::MakeBackup() const {
+    for (unsigned number = 1;; ++number) {
+        std::string const name = target.string() + ".~" + std::to_string(number) + "~";
+        if (link(target.c_str(), name.c_str()) == 0 || errno == ENOENT) return;
+        int const failure = errno;
+        std::error_code ignored;
+        if (failure == EEXIST && fs::equivalent(name, target, ignored)) return;
+        if (failure == EEXIST) continue;
+        std::error_code error; // Where there are no links, a copy does.
+        fs::copy_file(target, name, error);
+        if (error && error != std::errc::file_exists)
+            Fail("what it replaces cannot be kept as " + name + ": " + error.message());
+        if (!error) return;
+    }
+}
+
 void OutputFile::Commit() {
     if (isCallers) return;
     if (fsync(descriptor) != 0) FailBySystem(errno);
+    if (keepsReplaced && replacedMode >= 0) MakeBackup();
     int error = 0;
     if (!overwrite) {
         error = temporary.empty() ? Link(target) : MoveToFreeName();

@@ -39,6 +39,9 @@ public:
     /// Gives the file times of last access and change, as futimens(2) takes them. To be called when all is written.
     void SetTimes(timespec const (&times)[2]) const;
 
+    /// Keeps what Commit replaces under the name "FILE.~N~", N being the lowest from 1 on that is free.
+    void KeepReplaced() { keepsReplaced = true; }
+
     /// Brings the content to the disk, gives the file its name, at once and whole, and brings that to the disk. Throws
     /// FileOutputException, the old target untouched; in particular when somebody made a file of that name meanwhile
     /// and it may not be replaced.
@@ -53,12 +56,14 @@ private:
     int Link(std::filesystem::path const& name) const;
     void NameTemporary();
     int MoveToFreeName() const;
+    void MakeBackup() const;
 
     std::filesystem::path const path; ///< As the caller gave it, for messages.
     bool const overwrite;
     std::filesystem::path target;    ///< What is written: the path, or where its link leads.
     std::filesystem::path temporary; ///< Empty while the temporary file has no name.
     int replacedMode = -1;           ///< Permissions of the file that is replaced.
+    bool keepsReplaced = false;
     int descriptor = -1;
     bool const isCallers = false;
 };

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,12 @@ public:
     virtual ~PictureMetadata();
 };
 
+/// What a file's header tells of reading it.
+struct PictureHeader {
+    std::uint64_t pixels = 0;
+    std::uint64_t memory = 0; ///< Bytes that reading takes at its height, the picture included.
+};
+
 struct ReadOptions {
     std::uint64_t maxPixels = 512'000'000; ///< Checked on the header, before a pixel is decoded.
     /// Keep the readable part of a damaged file; the rest is grey or black. Of HEIC and AVIF there is none.
@@ -42,6 +49,9 @@ struct ReadOptions {
     double maxExpansion = 0; ///< Of 64 megapixels and more: how many times their file they may take; 0: by the kind.
     /// Convert what has a colour profile other than sRGB by it: the picture then has that of sRGB, a grey one has none.
     bool toSrgb = false;
+    /// Told once, when the file is found within the limits and before a pixel is decoded. It may wait until there is
+    /// room.
+    std::function<void(PictureHeader const&)> onHeader = {};
 };
 
 /// What of the metadata is not written.
@@ -58,6 +68,7 @@ struct WriteOptions {
     /// was read, and otherwise 90, AVIF and HEIC 70.
     std::optional<int> quality = {};
     bool overwrite = false; ///< Replace an existing file; else it is a FileOutputException.
+    bool backup = false;    ///< Keep the file that is replaced, as "name.~1~", or with the next number that is free.
     /// An open file to write to in place of the path, which then gives the format and a name for messages. One that can
     /// be read and sought in too; it stays open, and what of it was written when writing fails is the caller's matter.
     int descriptor = -1;

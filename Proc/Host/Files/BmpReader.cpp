@@ -56,8 +56,10 @@ LoadedPicture ReadBmpPicture(std::filesystem::path const& path, std::string cons
     FileFacts facts;
     facts.fileBytes = content.size();
     facts.pixelBits = 8 * PIXEL_BYTES;
-    RequireLimits(path, frame, std::uint64_t{frame.width} * frame.height * (PIXEL_BYTES + DECODER_BYTES), ReadKind::Bmp,
-                  facts, options);
+    std::uint64_t const pixels = std::uint64_t{frame.width} * frame.height;
+    std::uint64_t const memory = pixels * (PIXEL_BYTES + DECODER_BYTES);
+    RequireLimits(path, frame, memory, ReadKind::Bmp, facts, options);
+    if (options.onHeader) options.onHeader({pixels, memory});
     BmpDecoderFunction const decode = LoadDecoder(path);
     LoadedPicture loaded;
     try {

@@ -44,6 +44,10 @@ std::optional<FoundLoader> MatchLoader(VipsSource* source) {
 
 void CloseOtherLoaders() {
     vips_operation_block_set("VipsForeignLoad", TRUE);
+    OpenReadLoaders();
+}
+
+void OpenReadLoaders() {
     for (LoaderRecord const& record : LOADERS) vips_operation_block_set(record.loader, FALSE);
 }
 

@@ -12,8 +12,11 @@ namespace Velnor::Proc::Files {
 enum class ReadKind : std::uint8_t { Jpeg, Png, Tiff, WebP, Gif, Pnm, Heif, Jxl, Bmp, Raw };
 
 /// Closes every loader of the file library but those of the kinds that are read: what else it has takes text for
-/// pictures, reads without end, or is not made for hostile files. To be called again when loaders have come.
+/// pictures, reads without end, or is not made for hostile files.
 void CloseOtherLoaders();
+
+/// Opens those of the kinds that are read, as far as the library has them by now. One that came later begins closed.
+void OpenReadLoaders();
 
 struct FoundLoader {
     ReadKind kind;

@@ -42,6 +42,7 @@ void RequireLimits(fs::path const& path, libraw_image_sizes_t const& sizes, Read
     auto const frame = FrameFormat::Square(sizes.width, sizes.height);
     std::uint64_t const memory = std::uint64_t{sizes.raw_width} * sizes.raw_height * BYTES;
     Files::RequireLimits(path, frame, memory, ReadKind::Raw, facts, options);
+    if (options.onHeader) options.onHeader({std::uint64_t{frame.width} * frame.height, memory});
     RequireRoom(memory + WORKING_ROOM);
 }
 

@@ -27,6 +27,7 @@
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace Velnor::Proc::Files {
 namespace {
@@ -111,6 +112,11 @@ private:
     Fail(path,
          (kind.empty() ? "it is no picture file of a known kind, or damaged from the start" : kind + " is not read") +
              "; read are " + ListReadKinds());
+}
+
+std::uint64_t CountPixels(VipsImage* image) {
+    return static_cast<std::uint64_t>(vips_image_get_width(image)) *
+           static_cast<std::uint64_t>(vips_image_get_height(image));
 }
 
 /// A picture file of which the header has been read and found within the limits.
@@ -331,7 +337,14 @@ LoadedPicture ReadPixels(fs::path const& path, InputFile const& file, Header hea
 LoadedPicture ReadVipsPicture(fs::path const& path, IEffectContext& context, ReadOptions const& options) {
     InputFile const file(path);
     if (IsBmp(file.Read(HEAD_BYTES))) return ReadBmpPicture(path, file.ReadAll(), context, options);
-    return ReadPixels(path, file, OpenHeader(path, file, options), context, options);
+    auto const open = [&] { return OpenHeader(path, file, options); };
+    Header header = WithOwnComplaints(open);
+    // Told between two turns: who waits for room here must not keep others from the library.
+    if (options.onHeader) options.onHeader({CountPixels(header.image.get()), header.memory});
+    return WithOwnComplaints([&] {
+        if (header.image == nullptr) header = open(); // Used up by the first attempt.
+        return ReadPixels(path, file, std::exchange(header, Header()), context, options);
+    });
 }
 
 } // namespace Velnor::Proc::Files

@@ -1,5 +1,6 @@
 #include "Proc/Host/Files/VipsSupport.h"
 
+#include "Core/Processors.h"
 #include "Proc/Host/FatalError.h"
 #include "Proc/Host/Files/Loaders.h"
 #include "Proc/Host/MemoryRoom.h"
@@ -7,6 +8,7 @@
 
 #include <glog/logging.h>
 
+#include <condition_variable>
 #include <cstdint>
 #include <dlfcn.h>
 #include <filesystem>
@@ -24,6 +26,21 @@ constexpr int LOG_LEVEL = 30;
 constexpr std::uint64_t MODULE_ROOM = 64 << 20;
 
 thread_local bool hasWarned = false;
+
+/// Who works on the library.
+struct Turns {
+    std::mutex mutex;
+    std::condition_variable changed;
+    unsigned atWork = 0;
+    unsigned waitingToBeAlone = 0;
+    bool isOneAlone = false;
+    std::uint64_t begun = 0;
+};
+
+Turns& GetTurns() {
+    static Turns turns;
+    return turns;
+}
 
 /// GLib ends the process when this returns from a fatal message. With the first step of the message no more memory may
 /// be had, so nothing is done before it is told.
@@ -60,7 +77,7 @@ void LoadModules() {
         GModule* const module = g_module_open((folder / name).c_str(), G_MODULE_BIND_LAZY);
         if (module != nullptr) g_module_make_resident(module);
     }
-    CloseOtherLoaders();
+    OpenReadLoaders();
 }
 
 void Start() {
@@ -68,6 +85,7 @@ void Start() {
         VELNOR_THROW(FileException,
                      "Picture files cannot be opened: the file library does not start: " + TakeError() + ".");
     vips_cache_set_max(0);
+    vips_concurrency_set(static_cast<int>(Core::GetThreadsPerPicture()));
     CloseOtherLoaders();
     auto const everything = static_cast<GLogLevelFlags>(G_LOG_LEVEL_MASK | G_LOG_FLAG_FATAL | G_LOG_FLAG_RECURSION);
     for (char const* const domain : {"VIPS", "GLib", "GLib-GObject", "GModule"})
@@ -84,6 +102,42 @@ void StartVips() {
 void LoadRarerKinds() {
     static std::once_flag loaded;
     std::call_once(loaded, LoadModules);
+}
+
+LibraryTurn::LibraryTurn() {
+    Turns& turns = GetTurns();
+    std::unique_lock lock(turns.mutex);
+    turns.changed.wait(lock, [&] { return !turns.isOneAlone && turns.waitingToBeAlone == 0; });
+    hasMet = turns.atWork++ > 0;
+    number = ++turns.begun;
+}
+
+LibraryTurn::~LibraryTurn() {
+    Turns& turns = GetTurns();
+    std::lock_guard const lock(turns.mutex);
+    if (isAlone)
+        turns.isOneAlone = false;
+    else
+        --turns.atWork;
+    turns.changed.notify_all();
+}
+
+bool LibraryTurn::HadCompany() const {
+    Turns& turns = GetTurns();
+    std::lock_guard const lock(turns.mutex);
+    return hasMet || turns.begun != number;
+}
+
+void LibraryTurn::GoAlone() {
+    Turns& turns = GetTurns();
+    std::unique_lock lock(turns.mutex);
+    --turns.atWork;
+    ++turns.waitingToBeAlone;
+    turns.changed.notify_all();
+    turns.changed.wait(lock, [&] { return turns.atWork == 0 && !turns.isOneAlone; });
+    --turns.waitingToBeAlone;
+    turns.isOneAlone = true;
+    isAlone = true;
 }
 
 bool TakeWarned() { return std::exchange(hasWarned, false); }

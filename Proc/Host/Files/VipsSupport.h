@@ -32,9 +32,41 @@ void LoadRarerKinds();
 /// damage goes on with a warning.
 bool TakeWarned();
 
+/// Work on the file library under way, of one thread among others or alone.
+class LibraryTurn {
+public:
+    LibraryTurn(); ///< Waits while a thread is alone.
+    ~LibraryTurn();
+    LibraryTurn(LibraryTurn const&) = delete;
+    LibraryTurn& operator=(LibraryTurn const&) = delete;
+
+    bool HadCompany() const; ///< Whether another thread's work was under way at any time during this.
+    void GoAlone();          ///< Waits for the others' work and keeps more from beginning.
+
+private:
+    bool hasMet = false; ///< Others were there at the beginning.
+    bool isAlone = false;
+    std::uint64_t number = 0;
+};
+
+/// Runs work that may fail. The library keeps its complaints for all threads together: what fails while others are at
+/// work is done anew alone, so that the reason is its own.
+template <class Work>
+auto WithOwnComplaints(Work const& work) {
+    LibraryTurn turn;
+    try {
+        return work();
+    } catch (...) {
+        if (!turn.HadCompany()) throw;
+    }
+    turn.GoAlone();
+    vips_error_clear();
+    return work();
+}
+
 /// The file library's latest complaint as part of a sentence: one line, without the name of its inner part and without
-/// a full stop. Empties the list of complaints, which the library keeps for all threads together: when several fail at
-/// the same time, one may get the other's reason.
+/// a full stop. Empties the list of complaints, which the library keeps for all threads together (see
+/// WithOwnComplaints).
 std::string TakeError();
 
 /// A copy of a field's bytes, since the loaders of HEIC and AVIF hand out some that go with their image; empty where

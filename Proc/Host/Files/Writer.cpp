@@ -266,10 +266,15 @@ std::vector<std::string> WriteVipsPicture(fs::path const& path, FileKind kind, I
     RequireRoom(WORKING_ROOM);
     FileMetadata::Fitted fitted;
     if (read != nullptr) fitted = read->Fit(kind, picture, options.strip);
-    OutputFile file = OpenOutput(path, options);
-    Writing(file, path, picture, fitted, options).Run(kind);
-    if (options.keepTimes && read != nullptr) file.SetTimes(read->GetTimes());
-    file.Commit();
+    FileMetadata::Fitted const prepared = fitted;
+    WithOwnComplaints([&] {
+        fitted = prepared;
+        OutputFile file = OpenOutput(path, options);
+        if (options.backup) file.KeepReplaced();
+        Writing(file, path, picture, fitted, options).Run(kind);
+        if (options.keepTimes && read != nullptr) file.SetTimes(read->GetTimes());
+        file.Commit();
+    });
     if ((kind == FileKind::Jpeg || kind == FileKind::Pnm) && IsTransparent(picture))
         fitted.losses.insert(fitted.losses.begin(), "transparency is laid on the background colour");
     return DescribeLosses(kind, fitted.losses);
