@@ -153,7 +153,7 @@ TEST_F(BatchTest, EverySynonymLeadsToAnEffect) {
         EffectArgument argument = ParseEffectArgument(synonym.effect);
         bool const isOnTwo = catalogue.Get(argument.name).GetDefault().kind == Proc::EffectKind::TwoInput;
         if (isOnTwo) argument.parameters.push_back({INPUT_PARAMETER, "second.png"});
-        EXPECT_NO_THROW(EffectStep(argument, catalogue, {}, nullptr)) << synonym.words;
+        EXPECT_NO_THROW(EffectStep(argument, catalogue, {})) << synonym.words;
     }
 }
 

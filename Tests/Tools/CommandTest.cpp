@@ -248,7 +248,7 @@ TEST_F(CommandTest, OfSeveralThingsWrongTheFirstIsSaid) {
         int code;
         std::string line;
     };
-    std::string const folderWords = "there is a folder; its photographs are named one by one";
+    std::string const folderWords = "there is a folder; --recursive takes the photographs in it";
     for (Call const& call : std::vector<Call>{
              {{"foo", "apply", "red.png", "-o", "y.png"}, 2, "there is no command \"foo\"; there is apply, cutout"},
              {{"aply", "apply", "red.png", "-o", "y.png"}, 2, "there is no command \"aply\"; did you mean apply?"},
@@ -757,9 +757,10 @@ TEST_F(CommandTest, HelpAndVersionSucceedAndClosedStreamsAreSurvived) {
 
 TEST_F(CommandTest, ProgressIsShownOnATerminalOnly) {
     CommandResult const shown =
-        RunShell("TERM=xterm script -qec '$VELNOR apply red.png glass.png -e pixelate -o out/' /dev/null", folder);
-    EXPECT_THAT(shown.out, AllOf(HasSubstr("0 of 2 done | red.png: pixelate"),
-                                 HasSubstr("1 of 2 done | glass.png: writing"), EndsWith("\r\x1b[K")));
+        RunShell("TERM=xterm script -qec '$VELNOR apply red.png glass.png -e pixelate -j1 -o out/' /dev/null", folder);
+    EXPECT_THAT(shown.out,
+                AllOf(testing::ContainsRegex("0 of 2 done [|] [0-9]+ % [|] red.png: pixelate"),
+                      testing::ContainsRegex("1 of 2 done [|] [0-9]+ % [|] glass.png: writing"), EndsWith("\r\x1b[K")));
 }
 
 } // namespace

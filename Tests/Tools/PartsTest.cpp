@@ -91,6 +91,19 @@ TEST(SuggestionsTest, NearestNamesComeFirstAndFarOnesNotAtAll) {
     EXPECT_EQ(JoinAlternatives({"a", "b", "c"}), "a, b or c");
 }
 
+std::vector<OutputPlan> PlanOutputs(std::vector<std::string> const& photos, std::string const& output,
+                                    bool areJoined = false, std::string const& fallback = {}) {
+    PhotoNames names;
+    for (std::string const& photo : photos) names.Add({photo});
+    OutputNaming const naming(output, areJoined ? 1 : photos.size(), fallback);
+    auto const makeReader = [&] { return PlanReader(names, naming, areJoined); };
+    if (!output.empty() && !areJoined) RequireApart(makeReader);
+    std::vector<OutputPlan> plans;
+    PlanReader reader = makeReader();
+    while (std::optional<OutputPlan> plan = reader.Next()) plans.push_back(*plan);
+    return plans;
+}
+
 std::vector<std::string> NamesOf(std::vector<std::string> const& photos, std::string const& output) {
     std::vector<std::string> names;
     for (OutputPlan const& plan : PlanOutputs(photos, output)) names.push_back(plan.output.string());
@@ -104,6 +117,9 @@ TEST(OutputNamesTest, FileFolderAndPattern) {
                 ElementsAre("jpg/x-1.png", "JPG/x.tar-2.png"));
     std::vector<std::string> const ten(10, "x.jpg");
     EXPECT_EQ(NamesOf(ten, "{index}.jpg").front(), "01.jpg");
+    std::vector<OutputPlan> const plans = PlanOutputs({"a/x.GIF", "y.jpg", "z"}, "o/", false, "webp");
+    EXPECT_EQ(plans[0].output.string() + plans[1].output.string() + plans[2].output.string(),
+              "o/x.webpo/y.jpgo/z.webp");
     EXPECT_EQ(NamesOf({"{name}.jpg"}, "o/{name}.jpg").front(), "o/{name}.jpg"); // Not filled in a second time.
 }
 

@@ -60,13 +60,11 @@ void PrintError(std::string const& text) { PrintAside("velnor: " + ToOneLine(tex
 
 void PrintAside(std::string_view text) { static_cast<void>(WriteAll(STDERR_FILENO, text)); }
 
-ProgressLine::ProgressLine(bool allowed, std::size_t countOfFiles)
-    : isShown(allowed && IsTerminal()), filesCount(countOfFiles) {}
+ProgressLine::ProgressLine(bool allowed) : isShown(allowed && IsTerminal()) {}
 
-void ProgressLine::Show(std::size_t filesDone, std::string const& file, std::string const& step) {
+void ProgressLine::Show(std::string const& text) {
     if (!isShown) return;
-    std::string const done = std::to_string(filesDone) + " of " + std::to_string(filesCount) + " done";
-    PrintAside("\r\x1b[K" + FitToWidth(ToOneLine(done + " | " + file + ": " + step)));
+    PrintAside("\r\x1b[K" + FitToWidth(ToOneLine(text)));
     isThere = true;
 }
 

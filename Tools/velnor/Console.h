@@ -23,17 +23,17 @@ void PrintAside(std::string_view text);
 /// terminal.
 class ProgressLine {
 public:
-    ProgressLine(bool allowed, std::size_t countOfFiles);
+    explicit ProgressLine(bool allowed);
     ~ProgressLine() { Clear(); }
     ProgressLine(ProgressLine const&) = delete;
     ProgressLine& operator=(ProgressLine const&) = delete;
 
-    void Show(std::size_t filesDone, std::string const& file, std::string const& step);
+    bool IsShown() const { return isShown; }
+    void Show(std::string const& text);
     void Clear(); ///< Before anything else is written.
 
 private:
     bool const isShown;
-    std::size_t const filesCount;
     bool isThere = false;
 };
 

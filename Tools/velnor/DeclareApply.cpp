@@ -48,21 +48,24 @@ Command DeclareApply(CLI::App& app) {
     CLI::App* const apply = app.add_subcommand("apply", "Run effects on photographs and write the results");
     apply
         ->add_option("photos", options.photos,
-                     "Photographs to read; - is standard input, and after -- names may begin with a dash")
+                     "Photographs to read; folders with --recursive; @FILE and @- stand for the names in a list; - is "
+                     "standard input, and after -- names may begin with a dash")
         ->type_name("PHOTO");
     apply->add_option("-e,--effect", options.effects, "Effect to run; may be repeated")
         ->type_name("EFFECT")
         ->allow_extra_args(false);
     apply
-        ->add_option("-o,--output", options.output,
-                     "File to write; a folder (out/) for several photographs, or a pattern with {name}, {index} and "
-                     "{ext}, and {x} and {y} of the pieces that an effect cuts a photograph into. Folders that are "
-                     "missing are made. - is standard output. Not needed with effects that only find something out")
+        ->add_option(
+            "-o,--output", options.output,
+            "File to write; a folder (out/) for several photographs, or a pattern with {name}, {index}, "
+            "{folder} and {ext}, and {x} and {y} of the pieces that an effect cuts a photograph into. Folders that are "
+            "missing are made. - is standard output. Not needed with effects that only find something out")
         ->type_name("OUT");
     apply->add_option("--to", options.format, "Format of the picture on standard output, by extension: png, jpg, ...")
         ->type_name("FORMAT");
     AddWritingOptions(*apply, options.files);
     AddReadingOptions(*apply, options.files);
+    AddBatchOptions(*apply, options.batch);
     apply
         ->add_option_function<std::string>(
             "--background",

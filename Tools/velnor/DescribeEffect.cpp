@@ -1,4 +1,5 @@
 #include "Tools/velnor/EffectCatalogue.h"
+#include "Tools/velnor/EffectMemory.h"
 #include "Tools/velnor/EffectParameters.h"
 #include "Tools/velnor/Json.h"
 #include "Tools/velnor/ListCommands.h"
@@ -65,8 +66,9 @@ std::string FormatAsText(CatalogueEntry const& entry, Proc::SettingsType const& 
         implementations.push_back(ToLower(effect.implName) + " (" + effect.origin + ")");
     return entry.name + ": " + type.summary + "\n" + "Works on " + GetKindText(entry.GetDefault().kind, type) +
            ". Class " + entry.classId + ", implemented by " + JoinAlternatives(implementations, "and") + ".\n" +
-           FormatSection("Parameters", fields, false) + FormatSection("Results", fields, true) + "\nExample\n  " +
-           MakeExample(entry.name, fields) + "\n";
+           "Holds about " + std::to_string(GetEffectMemory(entry.name, entry.GetDefault().implName)) +
+           " bytes of memory for each pixel.\n" + FormatSection("Parameters", fields, false) +
+           FormatSection("Results", fields, true) + "\nExample\n  " + MakeExample(entry.name, fields) + "\n";
 }
 
 Json DescribeField(Proc::SettingsField const& field) {
@@ -84,6 +86,7 @@ std::string FormatAsJson(CatalogueEntry const& entry, Proc::SettingsType const& 
     document["implementations"] = Json::array();
     for (Proc::RegisteredEffect const& effect : entry.implementations)
         document["implementations"].push_back(effect.implName);
+    document["memory"] = GetEffectMemory(entry.name, entry.GetDefault().implName); // Bytes a pixel.
     document["parameters"] = Json::array();
     for (Proc::SettingsField const& field : fields) document["parameters"].push_back(DescribeField(field));
     document["example"] = MakeExample(entry.name, fields);

@@ -47,8 +47,8 @@ Proc::RegisteredEffect const& CatalogueEntry::GetDefault() const {
     return implementations.front();
 }
 
-EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins)
-    : host(std::make_unique<Proc::StandardHost>()) {
+EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins, Proc::MemoryLimits const& pictures)
+    : host(std::make_unique<Proc::StandardHost>(pictures)) {
     LoadPlugins(*host, plugins);
     for (Proc::RegisteredEffect const& effect : host->GetEffects()) {
         auto const known = std::ranges::find(entries, effect.classId, &CatalogueEntry::classId);

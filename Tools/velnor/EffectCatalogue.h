@@ -24,7 +24,8 @@ class EffectCatalogue {
 public:
     /// Loads the plug-ins that came with the host and those of the user's folders, telling on stderr of one that fails,
     /// then those named. Throws Failure (wrong call) for a named one that cannot be loaded.
-    explicit EffectCatalogue(std::vector<std::string> const& plugins);
+    explicit EffectCatalogue(std::vector<std::string> const& plugins,
+                             Proc::MemoryLimits const& pictures = Proc::MemoryLimits());
 
     std::vector<CatalogueEntry> const& GetEntries() const { return entries; } ///< Ordered by name.
     Proc::Host& GetHost() const { return *host; }

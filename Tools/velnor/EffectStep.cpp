@@ -4,6 +4,7 @@
 #include "Proc/Interfaces/SettingsText.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
+#include "Tools/velnor/EffectMemory.h"
 #include "Tools/velnor/EffectParameters.h"
 #include "Tools/velnor/Handling.h"
 #include "Tools/velnor/Masks.h"
@@ -50,18 +51,15 @@ std::string ToPhotosColors(std::string const& text, Proc::PictureMetadata const*
 } // namespace
 
 EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue,
-                       Proc::ReadOptions const& reading, intrusive_ptr<Core::IProgressController> const& progress)
-    : name(argument.name),
-      factory(catalogue.GetHost().GetFactory()),
-      context(catalogue.GetHost().GetContext()),
-      controller(progress) {
+                       Proc::ReadOptions const& reading)
+    : name(argument.name), factory(catalogue.GetHost().GetFactory()), context(catalogue.GetHost().GetContext()) {
     CatalogueEntry const& entry = catalogue.Get(argument.name);
     chosen = GetImplementation(entry, argument.implementation);
     Proc::SettingsType const& type = catalogue.GetSettingsType(entry);
     roles = type.pictures;
     fields = DescribeParameters(type, chosen.kind);
     std::unique_ptr<Proc::Settings> parsed = type.create();
-    std::vector<std::string> files;
+    bytesPerPixel = GetEffectMemory(name, chosen.implName);
     for (EffectArgument::Parameter const& parameter : argument.parameters)
         if (parameter.key == INPUT_PARAMETER && std::ranges::count(fields, INPUT_PARAMETER, &Proc::SettingsField::name))
             files.push_back(parameter.value);
@@ -71,11 +69,11 @@ EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& ca
         if (HoldsColors(field) && std::ranges::count(argument.parameters, field.name, &EffectArgument::Parameter::key))
             typedColors.push_back(field);
     settings = std::move(parsed);
-    ReadFurtherInputs(files, reading);
+    ReadFurtherInputs(reading);
     statistic = Make()->GetStatistic(); // Made here too, so that one that cannot be made is told before any work.
 }
 
-void EffectStep::ReadFurtherInputs(std::vector<std::string> const& files, Proc::ReadOptions const& reading) {
+void EffectStep::ReadFurtherInputs(Proc::ReadOptions const& reading) {
     if (chosen.kind == Proc::EffectKind::TwoInput) {
         if (files.empty()) throw WrongCall(name + " works on two pictures; " + name + ":input=FILE names the second");
         if (files.size() > 1) throw WrongCall(name + " works on two pictures; input is given twice");
@@ -102,7 +100,6 @@ bool EffectStep::Cuts() const { return chosen.kind == Proc::EffectKind::VarInput
 
 intrusive_ptr<Proc::IEffect> EffectStep::Make(Proc::PictureMetadata const* metadata) const {
     intrusive_ptr<Proc::IEffect> effect = factory->CreateEffect(chosen.classId, chosen.implName);
-    effect->SetProgressController(controller);
     std::unique_ptr<Proc::Settings> const own = settings->Clone();
     for (Proc::SettingsField const& field : typedColors)
         field.parseAny(*own, ToPhotosColors(field.print(*own), metadata));
@@ -110,8 +107,10 @@ intrusive_ptr<Proc::IEffect> EffectStep::Make(Proc::PictureMetadata const* metad
     return effect;
 }
 
-StepOutcome EffectStep::Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata) {
+StepOutcome EffectStep::Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata,
+                            intrusive_ptr<Core::IProgressController> const& controller) const {
     intrusive_ptr<Proc::IEffect> const effect = Make(metadata);
+    effect->SetProgressController(controller);
     StepOutcome outcome;
     Proc::DataHandle& picture = pieces.front().picture;
     if (IsMask(0)) picture = MakeMask(std::move(picture), *factory);
@@ -130,8 +129,14 @@ StepOutcome EffectStep::Run(std::vector<Piece> pieces, Proc::PictureMetadata con
     outcome.results = FindResults(effect->GetSettingsBase());
     Core::Property const run = effect->GetStatistic();
     if (Core::Property const* const warning = run.FindChild(Proc::WARNING_NODE)) outcome.warning = warning->GetValue();
+    std::lock_guard const lock(mutex);
     Core::AddStatistics(statistic, run);
     return outcome;
+}
+
+Core::Property EffectStep::GetStatistic() const {
+    std::lock_guard const lock(mutex);
+    return statistic;
 }
 
 void EffectStep::RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const {

@@ -8,7 +8,9 @@
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/Pieces.h"
 
+#include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -37,8 +39,7 @@ public:
     /// Throws Failure (wrong call) for an unknown effect, implementation or parameter and for a value that does not
     /// fit; what ReadPicture throws for the further pictures of an effect on several; what the effect throws when it
     /// cannot be made.
-    EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue, Proc::ReadOptions const& reading,
-               intrusive_ptr<Core::IProgressController> const& progress);
+    EffectStep(EffectArgument const& argument, EffectCatalogue const& catalogue, Proc::ReadOptions const& reading);
 
     std::string const& GetName() const { return name; }
 
@@ -52,19 +53,26 @@ public:
     /// What the effect makes of one piece, or of all when it joins them. Colours that were typed mean sRGB and are
     /// taken into the profile of the photograph, or of the first, whose metadata may be null. An extra alpha that the
     /// effect gives a picture without alpha becomes the picture's own, since files and other effects know no other.
-    /// Throws what the effect throws, and Failure (output) when it gives no picture.
-    StepOutcome Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata);
+    /// Throws what the effect throws, and Failure (output) when it gives no picture. May be called by several threads
+    /// at once. The controller tells how far it is and whether to stop.
+    StepOutcome Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata,
+                    intrusive_ptr<Core::IProgressController> const& controller) const;
 
     /// Whether the effect leaves every picture as it is, with these parameters: it is tried on one that shows all sorts
     /// of things.
     bool ChangesNothing() const;
 
-    bool HasResults() const;                                         ///< Whether it is one that finds something out.
-    Core::Property const& GetStatistic() const { return statistic; } ///< Of all runs together.
+    bool HasResults() const;             ///< Whether it is one that finds something out.
+    Core::Property GetStatistic() const; ///< Of all runs together.
+
+    /// Bytes that a run holds at its height for each pixel of the photograph, the picture included.
+    std::uint64_t GetBytesPerPixel() const { return bytesPerPixel; }
+
+    std::vector<std::string> const& GetFiles() const { return files; } ///< Of the further pictures.
 
 private:
     intrusive_ptr<Proc::IEffect> Make(Proc::PictureMetadata const* metadata = nullptr) const;
-    void ReadFurtherInputs(std::vector<std::string> const& files, Proc::ReadOptions const& reading);
+    void ReadFurtherInputs(Proc::ReadOptions const& reading);
     bool IsMask(std::size_t input) const;
     void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const;
     void RunWithCare(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const;
@@ -76,14 +84,16 @@ private:
     std::string const name;
     Proc::FactoryHandle const factory;
     Proc::ContextHandle const context;
-    intrusive_ptr<Core::IProgressController> const controller;
     Proc::RegisteredEffect chosen;
     std::vector<Proc::PictureRole> roles; ///< Of its pictures, where it says so.
     std::vector<Proc::SettingsField> fields;
     std::vector<Proc::SettingsField> typedColors; ///< The fields with colours that were typed.
     std::unique_ptr<Proc::Settings const> settings;
     std::vector<Proc::DataHandle> furtherInputs; ///< One for an effect on two pictures.
-    Core::Property statistic{""};
+    std::vector<std::string> files;
+    std::uint64_t bytesPerPixel = 0;
+    mutable std::mutex mutex; ///< Guards what follows.
+    mutable Core::Property statistic{""};
 };
 
 } // namespace Velnor::Tool

@@ -53,8 +53,10 @@ void AddReadingOptions(CLI::App& command, FileOptions& files) {
         ->type_name("N")
         ->capture_default_str();
     command
-        .add_option("--max-memory", files.maxMemory,
-                    "Refuse photographs that take more megabytes to read; half of what there is unless it is given")
+        .add_option(
+            "--max-memory", files.maxMemory,
+            "Refuse photographs that take more megabytes to read, and work on as many at once as fit; half of what "
+            "there is unless it is given")
         ->check(Within(0.000001, 1e9))
         ->type_name("N");
     command

@@ -21,17 +21,28 @@ std::string Pad(std::size_t number, std::size_t largest) {
     return digits;
 }
 
-std::string GetExtension(fs::path const& photo) {
-    std::string const extension = photo.extension().string();
-    return extension.empty() ? extension : extension.substr(1);
+bool IsWritable(std::string const& extension) {
+    try {
+        return !Proc::GetWritableFormats("picture" + extension).empty();
+    } catch (Proc::FileOutputException const&) {
+        return false;
+    }
+}
+
+/// Of the output, with its dot: the photograph's, unless that cannot be written and there is another.
+std::string ChooseExtension(OutputPlan const& plan) {
+    std::string const own = plan.inputs.front().extension().string();
+    return plan.fallbackExtension.empty() || IsWritable(own) ? own : plan.fallbackExtension;
 }
 
 /// What is typed with its placeholders replaced, for a piece of the photograph. No piece is farther off than `last`.
 std::string FillPattern(OutputPlan const& plan, Place const& place, Place const& last) {
     fs::path const& input = plan.inputs.front();
+    std::string const extension = ChooseExtension(plan);
     std::map<std::string, std::string> const values{{"name", input.stem().string()},
                                                     {"index", Pad(plan.index, plan.count)},
-                                                    {"ext", GetExtension(input)},
+                                                    {"ext", extension.empty() ? extension : extension.substr(1)},
+                                                    {"folder", plan.folder.string()},
                                                     {"x", Pad(place.x, last.x)},
                                                     {"y", Pad(place.y, last.y)}};
     std::string const& pattern = plan.given;
@@ -45,10 +56,10 @@ std::string FillPattern(OutputPlan const& plan, Place const& place, Place const&
         auto const value = values.find(key);
         if (value == values.end())
             throw WrongCall("-o " + pattern + ": \"" + pattern.substr(open, close - open + (close < pattern.size())) +
-                            "\" means nothing; {name}, {index}, {ext}, {x} and {y} are known" +
-                            (FindNearest(key, {"name", "index", "ext"}).empty()
+                            "\" means nothing; {name}, {index}, {ext}, {folder}, {x} and {y} are known" +
+                            (FindNearest(key, {"name", "index", "ext", "folder"}).empty()
                                  ? std::string()
-                                 : SuggestNearest(key, {"name", "index", "ext"})));
+                                 : SuggestNearest(key, {"name", "index", "ext", "folder"})));
         filled += value->second;
         at = close + 1;
     }
@@ -60,54 +71,54 @@ bool IsFolder(std::string const& output) {
     return output.ends_with('/') || fs::is_directory(output, ignored);
 }
 
-/// The file as it is known to the system, however it was written.
-fs::path Identify(fs::path const& file) {
-    std::error_code error;
-    fs::path const known = fs::weakly_canonical(fs::absolute(file, error), error);
-    return error ? file.lexically_normal() : known;
+bool IsThere(fs::path const& file) {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(file, ignored));
 }
 
 bool IsPattern(std::string const& output) { return output.find('{') != std::string::npos; }
 
-void RequireApart(std::vector<OutputPlan> const& plans) {
-    std::map<fs::path, fs::path> inputOf;
-    for (OutputPlan const& plan : plans) {
-        auto const [other, isNew] = inputOf.emplace(Identify(plan.output), plan.inputs.front());
-        if (!isNew)
-            throw WrongCall(other->second.string() + " and " + plan.inputs.front().string() + " would both become " +
-                            plan.output.string() + "; a pattern with {index} tells them apart");
-    }
-    for (OutputPlan const& plan : plans) {
-        fs::path const photo = Identify(plan.inputs.front());
-        auto const written = inputOf.find(photo);
-        if (written != inputOf.end() && Identify(written->second) != photo)
-            throw WrongCall("the output of " + written->second.string() + " would replace " +
-                            plan.inputs.front().string() + ", which is a photograph of this call itself");
-    }
+std::string NameInFolder(OutputPlan const& plan) {
+    fs::path name = plan.inputs.front().filename();
+    name.replace_extension(ChooseExtension(plan));
+    return name.string();
 }
 
 } // namespace
 
-std::vector<OutputPlan> PlanOutputs(std::vector<std::string> const& photos, std::string const& output, bool areJoined) {
-    std::vector<OutputPlan> plans;
-    if (areJoined)
-        plans.push_back({{photos.begin(), photos.end()}, {}, output, 1, 1});
-    else
-        for (std::string const& photo : photos) plans.push_back({{photo}, {}, output, plans.size() + 1, photos.size()});
-    if (output.empty()) return plans;
-    bool const isPattern = IsPattern(output);
-    bool const isFolder = !isPattern && IsFolder(output);
-    if (plans.size() > 1 && !isPattern && !isFolder)
-        throw WrongCall("-o " + output + " is one file for " + std::to_string(photos.size()) +
+OutputNaming::OutputNaming(std::string const& given, std::size_t outputsCount, std::string const& fallbackFormat)
+    : output(given),
+      count(outputsCount),
+      fallbackExtension(fallbackFormat.empty() ? fallbackFormat : "." + fallbackFormat),
+      isPattern(IsPattern(output)),
+      isFolder(!isPattern && IsFolder(output)) {
+    if (count > 1 && !output.empty() && !isPattern && !isFolder)
+        throw WrongCall("-o " + output + " is one file for " + std::to_string(count) +
                         " photographs; say a folder, such as -o out/, or a pattern, such as -o 'out/{name}.{ext}'");
-    for (OutputPlan& plan : plans) {
-        plan.output = isPattern ? fs::path(FillPattern(plan, {}, {}))
-                                : (isFolder ? fs::path(output) / plan.inputs.front().filename() : fs::path(output));
-        if (isPattern && !plan.output.has_filename())
-            throw WrongCall("-o " + output + " gives a folder, not the name of a file");
+}
+
+OutputPlan OutputNaming::Plan(std::vector<PhotoName> const& photos, std::size_t index) const {
+    OutputPlan plan{{}, {}, output, index, count, photos.front().folder, fallbackExtension};
+    for (PhotoName const& photo : photos) plan.inputs.emplace_back(photo.path);
+    if (output.empty()) return plan;
+    if (isPattern)
+        plan.output = FillPattern(plan, {}, {});
+    else
+        plan.output = isFolder ? fs::path(output) / plan.folder / NameInFolder(plan) : fs::path(output);
+    if (isPattern && !plan.output.has_filename())
+        throw WrongCall("-o " + output + " gives a folder, not the name of a file");
+    return plan;
+}
+
+std::optional<OutputPlan> PlanReader::Next() {
+    std::vector<PhotoName> photos;
+    while (photos.empty() || isOne) {
+        std::optional<PhotoName> photo = reader.Next();
+        if (!photo) break;
+        photos.push_back(std::move(*photo));
     }
-    RequireApart(plans);
-    return plans;
+    if (photos.empty()) return std::nullopt;
+    return naming.Plan(photos, ++index);
 }
 
 std::vector<fs::path> NamePieces(OutputPlan const& plan, std::vector<Place> const& places) {
@@ -125,16 +136,22 @@ std::vector<fs::path> NamePieces(OutputPlan const& plan, std::vector<Place> cons
 }
 
 void CheckOutputs(std::vector<fs::path> const& outputs, bool replace) {
-    std::size_t existing = 0;
-    fs::path first;
     for (fs::path const& output : outputs) {
         Proc::GetWritableFormats(output);
         std::error_code ignored;
-        fs::file_status const status = fs::symlink_status(output, ignored);
         if (fs::is_directory(fs::status(output, ignored)))
             throw Failure(ExitCode::OutputFailed, output.string() + " is a folder");
-        if (!replace && fs::exists(status) && existing++ == 0) first = output;
+        if (!replace && IsThere(output))
+            throw Failure(ExitCode::OutputFailed, output.string() + " exists already; --force replaces it");
     }
+}
+
+void RequireFree(std::function<PlanReader()> const& makeReader) {
+    std::size_t existing = 0;
+    fs::path first;
+    PlanReader plans = makeReader();
+    for (std::optional<OutputPlan> plan = plans.Next(); plan; plan = plans.Next())
+        if (IsThere(plan->output) && existing++ == 0) first = plan->output;
     if (existing == 0) return;
     std::string const others = existing == 1 ? "" : " (and " + std::to_string(existing - 1) + " more)";
     throw Failure(ExitCode::OutputFailed, first.string() + others + " exists already; --force replaces it");

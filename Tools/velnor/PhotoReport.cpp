@@ -41,6 +41,7 @@ std::string FormatJson(PhotoReport const& photo) {
     entry["outputs"] = ListFiles(photo.outputs);
     entry["code"] = static_cast<int>(photo.report.code);
     if (!photo.report.text.empty()) entry["error"] = photo.report.text;
+    if (!photo.skipped.empty()) entry["skipped"] = photo.skipped;
     if (!photo.warnings.empty()) entry["warnings"] = photo.warnings;
     entry["results"] = Json::array();
     for (PhotoReport::Found const& found : photo.found) {

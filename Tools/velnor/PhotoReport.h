@@ -21,6 +21,7 @@ struct PhotoReport {
     std::vector<std::filesystem::path> inputs;
     std::vector<std::filesystem::path> outputs; ///< What was written.
     Report report;                              ///< Code Done and no text when all was done.
+    std::string skipped;                        ///< Why it was left out; empty when it was not.
     std::vector<Found> found;                   ///< Of each effect that has results.
     std::vector<std::string> warnings;
 

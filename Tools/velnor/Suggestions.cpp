@@ -46,8 +46,10 @@ std::vector<std::string> FindNearest(std::string_view typed, std::vector<std::st
     std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string>::first);
     if (near.size() > MOST) near.resize(MOST);
     std::vector<std::string> names;
+    std::size_t const best = near.empty() ? 0 : near.front().first;
+    std::size_t const farther = best <= 1 ? 1 : 2; // A single slip leaves little doubt.
     for (auto& [distance, name] : near)
-        if (distance <= near.front().first + 2) names.push_back(std::move(name));
+        if (distance <= best + farther) names.push_back(std::move(name));
     return names;
 }
 
