@@ -1,5 +1,5 @@
-// The catalogue of all settings classes, which the command line and the reference pages read. A class is added to one of
-// the lists in Types/, and nowhere else.
+// The catalogue of all settings classes, which the command line and the reference pages read. A class is added to one
+// of the lists in Types/, and nowhere else.
 #include "Proc/Interfaces/Settings.h"
 
 #include <algorithm>

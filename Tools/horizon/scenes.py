@@ -133,7 +133,8 @@ def draw_ground(canvas, rng, depth, across, low_sky):
     u, v = across / depth * scale * 0.4 + 50, scale / (depth + 0.02) + rng.uniform(0, 50)
     if kind < 0.4:  # water: the sky's light in flat streaks
         base = np.clip(low_sky * rng.uniform(0.3, 1.0) + np.asarray([-0.05, 0.0, 0.08]) * rng.uniform(0, 2), 0, 1)
-        streaks = canvas.fractal(across * rng.uniform(2, 8) / (depth + 0.15), np.log(depth + 0.01) * rng.uniform(8, 25), 3)
+        streaks = canvas.fractal(across * rng.uniform(2, 8) / (depth + 0.15),
+                                 np.log(depth + 0.01) * rng.uniform(8, 25), 3)
         wave = (streaks - 0.5) * rng.uniform(0.05, 0.6)
         picture = np.clip(base + wave[..., None] + (depth * rng.uniform(-0.5, 0.3))[..., None], 0, 1)
         if rng.random() < 0.2:
@@ -214,7 +215,8 @@ def background(canvas, rng):
     field = canvas.fractal(canvas.x / size + 5, canvas.y / size + 5, rng.integers(1, 3))
     picture = mix(first, second, np.clip(field * 1.8 - 0.4, 0, 1))
     for _ in range(rng.integers(0, 6)):
-        mask = canvas.ellipse(rng.uniform(-1, 1), rng.uniform(-1, 1), rng.uniform(0.05, 0.4), rng.uniform(0.05, 0.4), 0, 0.15)
+        mask = canvas.ellipse(rng.uniform(-1, 1), rng.uniform(-1, 1), rng.uniform(0.05, 0.4), rng.uniform(0.05, 0.4), 0,
+                              0.15)
         picture = blend(picture, colour(rng), mask * rng.uniform(0.3, 1))
     return picture.astype(np.float32)
 
@@ -229,12 +231,14 @@ def texture(canvas, rng):
 
 
 def sky_only(canvas, rng):
-    return draw_sky(canvas, rng, canvas.half_height + rng.uniform(0, 0.4) - canvas.turned(rng.normal(0, 0.2))[1], 1.5)[0]
+    horizon = canvas.half_height + rng.uniform(0, 0.4) - canvas.turned(rng.normal(0, 0.2))[1]
+    return draw_sky(canvas, rng, horizon, 1.5)[0]
 
 
 def ground_only(canvas, rng):
     across, down = canvas.turned(rng.normal(0, 0.3))
-    return draw_ground(canvas, rng, down + canvas.half_height + rng.uniform(0.15, 1.5), across, colour(rng, 0.3, 1, 0.5))
+    depth = down + canvas.half_height + rng.uniform(0.15, 1.5)
+    return draw_ground(canvas, rng, depth, across, colour(rng, 0.3, 1, 0.5))
 
 
 def close_up(canvas, rng):
@@ -300,7 +304,8 @@ def indoors(canvas, rng):
     picture = np.broadcast_to(wall, canvas.x.shape + (3,)).astype(np.float32)
     side = canvas.step(reach - 1) * canvas.step(dx - dy)
     picture = blend(picture, wall * rng.uniform(0.6, 1.1), side)
-    picture = blend(picture, colour(rng, 0.1, 0.9, 0.6), canvas.step(reach - 1) * canvas.step(dy - dx) * (canvas.y > cy))
+    share = canvas.step(reach - 1) * canvas.step(dy - dx) * (canvas.y > cy)
+    picture = blend(picture, colour(rng, 0.1, 0.9, 0.6), share)
     picture = blend(picture, colour(rng, 0.5, 1, 0.2), canvas.step(reach - 1) * canvas.step(dy - dx) * (canvas.y <= cy))
     for _ in range(rng.integers(2, 9)):
         w, h = rng.uniform(0.06, 0.6, 2)
@@ -388,8 +393,8 @@ def flying(canvas, rng):
     return picture
 
 
-WITHOUT = [texture, sky_only, ground_only, close_up, portrait, animal, indoors, facade, still_life, shapes, bands, forest,
-           flying, background]
+WITHOUT = [texture, sky_only, ground_only, close_up, portrait, animal, indoors, facade, still_life, shapes, bands,
+           forest, flying, background]
 
 
 def develop(canvas, rng, picture):

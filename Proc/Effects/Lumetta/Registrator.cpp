@@ -4,8 +4,8 @@
 
 namespace Velnor::Proc {
 
-// The order is part of the contract: by settings class, with a few exceptions that hosts know. One a line, so that a new
-// effect is one new line.
+// The order is part of the contract: by settings class, with a few exceptions that hosts know. One a line, so that a
+// new effect is one new line.
 // clang-format off
 #define LUMETTA_EFFECTS(Do) \
     Do(Aligner) \
