@@ -5,6 +5,8 @@
 
 #include "Proc/Interfaces/SettingsFields.h"
 
+#include <algorithm>
+
 namespace Velnor::Proc {
 namespace Details {
 
@@ -18,6 +20,9 @@ AnyField<Value> ForgetOwner(Field<Owner, Value> const& field) {
     any.unit = field.unit;
     any.example = field.example;
     any.range = field.range;
+    any.accepts = field.accepts;
+    any.needsName = field.needsName;
+    any.needsElement = field.needsElement;
     any.isOutput = field.isOutput;
     return any;
 }
@@ -51,6 +56,7 @@ SettingsField DescribeValue(AnyField<Value> const& field, Settings const& owner)
     one.help = field.help;
     one.unit = field.unit;
     one.range = field.range;
+    one.accepts = field.accepts;
     one.isOutput = field.isOutput;
     if constexpr (requires { Form::Choices(); }) one.choices = Form::Choices();
     one.defaultText = Form::Print(owner.*field.member);
@@ -78,6 +84,59 @@ void DescribeField(AnyField<Value> const& field, Settings const& owner, std::vec
         DescribeNested(field, owner, described);
     else if constexpr (requires { TextForm<Value>::TYPE; })
         described.push_back(DescribeValue(field, owner));
+}
+
+/// What of a field's values is accepted, in words, when this one is not; else nothing.
+template <class Value>
+std::string FindMissed(AnyField<Value> const& field, Value const& value) {
+    if constexpr (std::is_arithmetic_v<Value>) {
+        if (field.accepts && !field.accepts->IsMet(static_cast<double>(value)))
+            return DescribeAccepted(*field.accepts, std::is_integral_v<Value>);
+    } else if constexpr (std::is_same_v<Value, FrameFormat>) {
+        if (field.accepts && !(field.accepts->IsMet(value.width) && field.accepts->IsMet(value.height)))
+            return DescribeAccepted(*field.accepts, true) + " a side";
+    } else if constexpr (std::is_same_v<Value, PixFmt>) {
+        if (field.needsName && value != PixFmt::NONE && PixFmtDescription::Find(value) == nullptr)
+            return "known formats and -1";
+    } else if constexpr (requires { EnumNames<Value>::VALUES; }) {
+        auto const isNamed = [&](auto const& entry) { return entry.value == value; };
+        if (field.needsName && std::ranges::none_of(EnumNames<Value>::VALUES, isNamed))
+            return JoinWords(TextForm<Value>::Choices());
+    } else if constexpr (requires { value.empty(); }) {
+        if (field.needsElement && value.empty()) return "one or more";
+    }
+    return "";
+}
+
+/// The value in a refusal: a number for what has no name.
+template <class Value>
+std::string PrintRefused(Value const& value) {
+    if constexpr (std::is_same_v<Value, PixFmt>)
+        return std::to_string(static_cast<int>(value));
+    else if constexpr (requires { value.empty(); })
+        return "empty";
+    else
+        return TextForm<Value>::Print(value);
+}
+
+template <class Value>
+std::string FindRefusalOf(AnyField<Value> const& field, Settings const& settings, std::string const& owner) {
+    Value const& value = settings.*field.member;
+    if constexpr (std::is_base_of_v<Settings, Value>)
+        return value.FindRefusal(owner + ToKebabCase(field.name) + ".");
+    else if constexpr (requires { TextForm<Value>::TYPE; })
+        if (std::string const accepted = FindMissed(field, value); !accepted.empty())
+            return DescribeRefusal(owner + ToKebabCase(field.name), PrintRefused(value), field.unit, accepted);
+    return "";
+}
+
+template <class Class>
+std::string FindRefusal(Class const& settings, std::string const& owner) {
+    std::string refusal;
+    ForEachField<Class>([&](auto field) {
+        if (refusal.empty() && !field.isOutput) refusal = FindRefusalOf(ForgetOwner(field), settings, owner);
+    });
+    return refusal;
 }
 
 template <class Class>
@@ -110,4 +169,7 @@ SettingsType MakeSettingsType() {
     ::Velnor::Proc::SettingsType const& Class::StaticType() {                                                          \
         static ::Velnor::Proc::SettingsType const type = ::Velnor::Proc::Details::MakeSettingsType<Class>();           \
         return type;                                                                                                   \
+    }                                                                                                                  \
+    std::string Class::FindRefusal(std::string const& owner) const {                                                   \
+        return ::Velnor::Proc::Details::FindRefusal(*this, owner);                                                     \
     }

@@ -1,8 +1,17 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace Velnor::Proc {
+
+constexpr std::uint32_t LARGEST_PICTURE_SIDE = 1U << 20; ///< Pixels.
+
+/// "640 x 480".
+template <class Integer>
+std::string SizeText(Integer width, Integer height) {
+    return std::to_string(width) + " x " + std::to_string(height);
+}
 
 /// Geometry of a frame. Two frames are alike only when all four words are.
 struct FrameFormat {
@@ -15,6 +24,12 @@ struct FrameFormat {
 
     static constexpr FrameFormat Square(std::uint32_t width, std::uint32_t height) { return {width, height, 1, 1}; }
 };
+
+inline std::string SizeText(FrameFormat const& frame) { return SizeText(frame.width, frame.height); }
+
+constexpr bool IsSameSize(FrameFormat const& a, FrameFormat const& b) {
+    return a.width == b.width && a.height == b.height;
+}
 
 /// A rectangle of a picture, in pixels.
 struct Rectangle {

@@ -15,12 +15,22 @@ namespace Velnor::Proc {
 
 class Settings;
 
-/// The closed interval that makes sense for a number. It is shown, and checked where a person types; setters take
-/// anything and the effects say what they do with it.
+/// The closed interval that makes sense for a number: what a person is offered. It is shown, and checked where a person
+/// types; setters take anything.
 struct Range {
     constexpr Range(double from, double to) : low(from), high(to) {}
     double low;
     double high;
+};
+
+/// What the effect accepts in a number, or in each side of a size: a closed interval, often more than the range. An end
+/// at the largest double is open, to finite numbers. Effects refuse other values before their work.
+struct Accepts {
+    constexpr Accepts(double from, double to) : low(from), high(to) {}
+    constexpr bool IsMet(double value) const { return value >= low && value <= high && (value != 0 || takesZero); }
+    double low;
+    double high;
+    bool takesZero = true;
 };
 
 /// A text that does not make a value. Its description reads on after the parameter's name: `"x" is no number`.
@@ -33,6 +43,7 @@ struct SettingsField {
     std::string help;
     std::string unit; ///< Empty for plain numbers and everything that is none.
     std::optional<Range> range;
+    std::optional<Accepts> accepts;   ///< None: the effect takes every value, or every one of the choices.
     std::vector<std::string> choices; ///< Of enumerations and switches.
     std::string defaultText;
     std::string example;   ///< A value worth trying.
@@ -44,6 +55,9 @@ struct SettingsField {
     /// As `parse`, but takes numbers outside the range, as the setters do.
     std::function<void(Settings&, std::string_view)> parseAny;
     std::function<std::string(Settings const&)> print;
+
+    /// What the effect accepts, in words, where that is told and is not just the range; else empty.
+    VELNOR_API std::string GetAcceptedText() const;
 };
 
 /// What a picture is to the effect that takes it.

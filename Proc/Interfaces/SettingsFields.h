@@ -14,12 +14,18 @@
 //         static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Mask};
 //
 // From a field come the getter (GetStrength, IsKeepAlpha), the setter, equality, copying, the parameter of the command
-// line with its help and checks, and the reference pages. A default value or attribute that holds commas is written as
-// a call: Color(0, 0, 0, 255). The class is added to the list in Proc/Settings/SettingsTypes.cpp; a class of another
-// library is defined by VELNOR_DEFINE_SETTINGS(Class) in one of its sources (DefineSettings.h).
+// line with its help and checks, the effect's refusals and the reference pages. What a person is offered is the Range.
+// What the effect accepts is told beside it where it refuses anything: AcceptsRange() for the same, or one of the
+// others below, such as Accepts(0, 1000). Enumerations accept the values that have names. Settings in settings are
+// refused by names with dots, as they are typed.
+//
+// A default value or attribute that holds commas is written as a call: Color(0, 0, 0, 255). The class is added to the
+// list in Proc/Settings/SettingsTypes.cpp; a class of another library is defined by VELNOR_DEFINE_SETTINGS(Class) in
+// one of its sources (DefineSettings.h).
 
 #include "Proc/Interfaces/SettingsText.h"
 
+#include <limits>
 #include <utility>
 
 namespace Velnor::Proc {
@@ -33,6 +39,17 @@ struct Example {
     std::string_view text;
 };
 struct Output {}; ///< The effect writes this field.
+
+constexpr Accepts AcceptsFrom(double low) { return {low, std::numeric_limits<double>::max()}; } ///< And finite.
+constexpr Accepts AcceptsFinite() { return AcceptsFrom(std::numeric_limits<double>::lowest()); }
+constexpr Accepts AcceptsFiniteButZero() {
+    Accepts all = AcceptsFinite();
+    all.takesZero = false;
+    return all;
+}
+struct AcceptsRange {};    ///< What is offered, by a Range before it.
+struct AcceptsAnything {}; ///< Of an enumeration: values without a name have a meaning too.
+struct AcceptsFilled {};   ///< Of a list: one element or more.
 
 namespace Details {
 
@@ -59,12 +76,19 @@ public:
     std::string_view unit;
     std::string_view example;
     std::optional<Range> range;
+    std::optional<Accepts> accepts;
+    bool needsName = true;     ///< Of an enumeration.
+    bool needsElement = false; ///< Of a list.
     bool isOutput = false;
 
 private:
     constexpr void Take(Unit const& attribute) { unit = attribute.text; }
     constexpr void Take(Example const& attribute) { example = attribute.text; }
     constexpr void Take(Range const& attribute) { range = attribute; }
+    constexpr void Take(Accepts const& attribute) { accepts = attribute; }
+    constexpr void Take(AcceptsRange const&) { accepts = Accepts(range.value().low, range.value().high); }
+    constexpr void Take(AcceptsAnything const&) { needsName = false; }
+    constexpr void Take(AcceptsFilled const&) { needsElement = true; }
     constexpr void Take(Output const&) { isOutput = true; }
 };
 template <class Owner, class Value, class... Attributes>
@@ -124,6 +148,8 @@ protected:
 
 } // namespace Velnor::Proc
 
+/// FindRefusal(owner): why an effect refuses these settings, by the first field with a value that it does not accept;
+/// empty where it takes them. `owner` goes before the field's name: "shape-mask." for settings in settings.
 #define VELNOR_SETTINGS(Class, Summary)                                                                                \
 private:                                                                                                               \
     using FieldOwner = Class;                                                                                          \
@@ -133,13 +159,17 @@ public:                                                                         
     Class() = default;                                                                                                 \
     static std::string const CLASS_ID;                                                                                 \
     static ::Velnor::Proc::SettingsType const& StaticType();                                                           \
+    std::string FindRefusal(std::string const& owner = "") const;                                                      \
     static constexpr std::string_view CLASS_NAME = #Class;                                                             \
     static constexpr std::string_view SUMMARY = Summary;
 
 #define VELNOR_FIELD_AS(Getter, Type, Name, Default, ...)                                                              \
 public:                                                                                                                \
     Type Getter() const { return value##Name; }                                                                        \
-    void Set##Name(Type next) { value##Name = std::move(next); }                                                       \
+    FieldOwner& Set##Name(Type next) {                                                                                 \
+        value##Name = std::move(next);                                                                                 \
+        return *this;                                                                                                  \
+    }                                                                                                                  \
     static constexpr auto Describe(::Velnor::Proc::Details::FieldSlot<__COUNTER__ - FIRST_FIELD>) {                    \
         return ::Velnor::Proc::Details::Field(#Name, &FieldOwner::value##Name, __VA_ARGS__);                           \
     }                                                                                                                  \
@@ -147,7 +177,7 @@ public:                                                                         
 private:                                                                                                               \
     Type value##Name = Default;
 
-/// Type, name, default, help, then any of Unit, Range, Example, Output.
+/// Type, name, default, help, then any of Unit, Range, Example, Output and what is accepted.
 #define VELNOR_FIELD(Type, Name, Default, ...) VELNOR_FIELD_AS(Get##Name, Type, Name, Default, __VA_ARGS__)
 #define VELNOR_FLAG(Name, Default, ...) VELNOR_FIELD_AS(Is##Name, bool, Name, Default, __VA_ARGS__)
 

@@ -55,6 +55,28 @@ void CheckRange(std::string_view text, Range const& range) {
     ThrowText(std::string(text) + " is outside the range " + PrintNumber(range.low) + " to " + PrintNumber(range.high));
 }
 
+std::string JoinWords(std::vector<std::string> const& words) {
+    std::string list;
+    for (std::size_t i = 0; i < words.size(); ++i)
+        list += (i == 0 ? "" : i + 1 < words.size() ? ", " : " and ") + words[i];
+    return list;
+}
+
+std::string DescribeAccepted(Accepts const& accepts, bool isInteger) {
+    bool const isOpen = accepts.high == std::numeric_limits<double>::max();
+    if (!isOpen) return PrintNumber(accepts.low) + " to " + PrintNumber(accepts.high);
+    if (accepts.low == std::numeric_limits<double>::lowest())
+        return accepts.takesZero ? "finite numbers" : "finite numbers but 0";
+    return isInteger ? PrintNumber(accepts.low) + " or more"
+                     : "finite numbers from " + PrintNumber(accepts.low) + " on";
+}
+
+std::string DescribeRefusal(std::string const& name, std::string const& value, std::string_view unit,
+                            std::string const& accepted) {
+    std::string const measured = unit.empty() ? value : value + " " + std::string(unit);
+    return "The setting " + name + " is " + measured + "; " + accepted + " are accepted.";
+}
+
 std::string PrintNumber(float value) { return Shortest(value); }
 std::string PrintNumber(double value) { return Shortest(value); }
 
@@ -74,6 +96,12 @@ std::vector<std::string_view> SplitList(std::string_view text, char separator) {
 using Details::ParseInteger;
 using Details::Quoted;
 using Details::ThrowText;
+
+std::string SettingsField::GetAcceptedText() const {
+    if (!accepts || (range && range->low == accepts->low && range->high == accepts->high)) return "";
+    if (type == TextForm<FrameFormat>::TYPE) return Details::DescribeAccepted(*accepts, true) + " a side";
+    return Details::DescribeAccepted(*accepts, type == TextForm<int>::TYPE);
+}
 
 bool TextForm<bool>::Parse(std::string_view text) {
     for (std::string_view yes : {"true", "yes", "on", "1"})

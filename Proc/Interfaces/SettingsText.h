@@ -37,7 +37,12 @@ namespace Details {
 VELNOR_API float ParseFloat(std::string_view text);
 VELNOR_API double ParseNumber(std::string_view text);
 VELNOR_API std::int64_t ParseInteger(std::string_view text, std::int64_t low, std::int64_t high);
-VELNOR_API void CheckRange(std::string_view text, Range const& range); ///< Throws for a number outside it.
+VELNOR_API void CheckRange(std::string_view text, Range const& range);           ///< Throws for a number outside it.
+VELNOR_API std::string JoinWords(std::vector<std::string> const& words);         ///< "a, b and c"
+VELNOR_API std::string DescribeAccepted(Accepts const& accepts, bool isInteger); ///< "0 to 10", "1 or more", ...
+/// "The setting NAME is VALUE UNIT; ACCEPTED are accepted."
+VELNOR_API std::string DescribeRefusal(std::string const& name, std::string const& value, std::string_view unit,
+                                       std::string const& accepted);
 VELNOR_API std::string PrintNumber(float value);
 VELNOR_API std::string PrintNumber(double value); ///< The shortest text that reads back as the same number.
 /// The parts between separators, empty ones included; an empty text has no part.

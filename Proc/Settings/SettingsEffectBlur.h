@@ -19,7 +19,7 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectBlur, "Blurs the picture.")
     VELNOR_FIELD(Algorithm, Algorithm, GAUSSIAN, "shape of the blur")
-    VELNOR_FIELD(int, KernelLength, 3, "half-width of the kernel", Unit("deviations"), Range(1, 8))
+    VELNOR_FIELD(int, KernelLength, 3, "half-width of the kernel", Unit("deviations"), Range(1, 8), AcceptsFrom(1))
     VELNOR_FIELD(double, DevX, 3.0, "standard deviation across", Unit("pixels"), Range(0, 1000))
     VELNOR_FIELD(double, DevY, 3.0, "standard deviation down", Unit("pixels"), Range(0, 1000))
     VELNOR_FIELD(ScaleType, ScaleType, PIXELS, "what the deviations are measured in")

@@ -15,9 +15,11 @@ public:
     VELNOR_SETTINGS(SettingsEffectBlurRadial, "Blurs as if the camera had turned or zoomed about a centre.")
     VELNOR_FIELD(Mode, Mode, ZOOM, "direction of the movement")
     VELNOR_FIELD(double, Strength, 30.0, "length of the movement: 100 turns by 45 degrees, or zooms by two thirds",
-                 Unit("%"), Range(0, 100))
-    VELNOR_FIELD(double, CenterX, 50.0, "centre, from the left", Unit("% of the width"), Range(-100, 200))
-    VELNOR_FIELD(double, CenterY, 50.0, "centre, from the top", Unit("% of the height"), Range(-100, 200))
+                 Unit("%"), Range(0, 100), AcceptsRange())
+    VELNOR_FIELD(double, CenterX, 50.0, "centre, from the left", Unit("% of the width"), Range(-100, 200),
+                 Accepts(-1000, 1000))
+    VELNOR_FIELD(double, CenterY, 50.0, "centre, from the top", Unit("% of the height"), Range(-100, 200),
+                 Accepts(-1000, 1000))
     VELNOR_SETTINGS_END
 
     bool IsEmpty() const override { return Settings::IsEmpty() || valueStrength == 0; }

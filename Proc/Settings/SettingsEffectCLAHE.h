@@ -10,7 +10,7 @@ class VELNOR_API SettingsEffectCLAHE final : public SettingsOf<SettingsEffectCLA
     VELNOR_FIELD(double, ClipLimit, 2.0,
                  "limit of the contrast in each of 8 x 8 tiles, in multiples of a flat "
                  "histogram's level",
-                 Range(0, 40))
+                 Range(0, 40), AcceptsFrom(0))
     VELNOR_SETTINGS_END
 
     explicit SettingsEffectCLAHE(double clipLimit) : valueClipLimit(clipLimit) {}

@@ -24,8 +24,8 @@ class VELNOR_API SettingsEffectDirectionalAreaDeformation final
     VELNOR_FIELD(int, FromY, 0, "start of the stroke, from the top", Unit("pixels"))
     VELNOR_FIELD(int, ToX, 0, "end of the stroke, from the left", Unit("pixels"))
     VELNOR_FIELD(int, ToY, 0, "end of the stroke, from the top", Unit("pixels"))
-    VELNOR_FIELD(int, Size, 100, "diameter of the brush", Unit("pixels"), Range(0, 10000))
-    VELNOR_FIELD(double, Strength, 50.0, "how strongly the brush pushes", Unit("%"), Range(0, 1000))
+    VELNOR_FIELD(int, Size, 100, "diameter of the brush", Unit("pixels"), Range(0, 10000), AcceptsFrom(0))
+    VELNOR_FIELD(double, Strength, 50.0, "how strongly the brush pushes", Unit("%"), Range(0, 1000), AcceptsFrom(0))
     VELNOR_FIELD(std::vector<PushStroke>, Strokes, {}, "more strokes, done one after the other: X,Y>X,Y;X,Y>X,Y",
                  Unit("pixels"), Example("10,10>60,10;10,40>60,40"))
     VELNOR_SETTINGS_END

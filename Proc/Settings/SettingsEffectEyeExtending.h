@@ -8,7 +8,7 @@ namespace Velnor::Proc {
 class VELNOR_API SettingsEffectEyeExtending final : public SettingsOf<SettingsEffectEyeExtending> {
 public:
     VELNOR_SETTINGS(SettingsEffectEyeExtending, "Enlarges the eyes of every face.")
-    VELNOR_FIELD(double, Strength, 40.0, "how much they grow", Unit("%"), Range(0, 100))
+    VELNOR_FIELD(double, Strength, 40.0, "how much they grow", Unit("%"), Range(0, 100), AcceptsRange())
     VELNOR_FIELD(int, FacesFound, 0, "faces found in the last picture; without one it is not changed", Output())
     VELNOR_SETTINGS_END
 

@@ -27,7 +27,8 @@ struct TextForm<std::vector<Face>> {
 /// 1.2 megapixels, so in those the smallest face that is found is larger: about 7 % of the side of a square picture.
 class VELNOR_API SettingsEffectFaceDetector final : public SettingsOf<SettingsEffectFaceDetector> {
     VELNOR_SETTINGS(SettingsEffectFaceDetector, "Finds faces and 68 landmarks on each.")
-    VELNOR_FIELD(int, SmallestFace, 40, "side of the smallest face that is looked for", Unit("pixels"), Range(20, 2000))
+    VELNOR_FIELD(int, SmallestFace, 40, "side of the smallest face that is looked for", Unit("pixels"), Range(20, 2000),
+                 AcceptsFrom(1))
     VELNOR_FIELD(std::string, Model, "",
                  "file of the model of 68 landmarks, as dlib saves it; empty is that of Debian's package libdlib-data")
     VELNOR_FIELD(std::vector<Face>, Faces, {}, "the faces found, the largest first", Output())

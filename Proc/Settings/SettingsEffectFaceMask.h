@@ -12,7 +12,8 @@ class VELNOR_API SettingsEffectFaceMask final : public SettingsOf<SettingsEffect
     VELNOR_FLAG(Eyes, false, "whether the mask has the eyes")
     VELNOR_FLAG(Lips, false, "whether the mask has the lips, with the mouth between them")
     VELNOR_FLAG(Brows, false, "whether the mask has the brows")
-    VELNOR_FIELD(double, Feather, 4.0, "width of the soft edge", Unit("% of the face's width"), Range(0, 50))
+    VELNOR_FIELD(double, Feather, 4.0, "width of the soft edge", Unit("% of the face's width"), Range(0, 50),
+                 AcceptsRange())
     VELNOR_FIELD(int, FacesFound, 0, "faces found in the last picture; without one the mask is empty", Output())
     VELNOR_SETTINGS_END
 };

@@ -16,9 +16,10 @@ public:
     static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Mask};
     VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the object", Range(0, 255))
     VELNOR_FIELD(int, Background, 128, "value of the strokes on the background", Range(0, 255))
-    VELNOR_FIELD(Algorithm, Algorithm, GRID_GRAPH, "how the cut is found")
+    VELNOR_FIELD(Algorithm, Algorithm, GRID_GRAPH, "how the cut is found", AcceptsAnything())
     VELNOR_FIELD(int, Alpha, 255, "value of the object in the mask", Range(0, 255))
-    VELNOR_FIELD(int, Smooth, 0, "how often the mask's edge is smoothed", Range(0, 20))
+    /// The border that smoothing needs is as wide, hence an end.
+    VELNOR_FIELD(int, Smooth, 0, "how often the mask's edge is smoothed", Range(0, 20), Accepts(0, 1000))
     VELNOR_FIELD(bool, KeepSelection, false, "whether the strokes are copied over the mask")
     VELNOR_FIELD_AS(ShowProgress, bool, ShowProgress, true, "whether the cut reports its progress")
     VELNOR_SETTINGS_END

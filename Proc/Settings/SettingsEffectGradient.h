@@ -42,7 +42,7 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectGradient, "Colours the picture by its brightness, through a gradient.")
     VELNOR_FIELD(GradientStops, Stops, DefaultStops(), "colours by brightness, 0 (black) to 256 (white)",
-                 Example("0:#102040,128:#c08040,256:#ffffff"))
+                 Example("0:#102040,128:#c08040,256:#ffffff"), AcceptsFilled())
     VELNOR_SETTINGS_END
 };
 

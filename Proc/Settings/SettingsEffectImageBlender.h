@@ -21,9 +21,9 @@ struct EnumNames<BlendAlphaMode> {
 class VELNOR_API SettingsEffectImageBlender final : public SettingsOf<SettingsEffectImageBlender> {
     VELNOR_SETTINGS(SettingsEffectImageBlender, "Lays a second picture over the first, by its opacity.")
     VELNOR_FIELD(int, PositionX, 0, "column of the first picture where the second begins; may be negative",
-                 Unit("pixels"), Range(-1048576, 1048576), Example("3"))
+                 Unit("pixels"), Range(-1.0 * LARGEST_PICTURE_SIDE, LARGEST_PICTURE_SIDE), Example("3"))
     VELNOR_FIELD(int, PositionY, 0, "row of the first picture where the second begins; may be negative", Unit("pixels"),
-                 Range(-1048576, 1048576), Example("2"))
+                 Range(-1.0 * LARGEST_PICTURE_SIDE, LARGEST_PICTURE_SIDE), Example("2"))
     VELNOR_FIELD(int, Alpha, 255, "constant opacity: 0 is clear, 255 opaque", Range(0, 255), Example("127"))
     VELNOR_FIELD(BlendAlphaMode, AlphaMode, BLEND_PRODUCT, "how the constant joins the second picture's own opacity")
     VELNOR_SETTINGS_END

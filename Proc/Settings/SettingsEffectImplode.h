@@ -13,8 +13,8 @@ public:
     };
 
     VELNOR_SETTINGS(SettingsEffectImplode, "Pinches the picture towards its centre or bulges it outwards.")
-    VELNOR_FIELD(double, Strength, 50.0, "how strongly", Unit("%"), Range(0, 100))
-    VELNOR_FIELD(Mode, Mode, PINCH, "which way")
+    VELNOR_FIELD(double, Strength, 50.0, "how strongly", Unit("%"), Range(0, 100), AcceptsFinite())
+    VELNOR_FIELD(Mode, Mode, PINCH, "which way", AcceptsAnything())
     VELNOR_SETTINGS_END
 
     bool IsEmpty() const override { return Settings::IsEmpty() || valueStrength == 0; }

@@ -8,7 +8,8 @@ namespace Velnor::Proc {
 class VELNOR_API SettingsEffectMidEqualizer final : public SettingsOf<SettingsEffectMidEqualizer> {
     VELNOR_SETTINGS(SettingsEffectMidEqualizer,
                     "Brings the picture's levels half-way to a second picture's, so that the two match.")
-    VELNOR_FIELD(double, Strength, 100.0, "how far: 100 is the midway of the two", Unit("%"), Range(0, 100))
+    VELNOR_FIELD(double, Strength, 100.0, "how far: 100 is the midway of the two", Unit("%"), Range(0, 100),
+                 AcceptsRange())
     VELNOR_SETTINGS_END
 
     bool IsEmpty() const override { return Settings::IsEmpty() || valueStrength == 0; }

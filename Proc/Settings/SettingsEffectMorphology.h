@@ -17,8 +17,8 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectMorphology, "Grows, shrinks or smooths bright areas.")
     VELNOR_FIELD(Operation, Operation, OPEN, "what is done")
-    VELNOR_FIELD(int, Radius, 1, "radius of the disc", Unit("pixels"), Range(0, 100))
-    VELNOR_FIELD(int, Iterations, 1, "how often each erosion and dilation is done", Range(0, 100))
+    VELNOR_FIELD(int, Radius, 1, "radius of the disc", Unit("pixels"), Range(0, 100), AcceptsFrom(0))
+    VELNOR_FIELD(int, Iterations, 1, "how often each erosion and dilation is done", Range(0, 100), AcceptsFrom(0))
     VELNOR_SETTINGS_END
 
     SettingsEffectMorphology(Operation operation, int radius) : valueOperation(operation), valueRadius(radius) {}

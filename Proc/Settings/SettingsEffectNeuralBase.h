@@ -7,6 +7,7 @@ namespace Velnor::Proc {
 /// What a neural network is and how a picture is handed to it. Part of the settings of the effects that run one.
 class VELNOR_API SettingsEffectNeuralBase final : public SettingsOf<SettingsEffectNeuralBase> {
 public:
+    static constexpr std::uint32_t LARGEST_SIDE = 8192; ///< Of an input: more channels of float fill a memory.
     enum ChannelOrder : int { RGB = 0, BGR = 1 };
 
     VELNOR_SETTINGS(SettingsEffectNeuralBase, "A neural network and its input.")
@@ -15,10 +16,11 @@ public:
                  "installed networks",
                  Example("horizon.onnx"))
     VELNOR_FIELD(FrameFormat, InputSize, FrameFormat::Square(64, 64), "size of the network's input", Unit("pixels"),
-                 Example("64x64"))
+                 Example("64x64"), Accepts(1, LARGEST_SIDE))
     VELNOR_FIELD(ChannelOrder, ChannelOrder, RGB, "order of the components")
-    VELNOR_FIELD(double, Mean, 127.5, "taken from each sample", Unit("levels"), Range(0, 255))
-    VELNOR_FIELD(double, Scale, 127.5, "what the difference is divided by", Unit("levels"), Range(0.001, 255))
+    VELNOR_FIELD(double, Mean, 127.5, "taken from each sample", Unit("levels"), Range(0, 255), AcceptsFinite())
+    VELNOR_FIELD(double, Scale, 127.5, "what the difference is divided by", Unit("levels"), Range(0.001, 255),
+                 AcceptsFiniteButZero())
     VELNOR_SETTINGS_END
 };
 

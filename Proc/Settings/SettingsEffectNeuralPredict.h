@@ -16,7 +16,7 @@ class VELNOR_API SettingsEffectNeuralPredict final : public SettingsOf<SettingsE
     VELNOR_FIELD(int, FixMin, 0,
                  "smallest side, in the network's cells, to which the input may be scaled; 0 scales to "
                  "the network's input size",
-                 Range(0, 64))
+                 Range(0, 64), AcceptsFrom(0))
     VELNOR_FIELD(std::vector<float>, Result, {}, "the network's scores", Output())
     VELNOR_SETTINGS_END
 

@@ -19,7 +19,7 @@ public:
     VELNOR_SETTINGS(SettingsEffectPanorama, "Joins overlapping photographs into one.")
     VELNOR_FIELD(Mode, Mode, ROTATION, "how the camera moved from one photograph to the next")
     VELNOR_FIELD(double, Confidence, 1.0, "how well two photographs must match to be joined; less joins more readily",
-                 Range(0, 10))
+                 Range(0, 10), AcceptsRange())
     VELNOR_FIELD(Border, Border, CLEAR, "what becomes of the parts that no photograph shows")
     VELNOR_SETTINGS_END
 };

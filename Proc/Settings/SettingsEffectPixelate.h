@@ -10,9 +10,9 @@ class VELNOR_API SettingsEffectPixelate final : public SettingsOf<SettingsEffect
     VELNOR_FIELD(double, Strength, 80.0, "coarseness: 0 keeps the picture, 100 leaves 32 blocks on its shorter side",
                  Unit("%"), Range(0, 100))
     VELNOR_FIELD(SettingsResizer::ResizeMethods, MethodDownscale, SettingsResizer::AREA,
-                 "how the colour of a block is made from its pixels")
+                 "how the colour of a block is made from its pixels", AcceptsAnything())
     VELNOR_FIELD(SettingsResizer::ResizeMethods, MethodUpscale, SettingsResizer::POINT,
-                 "how the blocks are drawn: point gives hard edges, bilinear soft ones")
+                 "how the blocks are drawn: point gives hard edges, bilinear soft ones", AcceptsAnything())
     VELNOR_SETTINGS_END
 };
 

@@ -19,7 +19,7 @@ public:
     VELNOR_FIELD(double, Lens, 0.0,
                  "radial distortion without a map: how much farther from the centre the corners "
                  "read",
-                 Unit("%"), Range(-50, 50), Example("-5"))
+                 Unit("%"), Range(-50, 50), Example("-5"), AcceptsFinite())
     VELNOR_SETTINGS_END
 
     explicit SettingsEffectRemapping(Map map) : valueMap(std::move(map)) {}

@@ -19,12 +19,12 @@ public:
     static constexpr std::array PICTURES{PictureRole::Photograph, PictureRole::Photograph, PictureRole::Photograph};
     VELNOR_FIELD(Result, Result, CLEAR, "what takes the background's place")
     VELNOR_FIELD(Color, Color, Color(255, 255, 255, 255), "colour behind the subject, with result color")
-    VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the subject", Range(1, 255))
-    VELNOR_FIELD(int, Background, 128, "value of the strokes on the background", Range(1, 255))
+    VELNOR_FIELD(int, Foreground, 255, "value of the strokes on the subject", Range(1, 255), AcceptsRange())
+    VELNOR_FIELD(int, Background, 128, "value of the strokes on the background", Range(1, 255), AcceptsRange())
     VELNOR_FIELD(double, Detail, 1.5, "width of the edge in which hair is looked for", Unit("% of the longer side"),
-                 Range(0, 10))
+                 Range(0, 10), AcceptsRange())
     VELNOR_FIELD(double, Decontaminate, 100.0, "how much of the old background's colour is taken out of the edge",
-                 Unit("%"), Range(0, 100))
+                 Unit("%"), Range(0, 100), AcceptsRange())
     VELNOR_SETTINGS_END
 };
 

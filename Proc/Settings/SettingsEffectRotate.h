@@ -14,7 +14,8 @@ public:
     };
 
     VELNOR_SETTINGS(SettingsEffectRotate, "Turns the picture about its centre.")
-    VELNOR_FIELD(double, Angle, 0.0, "angle, counter-clockwise", Unit("degrees"), Range(-360, 360), Example("2.5"))
+    VELNOR_FIELD(double, Angle, 0.0, "angle, counter-clockwise", Unit("degrees"), Range(-360, 360), Example("2.5"),
+                 AcceptsFinite())
     VELNOR_FIELD(OutputSizeMode, OutputSizeMode, SAME, "size of the result")
     VELNOR_FIELD(Color, FillColor, Color(0, 0, 0, 0), "colour where the turned picture does not reach")
     VELNOR_SETTINGS_END

@@ -20,16 +20,19 @@ public:
 
     VELNOR_SETTINGS(SettingsEffectShapeMask, "Makes a mask in the form of a shape.")
     VELNOR_FIELD(Shape, Shape, ELLIPSE, "the shape")
-    VELNOR_FIELD(double, CenterX, 50.0, "centre of the shape, from the left", Unit("% of the width"), Range(-100, 200))
-    VELNOR_FIELD(double, CenterY, 50.0, "centre of the shape, from the top", Unit("% of the height"), Range(-100, 200))
-    VELNOR_FIELD(double, Width, 100.0, "width of the shape", Unit("% of the width"), Range(0, 400))
-    VELNOR_FIELD(double, Height, 100.0, "height of the shape", Unit("% of the height"), Range(0, 400))
-    VELNOR_FIELD(double, Rotation, 0.0, "angle of the shape, clockwise", Unit("degrees"), Range(-360, 360))
+    VELNOR_FIELD(double, CenterX, 50.0, "centre of the shape, from the left", Unit("% of the width"), Range(-100, 200),
+                 AcceptsFinite())
+    VELNOR_FIELD(double, CenterY, 50.0, "centre of the shape, from the top", Unit("% of the height"), Range(-100, 200),
+                 AcceptsFinite())
+    VELNOR_FIELD(double, Width, 100.0, "width of the shape", Unit("% of the width"), Range(0, 400), AcceptsFrom(0))
+    VELNOR_FIELD(double, Height, 100.0, "height of the shape", Unit("% of the height"), Range(0, 400), AcceptsFrom(0))
+    VELNOR_FIELD(double, Rotation, 0.0, "angle of the shape, clockwise", Unit("degrees"), Range(-360, 360),
+                 AcceptsFinite())
     VELNOR_FIELD(double, CornerRadius, 0.0, "roundness of the rectangle's corners", Unit("% of half its shorter side"),
-                 Range(0, 100))
-    VELNOR_FIELD(int, Sides, 6, "corners of the polygon", Range(3, 24))
+                 Range(0, 100), AcceptsFrom(0))
+    VELNOR_FIELD(int, Sides, 6, "corners of the polygon", Range(3, 24), AcceptsRange())
     VELNOR_FIELD(double, Feather, 50.0, "width of the soft edge, inwards from the outline",
-                 Unit("% of the way to the centre"), Range(0, 100))
+                 Unit("% of the way to the centre"), Range(0, 100), AcceptsFrom(0))
     VELNOR_FIELD(int, Foreground, 0, "value inside the shape; 0 where the picture is to stay clear", Range(0, 255))
     VELNOR_FIELD(int, Background, 255, "value outside the shape", Range(0, 255))
     VELNOR_SETTINGS_END

@@ -18,10 +18,12 @@ public:
     VELNOR_FIELD(Mode, Mode, AUTO,
                  "what the pictures are; auto takes them for patches when they carry places or when columns or an "
                  "overlap is set")
-    VELNOR_FIELD(int, Width, 0, "width of the result of patches; 0 is all of it", Unit("pixels"), Range(0, 1048576))
-    VELNOR_FIELD(int, Height, 0, "height of the result of patches; 0 is all of it", Unit("pixels"), Range(0, 1048576))
+    VELNOR_FIELD(int, Width, 0, "width of the result of patches; 0 is all of it", Unit("pixels"),
+                 Range(0, LARGEST_PICTURE_SIDE), AcceptsFrom(0))
+    VELNOR_FIELD(int, Height, 0, "height of the result of patches; 0 is all of it", Unit("pixels"),
+                 Range(0, LARGEST_PICTURE_SIDE), AcceptsFrom(0))
     VELNOR_FIELD(int, Columns, 0, "patches in a row, when they carry no place; 0 makes a square of them",
-                 Range(0, 65536))
+                 Range(0, 65536), AcceptsFrom(0))
     VELNOR_FIELD(int, OverlapX, 0, "how far such a patch reaches into the one to its right", Unit("pixels"),
                  Range(-4096, 4095))
     VELNOR_FIELD(int, OverlapY, 0, "how far such a patch reaches into the one below it", Unit("pixels"),

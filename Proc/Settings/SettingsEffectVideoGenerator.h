@@ -13,12 +13,14 @@ public:
     VELNOR_FIELD(Shape, Shape, DISC, "the shape")
     VELNOR_FIELD(FrameFormat, Size, FrameFormat::Square(256, 256), "size of the picture", Unit("pixels"),
                  Example("256x256"))
-    VELNOR_FIELD(int, Blades, 6, "blades of the polygon's aperture, or points of the star", Range(3, 24))
+    VELNOR_FIELD(int, Blades, 6, "blades of the polygon's aperture, or points of the star", Range(3, 24),
+                 AcceptsRange())
     VELNOR_FIELD(double, Roundness, 0.0, "how round the polygon's sides are: 0 straight, 100 a circle", Unit("%"),
-                 Range(0, 100))
+                 Range(0, 100), AcceptsFinite())
     VELNOR_FIELD(double, InnerRadius, 60.0, "radius of the ring's hole, or of the star's inner corners",
-                 Unit("% of the outer"), Range(0, 100))
-    VELNOR_FIELD(double, Rotation, 0.0, "angle of the shape, clockwise", Unit("degrees"), Range(-360, 360))
+                 Unit("% of the outer"), Range(0, 100), AcceptsFinite())
+    VELNOR_FIELD(double, Rotation, 0.0, "angle of the shape, clockwise", Unit("degrees"), Range(-360, 360),
+                 AcceptsFinite())
     VELNOR_SETTINGS_END
 };
 

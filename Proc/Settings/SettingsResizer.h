@@ -40,7 +40,8 @@ public:
     VELNOR_FIELD(ResizeMethods, Method, BICUBIC, "resampling method")
     VELNOR_FIELD(ResizeMode, Mode, OFF, "what the new size is made from", Example("to-frame"))
     VELNOR_FIELD(Fit, Fitting, EXACT, "how the picture's shape meets the target's, with mode to-frame")
-    VELNOR_FIELD(double, Factor, 1.0, "scale of both sides, with mode by-factor", Range(1e-6, 1000), Example("0.5"))
+    VELNOR_FIELD(double, Factor, 1.0, "scale of both sides, with mode by-factor", Range(1e-6, 1000), Example("0.5"),
+                 AcceptsFrom(0))
     VELNOR_FIELD(FrameFormat, Target, {}, "size to reach, with the modes to-width, to-height and to-frame",
                  Unit("pixels"), Example("1024x768"))
     VELNOR_FLAG(KeepAttributes, true, "whether the time attributes go on to the result")

@@ -728,6 +728,12 @@ TEST_F(CommandTest, DescriptionsShowTypeUnitRangeDefaultAndResults) {
     EXPECT_THAT(Run({"describe", "pixelate"}).out,
                 AllOf(HasSubstr("strength          number, 0 to 100 %, default 80"),
                       HasSubstr("one of fast-bilinear, bilinear"), HasSubstr("-e pixelate:strength=")));
+    EXPECT_THAT(Run({"describe", "colored-glass"}).out,
+                AllOf(HasSubstr("0.5 to 50 % of the shorter side (the effect accepts 0.1 to 100), default 4"),
+                      HasSubstr("edge-awareness  number, 0 to 100 %, default 60")));
+    auto const glass = nlohmann::json::parse(Run({"describe", "colored-glass", "--json"}).out)["parameters"];
+    EXPECT_EQ(glass[0]["accepted"], "0.1 to 100");
+    EXPECT_EQ(glass[1]["accepted"], "");
     auto const strength = nlohmann::json::parse(Run({"describe", "pixelate", "--json"}).out)["parameters"][0];
     EXPECT_EQ(strength["name"], "strength");
     EXPECT_EQ(strength["unit"], "%");

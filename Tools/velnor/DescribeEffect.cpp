@@ -38,6 +38,8 @@ std::string FormatField(Proc::SettingsField const& field, std::size_t width) {
     std::string facts = field.type;
     if (field.range) facts += ", " + GetRangeText(field);
     if (!field.unit.empty()) facts += (field.range ? " " : ", ") + field.unit;
+    if (std::string const accepted = field.GetAcceptedText(); !accepted.empty())
+        facts += " (the effect accepts " + accepted + ")";
     if (!field.isOutput) {
         if (!field.defaultText.empty()) facts += ", default " + field.defaultText;
         if (!field.example.empty()) facts += ", example " + field.example;
@@ -74,6 +76,7 @@ std::string FormatAsText(CatalogueEntry const& entry, Proc::SettingsType const& 
 Json DescribeField(Proc::SettingsField const& field) {
     Json entry{{"name", field.name}, {"type", field.type}, {"help", field.help}, {"unit", field.unit}};
     entry["range"] = field.range ? Json{{"low", field.range->low}, {"high", field.range->high}} : Json();
+    entry["accepted"] = field.GetAcceptedText();
     entry["choices"] = field.choices;
     entry["default"] = ToJson(field, field.defaultText);
     entry["example"] = ToJson(field, field.example);

@@ -110,7 +110,7 @@ public:
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         IDataVideo const& over = AsVideo(second);
         PixFmtDescription const& format = AsVideo(first).GetDescription();
-        RequireSettings(AsVideo(first), over);
+        RequireOneFormat(AsVideo(first), over);
         PixFmt const working = FindWorkingFormat(format);
         if (working == format.format && working == over.GetPixFmt()) return Blend(OwnPicture(first), over);
 
@@ -122,11 +122,7 @@ public:
     }
 
 private:
-    void RequireSettings(IDataVideo const& first, IDataVideo const& second) const {
-        int const mode = settings.GetAlphaMode();
-        if (mode < BLEND_PRODUCT || mode > BLEND_CONSTANT)
-            VELNOR_THROW(EffectException, "The alpha mode of the blender is " + std::to_string(mode) +
-                                              "; there are 0 (product), 1 (larger) and 2 (constant).");
+    static void RequireOneFormat(IDataVideo const& first, IDataVideo const& second) {
         if (CountsAs(first.GetPixFmt()) != CountsAs(second.GetPixFmt()))
             VELNOR_THROW(EffectException, "A picture of format " + std::string(second.GetDescription().name) +
                                               " cannot be blended over one of format " +

@@ -11,7 +11,6 @@
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Velnor::Proc {
 namespace {
@@ -36,11 +35,6 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternal(DataHandle& data) override {
-        RequireSettings();
-        EffectBaseCSC::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(DataHandle& data) override {
         Kernels::PackedRgb const format(data->GetPixFmt());
         FrameFormat const frame = data->GetFrameFormat();
@@ -58,22 +52,6 @@ public:
             AddNoise(plane.GetRow(y), frame.width, format.pixelBytes, noise,
                      static_cast<float>(settings.GetStrength()));
         }
-    }
-
-private:
-    void RequireSettings() const {
-        double const strength = settings.GetStrength();
-        if (!std::isfinite(strength) || strength < 0)
-            VELNOR_THROW(EffectException, "The strength of the noise is " + std::to_string(strength) +
-                                              "; it must be a finite number, 0 or more.");
-        double const size = settings.GetGrainSize();
-        if (!(size >= 1 && size <= 1000))
-            VELNOR_THROW(EffectException,
-                         "The grain size of the noise is " + std::to_string(size) + "; 1 to 1000 are possible.");
-        int const distribution = settings.GetDistribution();
-        if (distribution != SettingsEffectNoiseVideo::GAUSSIAN && distribution != SettingsEffectNoiseVideo::UNIFORM)
-            VELNOR_THROW(EffectException, "The distribution of the noise is " + std::to_string(distribution) +
-                                              "; there are 0 (gaussian) and 1 (uniform).");
     }
 };
 

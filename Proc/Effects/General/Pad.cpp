@@ -61,10 +61,6 @@ public:
     std::vector<PixFmt> const& GetSupportedFormats() const override { return StandInFormats(); }
 
     void ProcessInternal(DataHandle& data) override {
-        int const mode = settings.GetPadMode();
-        if (mode < SettingsEffectPad::COLOR || mode > SettingsEffectPad::MIRROR)
-            VELNOR_THROW(EffectException,
-                         "The pad mode is " + std::to_string(mode) + "; there are 0 (color), 1 (edge) and 2 (mirror).");
         PixFmtDescription const& format = data->GetDescription();
         if (IsPackedLuma(format) || format.model == ColorModel::Palette)
             EffectBaseCSC::ProcessInternal(data);

@@ -136,9 +136,6 @@ public:
 
     void ProcessInternal(DataHandle& data) override {
         int const classes = settings.GetColorsNumber();
-        if (classes < 1 || classes > 256)
-            VELNOR_THROW(EffectException, "The number of colours of the posterize effect is " +
-                                              std::to_string(classes) + "; 1 to 256 are possible.");
         PixFmt const format = data->GetPixFmt();
         bool const isPlanarLuma = IsPlanarLuma(AsVideo(data).GetDescription());
         DataHandle const colours = CopyCovered(AsVideo(isPlanarLuma ? data : Convert(data, PixFmt::RGBA)));

@@ -17,7 +17,6 @@
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Velnor::Proc {
 namespace {
@@ -25,9 +24,6 @@ namespace {
 using Map = SettingsEffectRemapping::Map;
 
 Map LensMap(FrameFormat const& frame, double percent) {
-    if (!std::isfinite(percent))
-        VELNOR_THROW(EffectException,
-                     "The lens of the remapping is " + std::to_string(percent) + "; it must be a finite number.");
     auto const centreX = static_cast<float>((frame.width - 1) * 0.5);
     auto const centreY = static_cast<float>((frame.height - 1) * 0.5);
     auto const corner = std::max(centreX * centreX + centreY * centreY, 1.0F);

@@ -11,21 +11,6 @@ namespace {
 
 using S = SettingsResizer;
 
-void RequireMeaning(std::string const& name, int value, int last) {
-    if (value < 0 || value > last)
-        VELNOR_THROW(ProcException, "Resizer " + name + " " + std::to_string(value) + " is unknown; 0 to " +
-                                        std::to_string(last) + " are accepted.");
-}
-
-void RequireMeaning(S const& settings) {
-    RequireMeaning("method", settings.GetMethod(), S::SPLINE);
-    RequireMeaning("mode", settings.GetMode(), S::TO_FRAME);
-    RequireMeaning("fitting", settings.GetFitting(), S::INSIDE);
-    double const factor = settings.GetFactor();
-    if (settings.GetMode() == S::BY_FACTOR && !(factor >= 0 && std::isfinite(factor)))
-        VELNOR_THROW(ProcException, "Resizer factor " + std::to_string(factor) + " is not a number from 0 on.");
-}
-
 /// A side of the result, from its exact length.
 std::uint32_t RoundSide(double length, char const* side, S const& settings) {
     if (length > Scaler::MAX_SIDE)
@@ -92,7 +77,6 @@ std::uint32_t IntermediateSide(std::uint32_t from, std::uint32_t to, std::uint32
 } // namespace
 
 ResizePlan PlanResize(FrameFormat const& frame, PixFmtDescription const& format, S const& settings) {
-    RequireMeaning(settings);
     FrameFormat const target = settings.GetTarget();
     Size size{frame.width, frame.height};
     switch (settings.GetMode()) {

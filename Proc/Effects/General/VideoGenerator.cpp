@@ -99,27 +99,12 @@ public:
     }
 
     void ProcessInternal(DataHandle& data) override {
-        RequireSettings();
         std::vector<Contour> contours;
         for (Curve const& curve : MakeCurves(settings)) contours.push_back(Trace(curve, settings));
         VideoHandle const picture = context->CreateImage(PixFmt::GRAY8, settings.GetSize());
         Kernels::FillContours(contours, picture->GetMutablePlane(0));
         if (data) picture->CopyAttributes(*data);
         data = picture;
-    }
-
-private:
-    void RequireSettings() const {
-        int const blades = settings.GetBlades();
-        if (blades < 3 || blades > 24)
-            VELNOR_THROW(EffectException, "The video generator's shape has " + std::to_string(blades) +
-                                              " blades; 3 to 24 are possible.");
-        for (auto const& [name, value] : {std::pair{"roundness", settings.GetRoundness()},
-                                          {"inner radius", settings.GetInnerRadius()},
-                                          {"rotation", settings.GetRotation()}})
-            if (!std::isfinite(value))
-                VELNOR_THROW(EffectException, "The " + std::string(name) + " of the video generator is " +
-                                                  std::to_string(value) + "; it must be a finite number.");
     }
 };
 

@@ -136,7 +136,8 @@ protected:
         data = std::move(work);
     }
 
-    /// Logs, skips the work when the settings are empty, counts. Returns whether the work was done.
+    /// Logs, skips the work when the settings are empty, refuses what their fields do not accept, counts. Returns
+    /// whether the work was done.
     template <class Work>
     bool Run(Work const& work) {
         VLOG(VERBOSE_LEVEL) << GetInstanceName() << " starts";
@@ -144,10 +145,17 @@ protected:
             VLOG(VERBOSE_LEVEL) << GetInstanceName() << " is empty";
             return false;
         }
+        RequireAccepted(settings);
         work();
         ++processedCount;
         VLOG(VERBOSE_LEVEL) << GetInstanceName() << " done";
         return true;
+    }
+
+    /// Throws EffectException with the name and value of the first field that the effect does not accept.
+    static void RequireAccepted(SettingsClass const& wanted) {
+        std::string const refusal = wanted.FindRefusal();
+        if (!refusal.empty()) VELNOR_THROW(EffectException, refusal);
     }
 
     static void RequirePicture(IData const* data) {

@@ -69,4 +69,15 @@ public:
     }
 };
 
+/// Runs an effect with these settings.
+inline void RunWith(IOneInputEffectVideo& effect, Settings const& settings, DataHandle& data) {
+    effect.SetSettings(settings);
+    effect.ProcessData(data);
+}
+inline void RunWith(ITwoInputEffectVideo& effect, Settings const& settings, DataHandle& first,
+                    ConstDataHandle const& second) {
+    effect.SetSettings(settings);
+    effect.ProcessData(first, second);
+}
+
 } // namespace Velnor::Proc

@@ -3,7 +3,6 @@
 //     crop    = the largest rectangle of the result's shape that the picture's frame holds
 //     picture = resizer(crop of remapper(picture))     one similarity; beyond the picture its edges go on
 //
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectAligner.h"
@@ -15,14 +14,6 @@
 
 namespace Velnor::Proc {
 namespace {
-
-void RequireSettings(SettingsEffectAligner const& settings) {
-    RequireSetting("aligner", "eyes' x", settings.GetEyesX(), 0, 100);
-    RequireSetting("aligner", "eyes' y", settings.GetEyesY(), 0, 100);
-    RequireSetting("aligner", "eyes' distance", settings.GetEyesDistance(), 1, 100);
-    RequireSetting("aligner", "width", settings.GetWidth(), 0, 16384);
-    RequireSetting("aligner", "height", settings.GetHeight(), 0, 16384);
-}
 
 /// The largest rectangle of the target's shape in the frame, at least a pixel.
 FrameFormat FitCrop(FrameFormat const& frame, FrameFormat const& target) {
@@ -45,7 +36,6 @@ public:
           resizer(MakeOneInput(SettingsResizer())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        RequireSettings(settings);
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
         if (!faces.empty()) Align(data, faces.front());
         settings.SetFacesFound(static_cast<int>(faces.size()));

@@ -9,7 +9,6 @@
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Kit/PullPush.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Settings/SettingsEffectAutoGlareRemove.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
@@ -68,9 +67,6 @@ public:
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        RequireSetting("glare removal", "strength", settings.GetStrength(), 0, 100);
-        RequireSetting("glare removal", "threshold", settings.GetThreshold(), 0, 100);
-        RequireSetting("glare removal", "largest size", settings.GetSize(), 0, 100);
         unsigned int const pixelBytes = Kernels::PackedRgb(data->GetPixFmt()).pixelBytes;
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         double const side = std::min(frame.width, frame.height);

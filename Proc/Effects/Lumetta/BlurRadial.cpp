@@ -4,7 +4,6 @@
 // ones find a picture that is already smooth along the way. Colours count by their alpha.
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/TurnedMean.h"
 #include "Proc/Settings/SettingsEffectBlurRadial.h"
 
@@ -27,11 +26,6 @@ public:
     }
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        RequireSetting("radial blur", "mode", settings.GetMode(), SettingsEffectBlurRadial::SPIN,
-                       SettingsEffectBlurRadial::ZOOM);
-        RequireSetting("radial blur", "strength", settings.GetStrength(), 0, 100);
-        RequireSetting("radial blur", "centre (x)", settings.GetCenterX(), -1000, 1000);
-        RequireSetting("radial blur", "centre (y)", settings.GetCenterY(), -1000, 1000);
         VideoHandle picture = AsVideo(data).MakeCopy(CopyMode::Share);
         VideoHandle spare;
         double const total = GetTotal();

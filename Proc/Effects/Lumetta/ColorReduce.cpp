@@ -22,13 +22,6 @@ public:
     bool ConvertBack() const override { return !settings.GetPalette(); }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
-        int const colors = settings.GetColors();
-        if (colors < 2 || colors > MOST_COLORS)
-            VELNOR_THROW(EffectException, "Colors is " + std::to_string(colors) + ", 2 to 256 are accepted.");
-        EffectBaseCSC::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
         bool const hasAlpha = data->GetDescription().hasAlpha;
         Kernels::PackedRgb const format(data->GetPixFmt());
@@ -47,7 +40,6 @@ public:
     }
 
 private:
-    static constexpr int MOST_COLORS = 256;
 
     static IDataVideo const& AsConst(intrusive_ptr<IData> const& data) { return AsVideo(data); }
 

@@ -3,7 +3,6 @@
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/GlassCells.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
 
@@ -43,10 +42,6 @@ public:
         std::vector<PixFmt> const& formats = Kernels::PackedRgbFormats();
         if (std::ranges::find(formats, data->GetPixFmt()) == formats.end())
             VELNOR_THROW(FilterException, "Pixel format is not supported!");
-        RequireSetting("coloured glass", "cell size", settings.GetCellSize(), 0.1, 100);
-        RequireSetting("coloured glass", "edge awareness", settings.GetEdgeAwareness(), 0, 100);
-        RequireSetting("coloured glass", "lead width", settings.GetLeadWidth(), 0, 100);
-        RequireSetting("coloured glass", "saturation", settings.GetSaturation(), 0, 1000);
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(*result);
         Draw(*result, Kernels::PackedRgb(data->GetPixFmt()));

@@ -18,9 +18,6 @@ struct Cuts {
     /// Throws EffectException, naming the settings "patch-<side>" and "overlap-<axis>", when they have no meaning.
     Cuts(std::string const& side, int patchSize, std::string const& axis, int overlapSize)
         : patch(static_cast<std::uint32_t>(patchSize)), overlap(static_cast<std::uint32_t>(overlapSize)) {
-        if (patchSize < 1)
-            VELNOR_THROW(EffectException, "The setting patch-" + side + " is " + std::to_string(patchSize) +
-                                              "; a patch has at least 1 pixel.");
         if (overlapSize >= patchSize)
             VELNOR_THROW(EffectException, "The setting overlap-" + axis + " is " + std::to_string(overlapSize) +
                                               "; it must be below patch-" + side + ", which is " +

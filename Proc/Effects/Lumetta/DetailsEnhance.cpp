@@ -7,7 +7,6 @@
 // Edges are in the base, so they get no halo.
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Settings/SettingsEffectDetailsEnhance.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 
@@ -53,10 +52,6 @@ public:
     }
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        constexpr int LARGEST_GAIN = 1000;
-        RequireSetting("details enhance", "fine detail", settings.GetFine(), 0, LARGEST_GAIN);
-        RequireSetting("details enhance", "coarse detail", settings.GetCoarse(), 0, LARGEST_GAIN);
-        RequireSetting("details enhance", "edge contrast", settings.GetEdges(), 0, 100);
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(*result);
         intrusive_ptr<IData> luma = result->MakeCopy(CopyMode::Share);

@@ -13,7 +13,6 @@
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace Velnor::Proc {
@@ -86,7 +85,6 @@ public:
           converter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        RequireSettings();
         FrameFormat const& frame = data->GetFrameFormat();
         if (canvas.source && canvas.field.HasSize(frame.width, frame.height)) return Paint(canvas, data);
         Canvas fresh{DisplacementField(frame.width, frame.height), AsVideo(data).MakeCopy(CopyMode::Independent)};
@@ -105,16 +103,6 @@ private:
         Box box;
         std::vector<DisplacementField::Pair> pairs;
     };
-
-    void RequireSettings() const {
-        double const strength = settings.GetStrength();
-        if (!std::isfinite(strength) || strength < 0)
-            VELNOR_THROW(EffectException, "The strength of the push brush is " + std::to_string(strength) +
-                                              "; it must be a finite number, 0 or more.");
-        if (settings.GetSize() < 0)
-            VELNOR_THROW(EffectException, "The size of the push brush is " + std::to_string(settings.GetSize()) +
-                                              "; it must be 0 or more.");
-    }
 
     void Paint(Canvas& on, DataHandle& data) {
         std::vector<Overwritten> before;

@@ -2,7 +2,6 @@
 // transparent colour do not add up where they cross.
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceContours.h"
 #include "Proc/Settings/SettingsEffectDrawFace.h"
@@ -70,7 +69,6 @@ public:
 
     /// Without a face nothing is converted: the picture keeps every byte.
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        RequireSetting("face drawing", "line width", settings.GetLineWidth(), 0.5, 100);
         faces = finder.Find(data, GetInstanceName());
         if (!faces.empty()) EffectBaseCSC::ProcessInternal(data);
         settings.SetFacesFound(static_cast<int>(faces.size()));

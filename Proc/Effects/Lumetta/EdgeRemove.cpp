@@ -5,7 +5,6 @@
 //     opacity = the mask, narrower and softer as the settings say
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PullPush.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
@@ -62,10 +61,6 @@ public:
           blur(MakeOneInput(SettingsEffectBlur())) {}
 
     intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
-        RequireSetting("edge removal", "strength", settings.GetStrength(), 0, 100);
-        RequireSetting("edge removal", "fringe", settings.GetFringe(), 0, 100);
-        RequireSetting("edge removal", "erosion", settings.GetErosion(), 0, 100);
-        RequireSetting("edge removal", "feather", settings.GetFeather(), 0, 100);
         RequireInputs(inputs);
         intrusive_ptr<IData> mask = MakeMask(inputs);
         intrusive_ptr<IData> work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);

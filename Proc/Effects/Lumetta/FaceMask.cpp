@@ -2,7 +2,6 @@
 //
 //     mask = max over faces of max(chosen parts, min(face, 255 - all parts) for the skin)
 //
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceContours.h"
 #include "Proc/Settings/SettingsEffectFaceMask.h"
@@ -52,7 +51,6 @@ public:
         : EffectBaseOneInput(effectFactory, effectContext), finder(MakeOneInput(SettingsEffectFaceDetector())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        RequireSetting("face mask", "feather", settings.GetFeather(), 0, 50);
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
         FrameFormat const frame = data->GetFrameFormat();
         VideoHandle const mask = MakeEmpty(frame);

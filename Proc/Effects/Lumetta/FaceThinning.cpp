@@ -1,5 +1,4 @@
 // FaceThinning: slims every face along the jaw by a smooth map that the host's remapping samples.
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Faces/FaceGeometry.h"
 #include "Proc/Settings/SettingsEffectFaceThinning.h"
@@ -21,7 +20,6 @@ public:
           remapper(MakeOneInput(SettingsEffectRemapping())) {}
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
-        RequireSetting("face thinning", "strength", settings.GetStrength(), 0, 100);
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
         if (!faces.empty()) Remap(data, faces);
         settings.SetFacesFound(static_cast<int>(faces.size()));

@@ -87,9 +87,6 @@ public:
         warning.clear();
         if (segmentation == nullptr)
             VELNOR_THROW(EffectException, "The cut-out has no settings yet; they decide how it is done.");
-        if (settings.GetSmooth() < 0 || settings.GetSmooth() > MOST_SMOOTH)
-            VELNOR_THROW(EffectException, "The setting smooth is " + std::to_string(settings.GetSmooth()) +
-                                              "; it must be 0 to " + std::to_string(MOST_SMOOTH) + ".");
         IDataVideo const& strokes = AsVideo(second);
         RequireOneByteAPixel(strokes, "The strokes are");
         warning = FindMissingStrokes(strokes.GetPlane(0), GetForeground(), static_cast<Byte>(settings.GetBackground()));
@@ -117,8 +114,6 @@ public:
     }
 
 private:
-    static constexpr int MOST_SMOOTH = 1000; ///< The border that smoothing needs is as wide.
-
     Byte GetForeground() const { return static_cast<Byte>(settings.GetForeground()); }
 
     /// The alpha value in the place of the cut's, where the picture shows anything.

@@ -15,8 +15,7 @@ public:
 
     void SetSettings(SettingsEffectGradient const& next) override {
         if (settings == next) return;
-        if (next.GetStops().empty())
-            VELNOR_THROW(EffectException, "Setting Stops has no stop; a gradient needs at least one.");
+        RequireAccepted(next);
         EffectBaseCSCLuma::SetSettings(next);
         table = Kernels::GradientTable(settings.GetStops());
     }

@@ -35,13 +35,6 @@ public:
         return formats;
     }
 
-    /// Refuses before anything is converted, so that the caller keeps the picture.
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
-        if (settings.GetColorCount() == 0)
-            VELNOR_THROW(EffectException, "The colour count of the gradient posterize effect is 0; it takes 1 to 255.");
-        EffectBaseCSC::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
         // A copy, which costs nothing until it is written: a posterize effect that works in place must not touch the
         // picture itself.

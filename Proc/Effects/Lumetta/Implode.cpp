@@ -4,7 +4,6 @@
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
-#include <cmath>
 
 namespace Velnor::Proc {
 
@@ -22,9 +21,6 @@ public:
 private:
     float GetAmount() const {
         double const strength = settings.GetStrength();
-        if (!std::isfinite(strength))
-            VELNOR_THROW(EffectException, "The strength of the implode effect is " + std::to_string(strength) +
-                                              "; it must be a finite number.");
         double const direction = settings.GetMode() == 0 ? 1.0 : -0.5;
         return static_cast<float>(direction * strength / 100);
     }

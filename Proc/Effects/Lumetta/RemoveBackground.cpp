@@ -6,7 +6,6 @@
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; maybe over a new one
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/GuidedMatte.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/SubjectStrokes.h"
@@ -88,10 +87,6 @@ public:
           segmentation(MakeTwoInput(SettingsEffectGrabCutSegmentation())) {}
 
     intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
-        RequireSetting("background removal", "foreground", settings.GetForeground(), 1, 255);
-        RequireSetting("background removal", "background", settings.GetBackground(), 1, 255);
-        RequireSetting("background removal", "detail", settings.GetDetail(), 0, 10);
-        RequireSetting("background removal", "decontaminate", settings.GetDecontaminate(), 0, 100);
         bool const hasPicture = settings.GetResult() == SettingsEffectRemoveBackground::PICTURE;
         RequireInputs(inputs, hasPicture ? 1 : 0);
         bool const hasStrokes = inputs.size() == (hasPicture ? 3 : 2);

@@ -4,7 +4,6 @@
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Kit/PullPush.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/Scratches.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectMorphology.h"
@@ -43,9 +42,6 @@ public:
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        RequireSetting("restorer", "search for scratches", settings.GetScratches(), 0, 100);
-        RequireSetting("restorer", "width of scratches", settings.GetWidth(), 1, 100);
-        RequireSetting("restorer", "denoising", settings.GetDenoise(), 0, 100);
         intrusive_ptr<IData> result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(AsVideo(result));
         if (settings.GetScratches() > 0) RemoveScratches(result);

@@ -3,7 +3,6 @@
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
-#include "Proc/Effects/Kit/RequireSetting.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/PencilRows.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectSketch.h"
@@ -27,7 +26,6 @@ public:
     }
 
     void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        RequireSettings();
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         double const breadth = settings.GetPencil() / 100 * std::min(frame.width, frame.height);
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
@@ -48,16 +46,6 @@ public:
     }
 
 private:
-    void RequireSettings() const {
-        auto const share = [](std::string_view name, double value) { RequireSetting("sketch", name, value, 0, 100); };
-        share("strength", settings.GetStrength());
-        share("darkness", settings.GetDarkness());
-        share("hatching", settings.GetHatching());
-        share("paper roughness", settings.GetPaper());
-        share("colour", settings.GetColor());
-        RequireSetting("sketch", "pencil breadth", settings.GetPencil(), 0, 100);
-    }
-
     /// Towards grey, as far as the drawing is seen.
     void ReduceColor(IDataVideo& picture) const {
         double const kept = 1 - settings.GetStrength() / 100 * (1 - settings.GetColor() / 100);

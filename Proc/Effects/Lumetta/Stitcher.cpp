@@ -115,7 +115,7 @@ std::int64_t GridStep(std::string const& axis, std::uint32_t size, int overlap) 
 
 /// How much of one side is made. Throws EffectException when more is wanted than there is.
 std::uint64_t WantedSize(std::string const& side, int wanted, std::uint64_t covered) {
-    if (wanted < 0 || static_cast<std::uint64_t>(wanted) > covered)
+    if (static_cast<std::uint64_t>(wanted) > covered)
         VELNOR_THROW(EffectException, "The setting " + side + " is " + std::to_string(wanted) + "; the patches cover " +
                                           std::to_string(covered) + " pixels, so it must be 0 (all of them) to that.");
     return wanted == 0 ? covered : static_cast<std::uint64_t>(wanted);
@@ -200,9 +200,6 @@ private:
     }
 
     void PlaceOnGrid(Pictures const& patches, std::vector<Rectangle>& places) const {
-        if (settings.GetColumns() < 0)
-            VELNOR_THROW(EffectException, "The setting columns is " + std::to_string(settings.GetColumns()) +
-                                              "; it must be 0 (a square) or more.");
         std::size_t columns = static_cast<std::size_t>(settings.GetColumns());
         if (columns == 0) columns = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(places.size()))));
         columns = std::min(columns, places.size());
@@ -279,7 +276,7 @@ private:
         return planes;
     }
 
-    static constexpr std::int64_t MOST_PIXELS = 1048576;
+    static constexpr std::int64_t MOST_PIXELS = LARGEST_PICTURE_SIDE;
 
     intrusive_ptr<IOneInputEffectVideo> toRgba;
     intrusive_ptr<IVarInputEffectVideo> panorama; ///< Made for the first photographs.

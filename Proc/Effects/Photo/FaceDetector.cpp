@@ -69,10 +69,6 @@ public:
 
     void ProcessInternal(DataHandle& data) override {
         settings.SetFaces({});
-        if (settings.GetSmallestFace() < 1)
-            VELNOR_THROW(EffectException, "The smallest face of the face detector has " +
-                                              std::to_string(settings.GetSmallestFace()) +
-                                              " pixels a side; 1 or more are possible.");
         std::string const model = settings.GetModel();
         std::filesystem::path const file = model.empty() ? GetDefaultLandmarkFile() : std::filesystem::path(model);
         RequireLandmarkFile(file);

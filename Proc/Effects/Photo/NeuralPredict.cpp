@@ -25,7 +25,6 @@ namespace {
 
 constexpr std::uint32_t CELLS_A_SIDE = 16;
 constexpr std::uint32_t LONGEST_TO_SHORTEST = 4;
-constexpr std::uint32_t LARGEST_SIDE = 8192; ///< Of an input: four channels of float beyond this fill a memory.
 
 /// The size at which the picture is handed over.
 FrameFormat ChooseSize(FrameFormat const& picture, FrameFormat const& input, int cells) {
@@ -38,26 +37,16 @@ FrameFormat ChooseSize(FrameFormat const& picture, FrameFormat const& input, int
     return picture.width < picture.height ? FrameFormat::Square(shorter, longer) : FrameFormat::Square(longer, shorter);
 }
 
-void RequireSettings(SettingsEffectNeuralPredict const& settings) {
-    SettingsEffectNeuralBase const neural = settings.GetNeural();
-    FrameFormat const size = neural.GetInputSize();
-    auto const isSide = [](std::uint32_t side) { return side >= 1 && side <= LARGEST_SIDE; };
-    if (!isSide(size.width) || !isSide(size.height))
-        VELNOR_THROW(EffectException, "The input size of the network is " + std::to_string(size.width) + " x " +
-                                          std::to_string(size.height) + "; 1 to " + std::to_string(LARGEST_SIDE) +
-                                          " pixels a side are possible.");
-    if (!std::isfinite(neural.GetMean()))
-        VELNOR_THROW(EffectException, "The mean of the network's input is no finite number.");
-    if (!std::isfinite(neural.GetScale()) || neural.GetScale() == 0)
-        VELNOR_THROW(EffectException, "The scale of the network's input is " +
-                                          TextForm<double>::Print(neural.GetScale()) +
-                                          "; any finite number but 0 is possible.");
-    int const cells = settings.GetFixMin();
+/// The smallest side that is asked for in cells must be a side that an input can have.
+void RequireCells(SettingsEffectNeuralPredict const& settings) {
+    FrameFormat const size = settings.GetNeural().GetInputSize();
     std::uint64_t const shorter = std::uint64_t{std::min(size.width, size.height)} *
-                                  static_cast<std::uint64_t>(std::max(cells, 0)) / CELLS_A_SIDE;
-    if (cells < 0 || shorter > LARGEST_SIDE)
-        VELNOR_THROW(EffectException, "The smallest side of the network's input is " + std::to_string(cells) +
-                                          " cells; 0 to " + std::to_string(LARGEST_SIDE) + " pixels are possible.");
+                                  static_cast<std::uint64_t>(settings.GetFixMin()) / CELLS_A_SIDE;
+    if (shorter > SettingsEffectNeuralBase::LARGEST_SIDE)
+        VELNOR_THROW(EffectException,
+                     "The setting fix-min is " + std::to_string(settings.GetFixMin()) + "; with an input size of " +
+                         SizeText(size) + " that is a side of " + std::to_string(shorter) + " pixels, above the " +
+                         std::to_string(SettingsEffectNeuralBase::LARGEST_SIDE) + " that are accepted.");
 }
 
 /// 1 x 3 x height x width floats of packed red, green and blue.
@@ -94,7 +83,7 @@ public:
 
     void ProcessInternal(DataHandle& data) override {
         settings.SetResult({});
-        RequireSettings(settings);
+        RequireCells(settings);
         LoadNetwork();
         DataHandle const input = Shrink(AsVideo(ConstDataHandle(data)));
         settings.SetResult(Predict(AsVideo(ConstDataHandle(input)).GetPlane(0)));

@@ -7,7 +7,6 @@
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 
-#include <cmath>
 
 namespace Velnor::Proc {
 
@@ -42,12 +41,12 @@ private:
     /// The work grows with the square of the radius, and the library's kernel with it.
     static constexpr double LARGEST_RADIUS = 200;
 
+    /// Not the field's own limit: another effect of these settings takes any radius.
     void RequireRadius() const {
         double const radius = settings.GetRadius();
-        if (!std::isfinite(radius) || radius > LARGEST_RADIUS)
-            VELNOR_THROW(EffectException, "The radius of the oil paint effect is " + TextForm<double>::Print(radius) +
-                                              "; 0 to " + TextForm<double>::Print(LARGEST_RADIUS) +
-                                              " pixels are possible.");
+        if (Accepts const accepted(0, LARGEST_RADIUS); !accepted.IsMet(radius))
+            VELNOR_THROW(EffectException, Details::DescribeRefusal("radius", TextForm<double>::Print(radius), "pixels",
+                                                                   Details::DescribeAccepted(accepted, false)));
     }
 };
 

@@ -104,10 +104,6 @@ public:
           converter(MakeOneInput(SettingsColorspaceConverter(PixFmt::BGR24, false))) {}
 
     intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
-        double const confidence = settings.GetConfidence();
-        if (!(confidence >= 0 && confidence <= 10))
-            VELNOR_THROW(EffectException,
-                         "The confidence of the panorama is " + std::to_string(confidence) + "; 0 to 10 are possible.");
         if (inputs.size() < 2)
             VELNOR_THROW(EffectException, "A panorama is made of two pictures or more, " +
                                               std::to_string(inputs.size()) +

@@ -1,6 +1,9 @@
 // What every effect promises, the plug-in's and the host's alike: the checks of `velnor check`, on all of the registry.
 
+#include "Proc/Interfaces/EffectExceptions.h"
+#include "Proc/Interfaces/SettingsText.h"
 #include "Proc/StandardHost/StandardHost.h"
+#include "Tests/Support/Refusal.h"
 #include "Tests/Support/RegisteredEffects.h"
 #include "Tools/check/CheckPlugin.h"
 #include "Tools/check/Promises.h"
@@ -43,6 +46,32 @@ TEST_P(EveryEffect, KeepsItsPromises) {
         if (promise.level > LEVEL || !Check::FindWaiver(GetParam(), promise).empty()) continue;
         SCOPED_TRACE(promise.name);
         promise.check(subject, expectations);
+    }
+}
+
+TEST_P(EveryEffect, RefusesByNameWhatAFieldDoesNotAcceptAndTouchesNothing) {
+    Check::Subject const subject(GuardedHost(), GetParam(), LEVEL);
+    std::vector<DataHandle> const inputs = subject.MakeInputs(PixFmt::BGR24, 24, 18);
+    std::vector<Check::Sight> const before = Check::SeeAll(inputs);
+    for (SettingsField const& field : subject.GetType().describe()) {
+        if (!field.accepts || field.type == "size") continue;
+        for (double const beyond : {field.accepts->low - 1, field.accepts->high + 1}) {
+            auto const settings = subject.MakeTypicalSettings();
+            std::string const value = TextForm<double>::Print(beyond);
+            try {
+                field.parseAny(*settings, value);
+            } catch (SettingsTextException const&) {
+                continue; // More than the type holds.
+            }
+            if (field.accepts->IsMet(beyond)) continue; // An open end.
+            auto const effect = subject.Make(*settings);
+            std::string const start = "The setting " + field.name + " is " + value;
+            std::string const refusal =
+                Testing::RefusalOf<EffectException>([&] { effect->ProcessData(std::vector<DataHandle>(inputs)); });
+            EXPECT_EQ(refusal.substr(0, start.size()), start);
+            EXPECT_TRUE(Check::SeeAll(inputs) == before);
+            EXPECT_EQ(effect->GetStatistic().FindChild("Count")->GetValue(), "0");
+        }
     }
 }
 

@@ -38,11 +38,6 @@ public:
 
     std::vector<PixFmt> const& GetSupportedFormats() const override { return PlaneFormats(); }
 
-    void ProcessInternal(DataHandle& data) override {
-        RequireSettings();
-        AdaptedEffect::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(DataHandle& data) override {
         IDataVideo const& picture = AsVideo(data);
         PixFmtDescription const& format = picture.GetDescription();
@@ -69,15 +64,6 @@ public:
     }
 
 private:
-    void RequireSettings() const {
-        if (settings.GetAlgorithm() < SettingsEffectBlur::BOX || settings.GetAlgorithm() > SettingsEffectBlur::STACK)
-            VELNOR_THROW(EffectException, "The blur algorithm is " + std::to_string(settings.GetAlgorithm()) +
-                                              "; there are 0 (box), 1 (gaussian) and 2 (stack).");
-        if (settings.GetKernelLength() < 1)
-            VELNOR_THROW(EffectException, "The kernel length of the blur is " +
-                                              std::to_string(settings.GetKernelLength()) + "; it is 1 or more.");
-    }
-
     /// Beyond the picture's side nothing is left to count.
     int HalfWidth(double deviation, int side) const {
         return static_cast<int>(std::min<double>(std::round(settings.GetKernelLength() * deviation), side));

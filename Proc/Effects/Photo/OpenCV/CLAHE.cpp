@@ -38,13 +38,6 @@ public:
 
     std::vector<PixFmt> const& GetSupportedFormats() const override { return LumaPlaneFormats(); }
 
-    void ProcessInternal(DataHandle& data) override {
-        if (!(settings.GetClipLimit() >= 0))
-            VELNOR_THROW(EffectException, "The clip limit of the local contrast is " +
-                                              std::to_string(settings.GetClipLimit()) + "; it is 0 or more.");
-        AdaptedEffect::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(DataHandle& data) override {
         VideoHandle const result = CopyCovered(AsVideo(data));
         cv::Mat equalised;

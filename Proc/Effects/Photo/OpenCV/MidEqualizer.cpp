@@ -66,10 +66,6 @@ public:
           converter(MakeOneInput(SettingsColorspaceConverter())) {}
 
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
-        double const strength = settings.GetStrength();
-        if (!(strength >= 0 && strength <= 100))
-            VELNOR_THROW(EffectException, "The strength of the midway equalisation is " + std::to_string(strength) +
-                                              " %; 0 to 100 are possible.");
         PixFmt const given = first->GetPixFmt();
         converter->SetSettings(SettingsColorspaceConverter(PlaneFormats(), true));
         if (std::ranges::count(PlaneFormats(), given) == 0) converter->ProcessData(first);

@@ -24,18 +24,6 @@ public:
 
     std::vector<PixFmt> const& GetSupportedFormats() const override { return PlaneFormats(); }
 
-    void ProcessInternal(DataHandle& data) override {
-        if (settings.GetOperation() < SettingsEffectMorphology::ERODE ||
-            settings.GetOperation() > SettingsEffectMorphology::SMOOTH)
-            VELNOR_THROW(EffectException, "The morphology operation is " + std::to_string(settings.GetOperation()) +
-                                              "; there are 0 (erode), 1 (dilate), 2 (open), 3 (close), 4 (smooth).");
-        if (settings.GetRadius() < 0 || settings.GetIterations() < 0)
-            VELNOR_THROW(EffectException, "The morphology has the radius " + std::to_string(settings.GetRadius()) +
-                                              " and " + std::to_string(settings.GetIterations()) +
-                                              " iterations; both are 0 or more.");
-        AdaptedEffect::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(DataHandle& data) override {
         IDataVideo const& picture = AsVideo(data);
         PixFmtDescription const& format = picture.GetDescription();

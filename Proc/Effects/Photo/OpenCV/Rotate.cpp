@@ -91,18 +91,6 @@ public:
 
     std::vector<PixFmt> const& GetSupportedFormats() const override { return FullFormats(); }
 
-    void ProcessInternal(DataHandle& data) override {
-        if (settings.GetOutputSizeMode() < SettingsEffectRotate::SAME ||
-            settings.GetOutputSizeMode() > SettingsEffectRotate::INNER)
-            VELNOR_THROW(EffectException, "The size mode of the rotation is " +
-                                              std::to_string(settings.GetOutputSizeMode()) +
-                                              "; there are 0 (same), 1 (whole) and 2 (inner).");
-        if (!std::isfinite(settings.GetAngle()))
-            VELNOR_THROW(EffectException, "The angle of the rotation is " + std::to_string(settings.GetAngle()) +
-                                              "; it must be a number of degrees.");
-        AdaptedEffect::ProcessInternal(data);
-    }
-
     void ProcessInternalCSC(DataHandle& data) override {
         VideoHandle const covered = CopyCovered(AsVideo(data));
         IDataVideo const& picture = *covered;

@@ -26,12 +26,6 @@ struct Strength {
     int radius, blur, sharpen; ///< Percent.
 };
 
-void RequirePercent(char const* what, int value) {
-    if (value < 0 || value > 100)
-        VELNOR_THROW(EffectException, std::string("The ") + what + " of the smart blur is " + std::to_string(value) +
-                                          " %; 0 to 100 are possible.");
-}
-
 /// 0 at a blur of 0, without end at 100.
 double ToleranceOf(double blur) {
     return blur < 100 ? TOLERANCE * blur / 50.0 * blur / (100.0 - blur) : std::numeric_limits<double>::infinity();
@@ -44,16 +38,6 @@ public:
     using AdaptedEffect::AdaptedEffect;
 
     std::vector<PixFmt> const& GetSupportedFormats() const override { return LumaPlaneFormats(); }
-
-    void ProcessInternal(DataHandle& data) override {
-        RequirePercent("luma radius", settings.GetLumaRadius());
-        RequirePercent("luma blur", settings.GetLumaBlur());
-        RequirePercent("luma sharpening", settings.GetLumaSharpen());
-        RequirePercent("chroma radius", settings.GetChromaRadius());
-        RequirePercent("chroma blur", settings.GetChromaBlur());
-        RequirePercent("chroma sharpening", settings.GetChromaSharpen());
-        AdaptedEffect::ProcessInternal(data);
-    }
 
     void ProcessInternalCSC(DataHandle& data) override {
         IDataVideo const& picture = AsVideo(data);

@@ -205,8 +205,6 @@ TEST_F(ImageBlenderTest, RefusesOtherFormatsByNameAndWorksAfterwards) {
     std::string const formats = Refusal(Blend(), first, MakeNoise(context, PixFmt::BGR24, 9, 4, 2));
     EXPECT_NE(formats.find("rgb24"), std::string::npos) << formats;
     EXPECT_NE(formats.find("bgr24"), std::string::npos) << formats;
-    std::string const mode = Refusal(Blend(0, 0, 255, static_cast<BlendAlphaMode>(3)), first, first);
-    EXPECT_NE(mode.find("alpha mode of the blender is 3"), std::string::npos) << mode;
     EXPECT_NE(Refusal(Blend(), nullptr, first), "");
     EXPECT_NE(Refusal(Blend(), first, nullptr), "");
     EXPECT_EQ(Samples(*Apply(Blend(), first, MakeNoise(context, PixFmt::RGB24, 9, 4, 2))),

@@ -89,11 +89,6 @@ TEST_F(NoiseTest, StrengthIsTheDeviationInLevels) {
     double squares = 0;
     for (unsigned char const level : Process(settings)) squares += (level - 128.0) * (level - 128.0);
     EXPECT_NEAR(std::sqrt(squares / (64 * 48 * 3)), 20, 1.5);
-    settings.SetGrainSize(0.5);
-    EXPECT_THROW(Process(settings), EffectException);
-    settings.SetGrainSize(1);
-    settings.SetStrength(-1);
-    EXPECT_THROW(Process(settings), EffectException);
 }
 
 } // namespace

@@ -151,8 +151,6 @@ TEST_F(RemappingTest, TheLensKeepsTheCentreAndBendsTheCorners) {
     EXPECT_EQ(to.GetRow(15)[20], from.GetRow(15)[20]);
     EXPECT_EQ(to.GetRow(0)[0], from.GetRow(3)[4]);
     EXPECT_EQ(to.GetRow(30)[40], from.GetRow(27)[36]);
-    settings.SetLens(std::numeric_limits<double>::quiet_NaN());
-    EXPECT_THROW(Remap(settings, picture), EffectException);
 }
 
 } // namespace

@@ -100,8 +100,6 @@ TEST_F(CutterTest, RefusalsLeaveTheInputs) {
     EXPECT_THAT(refusal(Cut(64, 8, 64, 0), one),
                 HasSubstr("overlap-x is 64; it must be below patch-width, which is 64"));
     EXPECT_THAT(refusal(Cut(64, 8, 0, 9), one), HasSubstr("overlap-y is 9; it must be below patch-height, which is 8"));
-    EXPECT_THAT(refusal(Cut(0, 8, -1, 0), one), HasSubstr("patch-width is 0"));
-    EXPECT_THAT(refusal(Cut(8, -3, 0, -9), one), HasSubstr("patch-height is -3"));
     EXPECT_THAT(refusal(Cut(15, 8, 0, 0), one), HasSubstr("cuts a chroma sample of format yuv420p"));
     EXPECT_THAT(refusal(Cut(300, 20, -2147483647 - 1, 0), one), "accepted");
     EXPECT_THAT(refusal(Cut(299, 20, -2147483647 - 1, 0), one), HasSubstr("pictures have at most"));

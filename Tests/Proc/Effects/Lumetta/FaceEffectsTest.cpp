@@ -227,15 +227,6 @@ TEST_F(FaceEffects, TheAlignerReadsTheEyesAtTheirChosenPlaces) {
     EXPECT_NEAR(rightY - middleY, 22, 0.01);
 }
 
-TEST_F(FaceEffects, RefuseWhatIsNoStrength) {
-    SettingsEffectEyeExtending eyes;
-    eyes.SetStrength(std::numeric_limits<double>::quiet_NaN());
-    EXPECT_THROW(Run(CreateEyeExtending, 1, eyes, Grey()), EffectException);
-    SettingsEffectFaceThinning jaw;
-    jaw.SetStrength(101);
-    EXPECT_THROW(Run(CreateFaceThinning, 1, jaw, Grey()), EffectException);
-}
-
 TEST(FaceEffectsOnAPortrait, ChangeTheFaceAlone) {
     StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);

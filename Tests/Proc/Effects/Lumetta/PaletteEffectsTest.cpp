@@ -107,19 +107,6 @@ TEST_F(PaletteEffectsTest, TransparencyIsAnEntryOfThePaletteOrStaysAsItIs) {
     EXPECT_EQ(ReadColour(*run.Apply(Reduce(2, true), hole), 1, 1).alpha, 0);
 }
 
-TEST_F(PaletteEffectsTest, CountsWithoutMeaningAreRefusedByName) {
-    for (int const count : {-1, 0, 1, 257}) {
-        auto const effect = run.Make(Reduce(count, true));
-        try {
-            effect->ProcessData({MakeNoise(run.context, PixFmt::RGB24, 4, 4)});
-            ADD_FAILURE() << count;
-        } catch (EffectException const& refusal) {
-            EXPECT_EQ(*boost::get_error_info<TagDescription>(refusal),
-                      "Colors is " + std::to_string(count) + ", 2 to 256 are accepted.");
-        }
-    }
-}
-
 TEST_F(PaletteEffectsTest, TheFirstTakesTheSpreadOfTheSecond) {
     VideoHandle const first = Ramp(PixFmt::RGB24, {200, 120, 90}, {120, 150, 180});
     VideoHandle const second = Ramp(PixFmt::BGRX, {120, 200, 100}, {60, 90, 160});

@@ -108,27 +108,5 @@ TEST(ShapeMask, RoundCornersAndAShiftedCentreUncoverTheFrame) {
     EXPECT_FALSE(settings.IsForegroundOnly());
 }
 
-TEST(ShapeMask, SettingsWithoutAMeaningAreRefusedByName) {
-    auto const message = [](SettingsEffectShapeMask const& settings) {
-        try {
-            MakeMask(settings, FrameFormat::Square(4, 4));
-        } catch (EffectException const& error) {
-            return DescribeException(error);
-        }
-        return std::string("none");
-    };
-    SettingsEffectShapeMask settings;
-    settings.SetWidth(-3);
-    EXPECT_NE(message(settings).find("width of the shape mask is -3"), std::string::npos);
-    settings = {};
-    settings.SetFeather(std::numeric_limits<double>::quiet_NaN());
-    EXPECT_NE(message(settings).find("feather of the shape mask is nan"), std::string::npos);
-    settings = Shape(S::POLYGON, 50, 0);
-    settings.SetSides(2);
-    EXPECT_NE(message(settings).find("has 2 sides"), std::string::npos);
-    settings = Shape(static_cast<S::Shape>(7), 50, 0);
-    EXPECT_NE(message(settings).find("is 7"), std::string::npos);
-}
-
 } // namespace
 } // namespace Velnor::Proc

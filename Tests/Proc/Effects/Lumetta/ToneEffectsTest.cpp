@@ -8,6 +8,7 @@
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -164,9 +165,8 @@ TEST_F(ToneEffectsTest, AGradientWithoutStopsIsRefusedAndTheOldOneStays) {
     };
     Bytes const before = run();
     EXPECT_NE(before, Samples(AsVideo(picture))); // the default gradient is there from the start
-    SettingsEffectGradient empty;
-    empty.SetStops({});
-    EXPECT_THROW(effect->SetSettings(empty), EffectException);
+    EXPECT_EQ(RefusalOf<EffectException>([&] { effect->SetSettings(SettingsEffectGradient().SetStops({})); }),
+              "The setting stops is empty; one or more are accepted.");
     EXPECT_EQ(run(), before);
 }
 

@@ -139,9 +139,6 @@ TEST_F(FaceDetectorTest, SaysWhatIsWrongWithAModel) {
         EXPECT_THAT(Refusal(settings, portrait), HasSubstr("The landmark model " + settings.GetModel()));
         EXPECT_THAT(Result().GetFaces(), SizeIs(0));
     }
-    settings = S();
-    settings.SetSmallestFace(0);
-    EXPECT_THAT(Refusal(settings, portrait), HasSubstr("smallest face of the face detector has 0"));
     EXPECT_THAT(Find(portrait), SizeIs(1));
 }
 

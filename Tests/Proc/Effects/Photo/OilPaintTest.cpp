@@ -99,7 +99,7 @@ TEST_F(MagickOilPaintTest, NamesTheLimitOfTheLibraryAndWorksOnTheNextPicture) {
 
 TEST_F(MagickOilPaintTest, RefusesARadiusWithoutAMeaning) {
     VideoHandle const picture = MakeNoise(context, PixFmt::RGB24, 9, 5);
-    EXPECT_THAT(Refusal(Radius(1234), picture), HasSubstr("radius of the oil paint effect is 1234"));
+    EXPECT_THAT(Refusal(Radius(1234), picture), "The setting radius is 1234 pixels; 0 to 200 are accepted.");
     EXPECT_THAT(Refusal(Radius(std::numeric_limits<double>::quiet_NaN()), picture), HasSubstr("nan"));
     EXPECT_EQ(Refusal(Radius(-1), picture), "");
     EXPECT_EQ(Samples(*picture), Samples(*MakeNoise(context, PixFmt::RGB24, 9, 5)));
