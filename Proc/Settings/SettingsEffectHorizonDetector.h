@@ -11,11 +11,7 @@ public:
     /// The network that is installed with the host, trained on drawn pictures alone. It was right on 96 % of 1,920
     /// drawn pictures that it never saw, on the four sample photographs, and on 17 of 19 wallpaper photographs: it
     /// overlooks the skyline of mountains near by.
-    static SettingsEffectNeuralBase DefaultNetwork() {
-        SettingsEffectNeuralBase network;
-        network.SetModel("horizon.onnx");
-        return network;
-    }
+    static SettingsEffectNeuralBase DefaultNetwork() { return SettingsEffectNeuralBase().SetModel("horizon.onnx"); }
 
     VELNOR_SETTINGS(SettingsEffectHorizonDetector, "Says whether the picture shows a horizon.")
     VELNOR_FIELD(SettingsEffectNeuralBase, Neural, DefaultNetwork(), "the network; its second score is the horizon's")

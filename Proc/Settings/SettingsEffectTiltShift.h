@@ -10,11 +10,7 @@ class VELNOR_API SettingsEffectTiltShift final : public SettingsOf<SettingsEffec
 public:
     /// A level band a third of the frame high, sharp in its middle.
     static SettingsEffectShapeMask DefaultMask() {
-        SettingsEffectShapeMask mask;
-        mask.SetShape(SettingsEffectShapeMask::BAND);
-        mask.SetHeight(50);
-        mask.SetFeather(70);
-        return mask;
+        return SettingsEffectShapeMask().SetShape(SettingsEffectShapeMask::BAND).SetHeight(50).SetFeather(70);
     }
 
     VELNOR_SETTINGS(SettingsEffectTiltShift, "Blurs all but a band, as if the scene were a miniature.")

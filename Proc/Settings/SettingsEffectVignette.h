@@ -10,12 +10,7 @@ class VELNOR_API SettingsEffectVignette final : public SettingsOf<SettingsEffect
 public:
     /// An ellipse that reaches past the middle of the sides, soft from well inside.
     static SettingsEffectShapeMask DefaultMask() {
-        SettingsEffectShapeMask mask;
-        mask.SetWidth(140);
-        mask.SetHeight(140);
-        mask.SetFeather(75);
-        mask.SetBackground(200);
-        return mask;
+        return SettingsEffectShapeMask().SetWidth(140).SetHeight(140).SetFeather(75).SetBackground(200);
     }
 
     VELNOR_SETTINGS(SettingsEffectVignette, "Darkens or tints the edges of the picture.")

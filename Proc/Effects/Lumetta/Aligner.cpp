@@ -48,8 +48,7 @@ private:
         if (settings.GetWidth() > 0) target.width = static_cast<std::uint32_t>(settings.GetWidth());
         if (settings.GetHeight() > 0) target.height = static_cast<std::uint32_t>(settings.GetHeight());
         FrameFormat const crop = FitCrop(frame, target);
-        remapper->SetSettings(SettingsEffectRemapping(MakeMap(face, crop)));
-        remapper->ProcessData(data);
+        RunWith(*remapper, SettingsEffectRemapping(MakeMap(face, crop)), data);
         data = AsVideo(data).MakePart({0, 0, crop.width, crop.height});
         if (crop.width != target.width || crop.height != target.height) Resize(data, target);
     }
@@ -73,12 +72,10 @@ private:
     }
 
     void Resize(intrusive_ptr<IData>& data, FrameFormat const& target) const {
-        SettingsResizer resize;
-        resize.SetMode(SettingsResizer::TO_FRAME);
-        resize.SetFitting(SettingsResizer::STRETCH);
-        resize.SetTarget(target);
-        resizer->SetSettings(resize);
-        resizer->ProcessData(data);
+        RunWith(
+            *resizer,
+            SettingsResizer().SetMode(SettingsResizer::TO_FRAME).SetFitting(SettingsResizer::STRETCH).SetTarget(target),
+            data);
     }
 
     FaceFinder finder;

@@ -29,11 +29,7 @@ using Handle = intrusive_ptr<IData>;
 
 constexpr int HALF = 127; ///< Opacity of an even mix.
 
-SettingsEffectImageBlender WithAlpha(int alpha) {
-    SettingsEffectImageBlender blend;
-    blend.SetAlpha(alpha);
-    return blend;
-}
+SettingsEffectImageBlender WithAlpha(int alpha) { return SettingsEffectImageBlender().SetAlpha(alpha); }
 
 Handle MakeNew(Handle const& source) { return AsVideo(source).MakeCopy(CopyMode::Independent); }
 
@@ -127,8 +123,7 @@ private:
         SetGamma(5, exposed);
         Expose(exposed);
         AttachMask(mask, darker);
-        blender->SetSettings(SettingsEffectImageBlender());
-        blender->ProcessData(exposed, darker);
+        RunWith(*blender, SettingsEffectImageBlender(), exposed, darker);
         blender->SetSettings(WithAlpha(HALF));
         lumaConverter->ProcessData(exposed);
         blender->ProcessData(contrasted, exposed);
@@ -147,13 +142,13 @@ private:
     void MakeMask(Handle& luma) {
         SetGamma(-30, luma);
         MarkBright(luma);
-        SettingsEffectBlur soft(SettingsEffectBlur::GAUSSIAN);
-        soft.SetAlgorithm(SettingsEffectBlur::GAUSSIAN);
-        soft.SetDevX(100.0);
-        soft.SetDevY(100.0);
-        soft.SetKernelLength(2);
-        blur->SetSettings(soft);
-        blur->ProcessData(luma);
+        RunWith(*blur,
+                SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN)
+                    .SetAlgorithm(SettingsEffectBlur::GAUSSIAN)
+                    .SetDevX(100.0)
+                    .SetDevY(100.0)
+                    .SetKernelLength(2),
+                luma);
     }
 
     /// As extra alpha: at full resolution, and at that of the chroma planes of the input's format.
@@ -166,24 +161,13 @@ private:
     }
 
     void SetGamma(int percent, Handle& picture) {
-        SettingsEffectColorBalance balance;
-        balance.SetGamma(percent);
-        gamma->SetSettings(balance);
-        gamma->ProcessData(picture);
+        RunWith(*gamma, SettingsEffectColorBalance().SetGamma(percent), picture);
     }
 
-    void Expose(Handle& picture) {
-        SettingsEffectColorBalanceAuto balance;
-        balance.SetExposure(10);
-        autoBalance->SetSettings(balance);
-        autoBalance->ProcessData(picture);
-    }
+    void Expose(Handle& picture) { RunWith(*autoBalance, SettingsEffectColorBalanceAuto().SetExposure(10), picture); }
 
     void BalanceLight(Handle& picture) {
-        SettingsEffectColorBalanceAuto balance;
-        balance.SetLightBalance(true);
-        autoBalance->SetSettings(balance);
-        autoBalance->ProcessData(picture);
+        RunWith(*autoBalance, SettingsEffectColorBalanceAuto().SetLightBalance(true), picture);
     }
 
     intrusive_ptr<ITwoInputEffectVideo> blender;

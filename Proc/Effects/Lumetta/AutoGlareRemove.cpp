@@ -88,16 +88,11 @@ public:
 
 private:
     void Blur(intrusive_ptr<IData>& picture, double deviation) {
-        SettingsEffectBlur smoothing(SettingsEffectBlur::GAUSSIAN);
-        smoothing.SetDevX(deviation);
-        smoothing.SetDevY(deviation);
-        blur->SetSettings(smoothing);
-        blur->ProcessData(picture);
+        RunWith(*blur, SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN).SetDevX(deviation).SetDevY(deviation), picture);
     }
 
     void Grow(intrusive_ptr<IData>& mask, int radius) {
-        grow->SetSettings(SettingsEffectMorphology(SettingsEffectMorphology::DILATE, radius));
-        grow->ProcessData(mask);
+        RunWith(*grow, SettingsEffectMorphology(SettingsEffectMorphology::DILATE, radius), mask);
         Blur(mask, radius * 0.4); // So little that the spot itself is still wholly covered.
     }
 

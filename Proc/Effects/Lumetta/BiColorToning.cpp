@@ -12,23 +12,11 @@
 namespace Velnor::Proc {
 namespace {
 
-SettingsEffectImageBlender HalfAndHalf() {
-    SettingsEffectImageBlender blend;
-    blend.SetAlpha(127);
-    return blend;
-}
+SettingsEffectImageBlender HalfAndHalf() { return SettingsEffectImageBlender().SetAlpha(127); }
 
-SettingsEffectColorBalance LittleBrighter() {
-    SettingsEffectColorBalance balance;
-    balance.SetBrightness(10);
-    return balance;
-}
+SettingsEffectColorBalance LittleBrighter() { return SettingsEffectColorBalance().SetBrightness(10); }
 
-SettingsEffectVibrance MoreVivid() {
-    SettingsEffectVibrance vivid;
-    vivid.SetStrength(50);
-    return vivid;
-}
+SettingsEffectVibrance MoreVivid() { return SettingsEffectVibrance().SetStrength(50); }
 
 } // namespace
 
@@ -64,10 +52,9 @@ public:
 private:
     /// The two tones as they are.
     static SettingsEffectSplitToning TonesOf(SettingsEffectBiColorToning const& toning) {
-        SettingsEffectSplitToning tones;
-        tones.SetShadowColor(toning.GetShadowColor());
-        tones.SetHighlightColor(toning.GetHighlightColor());
-        return tones;
+        return SettingsEffectSplitToning()
+            .SetShadowColor(toning.GetShadowColor())
+            .SetHighlightColor(toning.GetHighlightColor());
     }
 
     void ConfigureBack(PixFmt format) {

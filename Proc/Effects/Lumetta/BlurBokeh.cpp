@@ -117,13 +117,13 @@ private:
         DataHandle shape;
         shapeGenerator->ProcessData(shape);
         FrameFormat const shapeFrame = AsVideo(shape).GetFrameFormat();
-        SettingsResizer resize;
-        resize.SetMode(SettingsResizer::BY_FACTOR);
-        resize.SetMethod(SettingsResizer::BICUBLIN);
-        resize.SetFactor(settings.GetSize() * std::min(workFrame.width, workFrame.height) /
-                         std::min(shapeFrame.width, shapeFrame.height));
-        kernelResizer->SetSettings(resize);
-        kernelResizer->ProcessData(shape);
+        RunWith(*kernelResizer,
+                SettingsResizer()
+                    .SetMode(SettingsResizer::BY_FACTOR)
+                    .SetMethod(SettingsResizer::BICUBLIN)
+                    .SetFactor(settings.GetSize() * std::min(workFrame.width, workFrame.height) /
+                               std::min(shapeFrame.width, shapeFrame.height)),
+                shape);
         maskConverter->ProcessData(shape);
         kernel = Kernels::MakeBokehKernel(AsVideo(ConstDataHandle(shape)).GetPlane(0), settings.GetBokehThreshold(),
                                           settings.GetBokehGain());

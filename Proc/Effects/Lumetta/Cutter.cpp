@@ -64,11 +64,11 @@ private:
         std::uint32_t const height = down.GetPaddedSize(frame.height);
         if (width == frame.width && height == frame.height) return padded;
         bool const isColor = settings.GetPadMode() == SettingsEffectCutter::COLOR;
-        SettingsEffectPad margins(isColor ? SettingsEffectPad::COLOR : SettingsEffectPad::MIRROR);
-        margins.SetMarginColor(settings.GetPadColor());
-        margins.SetMargins(CropInfo(0, 0, width - frame.width, height - frame.height));
-        pad->SetSettings(margins);
-        pad->ProcessData(padded);
+        RunWith(*pad,
+                SettingsEffectPad(isColor ? SettingsEffectPad::COLOR : SettingsEffectPad::MIRROR)
+                    .SetMarginColor(settings.GetPadColor())
+                    .SetMargins(CropInfo(0, 0, width - frame.width, height - frame.height)),
+                padded);
         return padded;
     }
 

@@ -70,10 +70,7 @@ private:
     static ConstPlane Read(intrusive_ptr<IData> const& picture) { return std::as_const(AsVideo(picture)).GetPlane(0); }
 
     intrusive_ptr<IData> Smooth(intrusive_ptr<IData> const& luma, int radius) {
-        SettingsEffectSmartBlur smoothing;
-        smoothing.SetLumaRadius(radius);
-        smoothing.SetLumaBlur(settings.GetEdges());
-        smoother->SetSettings(smoothing);
+        smoother->SetSettings(SettingsEffectSmartBlur().SetLumaRadius(radius).SetLumaBlur(settings.GetEdges()));
         intrusive_ptr<IData> smooth = AsVideo(luma).MakeCopy(CopyMode::Share);
         smoother->ProcessData(smooth);
         return smooth;

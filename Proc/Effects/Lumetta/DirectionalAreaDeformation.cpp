@@ -164,8 +164,7 @@ private:
 
     void Convert(DataHandle& data, PixFmt format) {
         if (data->GetPixFmt() == format) return;
-        converter->SetSettings(SettingsColorspaceConverter(format, true));
-        converter->ProcessData(data);
+        RunWith(*converter, SettingsColorspaceConverter(format, true), data);
     }
 
     intrusive_ptr<IOneInputEffectVideo> remapper;

@@ -118,17 +118,16 @@ private:
 
     void Erode(intrusive_ptr<IData>& mask, int radius) const {
         if (radius == 0) return;
-        erosion->SetSettings(SettingsEffectMorphology(SettingsEffectMorphology::ERODE, radius));
-        erosion->ProcessData(mask);
+        RunWith(*erosion, SettingsEffectMorphology(SettingsEffectMorphology::ERODE, radius), mask);
     }
 
     void Soften(intrusive_ptr<IData>& mask) const {
         if (settings.GetFeather() == 0) return;
-        SettingsEffectBlur smoothing(SettingsEffectBlur::GAUSSIAN);
-        smoothing.SetDevX(settings.GetFeather());
-        smoothing.SetDevY(settings.GetFeather());
-        blur->SetSettings(smoothing);
-        blur->ProcessData(mask);
+        RunWith(*blur,
+                SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN)
+                    .SetDevX(settings.GetFeather())
+                    .SetDevY(settings.GetFeather()),
+                mask);
     }
 
     intrusive_ptr<IOneInputEffectVideo> toRgba;

@@ -28,8 +28,7 @@ public:
 private:
     void Remap(intrusive_ptr<IData>& data, std::vector<Face> const& faces) const {
         auto const amount = static_cast<float>(settings.GetStrength() / 100 * LARGEST_SHRINK);
-        remapper->SetSettings(SettingsEffectRemapping(Kernels::EyeMap(faces, amount)));
-        remapper->ProcessData(data);
+        RunWith(*remapper, SettingsEffectRemapping(Kernels::EyeMap(faces, amount)), data);
     }
 
     FaceFinder finder;

@@ -75,9 +75,8 @@ public:
         made->SetProgressController(next.ShowProgress() ? GetProgress().controller
                                                         : Core::ProgressControllerStub::Create());
         if (next.GetSmooth() != 0) {
-            SettingsEffectMorphology smoothing(SettingsEffectMorphology::SMOOTH, 1);
-            smoothing.SetIterations(next.GetSmooth());
-            morphology->SetSettings(smoothing);
+            morphology->SetSettings(
+                SettingsEffectMorphology(SettingsEffectMorphology::SMOOTH, 1).SetIterations(next.GetSmooth()));
         }
         segmentation = made;
         settings = next;

@@ -54,10 +54,7 @@ public:
 
 private:
     static SettingsEffectPosterize ClassesOf(SettingsEffectGradientPosterize const& gradient) {
-        SettingsEffectPosterize classes;
-        classes.SetColorsNumber(gradient.GetColorCount());
-        classes.SetIsPal(true);
-        return classes;
+        return SettingsEffectPosterize().SetColorsNumber(gradient.GetColorCount()).SetIsPal(true);
     }
 
     DataHandle Classify(DataHandle data) const {

@@ -18,20 +18,19 @@ using FrameInfo = std::array<Kernels::Histogram, 4>; ///< Red, green, blue, luma
 
 SettingsHistogramChannel Report(Kernels::Histogram const& counts) {
     Kernels::LevelStatistics const found = Kernels::Summarise(counts);
-    SettingsHistogramChannel channel;
-    channel.SetMean(found.mean);
-    channel.SetDeviation(found.deviation);
-    channel.SetLow(found.low);
-    channel.SetPercentile1(found.percentiles[0]);
-    channel.SetPercentile25(found.percentiles[1]);
-    channel.SetMedian(found.percentiles[2]);
-    channel.SetPercentile75(found.percentiles[3]);
-    channel.SetPercentile99(found.percentiles[4]);
-    channel.SetHigh(found.high);
-    channel.SetClippedLow(found.clippedLow);
-    channel.SetClippedHigh(found.clippedHigh);
-    channel.SetCounts({counts.begin(), counts.end()});
-    return channel;
+    return SettingsHistogramChannel()
+        .SetMean(found.mean)
+        .SetDeviation(found.deviation)
+        .SetLow(found.low)
+        .SetPercentile1(found.percentiles[0])
+        .SetPercentile25(found.percentiles[1])
+        .SetMedian(found.percentiles[2])
+        .SetPercentile75(found.percentiles[3])
+        .SetPercentile99(found.percentiles[4])
+        .SetHigh(found.high)
+        .SetClippedLow(found.clippedLow)
+        .SetClippedHigh(found.clippedHigh)
+        .SetCounts({counts.begin(), counts.end()});
 }
 
 /// Lower right, `percent` of the width wide and 5 : 3 in shape, a margin away from the edges where there is room.

@@ -36,9 +36,7 @@ private:
     static constexpr int SMALLEST_SIDE = 17; ///< Of the picture that the network sees, in its cells.
 
     static SettingsEffectNeuralPredict PredictionOf(SettingsEffectHorizonDetector const& detection) {
-        SettingsEffectNeuralPredict prediction(detection.GetNeural());
-        prediction.SetFixMin(SMALLEST_SIDE);
-        return prediction;
+        return SettingsEffectNeuralPredict(detection.GetNeural()).SetFixMin(SMALLEST_SIDE);
     }
 
     intrusive_ptr<IOneInputEffectVideo> predictor;

@@ -4,7 +4,6 @@
 #include "Proc/Settings/SettingsEffectImplode.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
-
 namespace Velnor::Proc {
 
 class Implode : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectImplode> {
@@ -14,8 +13,7 @@ public:
 
     void ProcessInternal(intrusive_ptr<IData>& data) override {
         FrameFormat const& frame = data->GetFrameFormat();
-        remapper->SetSettings(SettingsEffectRemapping(Kernels::ImplodeMap(frame.width, frame.height, GetAmount())));
-        remapper->ProcessData(data);
+        RunWith(*remapper, SettingsEffectRemapping(Kernels::ImplodeMap(frame.width, frame.height, GetAmount())), data);
     }
 
 private:

@@ -146,13 +146,13 @@ private:
         intrusive_ptr<IData> small = AsVideo(picture).MakeCopy(CopyMode::Share);
         FrameFormat const frame = picture->GetFrameFormat();
         if (std::max(frame.width, frame.height) > side) {
-            SettingsResizer size;
-            size.SetMode(SettingsResizer::TO_FRAME);
-            size.SetFitting(SettingsResizer::SHRINK_INSIDE);
-            size.SetMethod(SettingsResizer::AREA);
-            size.SetTarget(FrameFormat::Square(side, side));
-            resizer->SetSettings(size);
-            resizer->ProcessData(small);
+            RunWith(*resizer,
+                    SettingsResizer()
+                        .SetMode(SettingsResizer::TO_FRAME)
+                        .SetFitting(SettingsResizer::SHRINK_INSIDE)
+                        .SetMethod(SettingsResizer::AREA)
+                        .SetTarget(FrameFormat::Square(side, side)),
+                    small);
         }
         toRgb->ProcessData(small);
         return small;
@@ -216,11 +216,8 @@ private:
     intrusive_ptr<IData> CleanEdge(intrusive_ptr<IData> const& rgba, VideoHandle const& mask) {
         // A part of this effect: the contract has no operation to ask the host's factory for one of its kind.
         if (!edgeRemove) edgeRemove = CreateEdgeRemove(factory, context);
-        SettingsEffectEdgeRemove edge;
-        edge.SetStrength(settings.GetDecontaminate());
-        edge.SetFringe(2);
-        edge.SetFeather(0);
-        edgeRemove->SetSettings(edge);
+        edgeRemove->SetSettings(
+            SettingsEffectEdgeRemove().SetStrength(settings.GetDecontaminate()).SetFringe(2).SetFeather(0));
         return edgeRemove->ProcessData({rgba, mask});
     }
 
@@ -230,12 +227,10 @@ private:
         if (given) {
             intrusive_ptr<IData> scene = AsVideo(given).MakeCopy(CopyMode::Share);
             toRgb->ProcessData(scene);
-            SettingsResizer size;
-            size.SetMode(SettingsResizer::TO_FRAME);
-            size.SetFitting(SettingsResizer::FILL);
-            size.SetTarget(frame);
-            resizer->SetSettings(size);
-            resizer->ProcessData(scene);
+            RunWith(
+                *resizer,
+                SettingsResizer().SetMode(SettingsResizer::TO_FRAME).SetFitting(SettingsResizer::FILL).SetTarget(frame),
+                scene);
             result = AsVideo(scene).MakeCopy(CopyMode::Independent);
         } else {
             result = context->CreateImage(PixFmt::RGB24, frame);

@@ -67,27 +67,23 @@ private:
     }
 
     void Denoise(intrusive_ptr<IData>& picture) {
-        SettingsEffectSmartBlur smoothing;
-        smoothing.SetLumaRadius(10);
-        smoothing.SetLumaBlur(settings.GetDenoise() / 2);
-        smoothing.SetChromaRadius(20);
-        smoothing.SetChromaBlur(settings.GetDenoise());
-        smoother->SetSettings(smoothing);
-        smoother->ProcessData(picture);
+        RunWith(*smoother,
+                SettingsEffectSmartBlur()
+                    .SetLumaRadius(10)
+                    .SetLumaBlur(settings.GetDenoise() / 2)
+                    .SetChromaRadius(20)
+                    .SetChromaBlur(settings.GetDenoise()),
+                picture);
     }
 
     void RecoverColor(intrusive_ptr<IData>& picture) {
-        SettingsEffectColorBalanceAuto stretch;
-        stretch.SetWhiteBalance(true);
-        balance->SetSettings(stretch);
-        balance->ProcessData(picture);
+        RunWith(*balance, SettingsEffectColorBalanceAuto().SetWhiteBalance(true), picture);
     }
 
     intrusive_ptr<IData> Filter(intrusive_ptr<IData> const& grey, SettingsEffectMorphology::Operation operation,
                                 int radius) {
         intrusive_ptr<IData> result = AsVideo(grey).MakeCopy(CopyMode::Share);
-        morphology->SetSettings(SettingsEffectMorphology(operation, radius));
-        morphology->ProcessData(result);
+        RunWith(*morphology, SettingsEffectMorphology(operation, radius), result);
         return result;
     }
 

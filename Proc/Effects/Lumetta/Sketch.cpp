@@ -32,11 +32,7 @@ public:
         CoverClearPixels(*result);
         intrusive_ptr<IData> tone = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(tone);
-        SettingsEffectBlur smoothing(SettingsEffectBlur::GAUSSIAN);
-        smoothing.SetDevX(breadth);
-        smoothing.SetDevY(breadth);
-        blur->SetSettings(smoothing);
-        blur->ProcessData(tone);
+        RunWith(*blur, SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN).SetDevX(breadth).SetDevY(breadth), tone);
 
         Kernels::Pencil const pencil{settings.GetStrength() / 100, settings.GetDarkness() / 100,
                                      settings.GetHatching() / 100, settings.GetPaper() / 100, breadth};

@@ -78,14 +78,13 @@ private:
 
     void ConfigureBlur() {
         if (isBlurConfigured) return;
-        SettingsEffectSmartBlur blur;
-        blur.SetLumaRadius(100);
-        blur.SetChromaRadius(100);
-        blur.SetLumaBlur(settings.GetBlur());
-        blur.SetChromaBlur(settings.GetBlur());
-        blur.SetLumaSharpen(settings.GetSharpen());
-        blur.SetChromaSharpen(settings.GetSharpen());
-        smartBlur->SetSettings(blur);
+        smartBlur->SetSettings(SettingsEffectSmartBlur()
+                                   .SetLumaRadius(100)
+                                   .SetChromaRadius(100)
+                                   .SetLumaBlur(settings.GetBlur())
+                                   .SetChromaBlur(settings.GetBlur())
+                                   .SetLumaSharpen(settings.GetSharpen())
+                                   .SetChromaSharpen(settings.GetSharpen()));
         isBlurConfigured = true;
     }
 

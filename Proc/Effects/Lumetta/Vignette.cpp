@@ -65,8 +65,7 @@ private:
         if (maskAlpha && format == layerFormat) return;
         maskAlpha = colorLayer = nullptr;
         DataHandle made = AsVideo(mask).MakeCopy(CopyMode::Share);
-        alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(format));
-        alphaExtractor->ProcessData(made);
+        RunWith(*alphaExtractor, SettingsEffectExtraAlphaExtractor(format), made);
         maskAlpha = made;
         layerFormat = format;
     }

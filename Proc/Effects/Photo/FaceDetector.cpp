@@ -124,12 +124,12 @@ private:
     }
 
     void Resize(DataHandle& grey, double scale) {
-        SettingsResizer target;
-        target.SetMethod(scale < 1 ? SettingsResizer::AREA : SettingsResizer::BILINEAR);
-        target.SetMode(SettingsResizer::BY_FACTOR);
-        target.SetFactor(scale);
-        resizer->SetSettings(target);
-        resizer->ProcessData(grey);
+        RunWith(*resizer,
+                SettingsResizer()
+                    .SetMethod(scale < 1 ? SettingsResizer::AREA : SettingsResizer::BILINEAR)
+                    .SetMode(SettingsResizer::BY_FACTOR)
+                    .SetFactor(scale),
+                grey);
     }
 
     intrusive_ptr<IOneInputEffectVideo> converter;

@@ -113,11 +113,8 @@ private:
     DataHandle Shrink(IDataVideo const& picture) {
         FrameFormat const size =
             ChooseSize(picture.GetFrameFormat(), settings.GetNeural().GetInputSize(), settings.GetFixMin());
-        SettingsResizer target;
-        target.SetMethod(SettingsResizer::AREA);
-        target.SetMode(SettingsResizer::TO_FRAME);
-        target.SetTarget(size);
-        resizer->SetSettings(target);
+        resizer->SetSettings(
+            SettingsResizer().SetMethod(SettingsResizer::AREA).SetMode(SettingsResizer::TO_FRAME).SetTarget(size));
         DataHandle copy = picture.MakeCopy(CopyMode::Share);
         resizer->ProcessData(copy);
         converter->ProcessData(copy);

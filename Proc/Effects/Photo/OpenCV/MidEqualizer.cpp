@@ -70,11 +70,9 @@ public:
         converter->SetSettings(SettingsColorspaceConverter(PlaneFormats(), true));
         if (std::ranges::count(PlaneFormats(), given) == 0) converter->ProcessData(first);
         DataHandle partner = AsVideo(second).MakeCopy(CopyMode::Share);
-        converter->SetSettings(SettingsColorspaceConverter(first->GetPixFmt(), true));
-        converter->ProcessData(partner);
+        RunWith(*converter, SettingsColorspaceConverter(first->GetPixFmt(), true), partner);
         first = Equalise(AsVideo(first), AsVideo(partner));
-        converter->SetSettings(SettingsColorspaceConverter(given, true));
-        converter->ProcessData(first);
+        RunWith(*converter, SettingsColorspaceConverter(given, true), first);
     }
 
 private:
