@@ -166,7 +166,7 @@ void OilPaintParts(benchmark::State& state) {
     for (auto _ : state) {
         DataHandle data = photo;
         down->ProcessData(data);
-        ConstPlane const half = AsVideo(ConstDataHandle(data)).GetPlane(0);
+        ConstPlane const half = AsVideo(data).GetPlane(0);
         std::vector<unsigned char> pixels;
         for (std::uint64_t y = 0; y < half.GetHeight(); ++y)
             pixels.insert(pixels.end(), half.GetRow(y), half.GetRow(y) + half.GetWidth());

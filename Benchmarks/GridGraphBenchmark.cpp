@@ -197,8 +197,8 @@ Kernels::GridCapacities BuildCapacities(Scene const& scene) {
     Kernels::GridCapacities capacities(scene.width, scene.height);
     Kernels::ColourBytes const bytes{3, 0, 3};
     Kernels::SimilarityTable const table(3);
-    ConstPlane const pixels = std::as_const(*scene.picture).GetPlane(0);
-    ConstPlane const strokes = std::as_const(*scene.strokes).GetPlane(0);
+    ConstPlane const pixels = scene.picture->GetPlane(0);
+    ConstPlane const strokes = scene.strokes->GetPlane(0);
     WorkerTeam(12).RunRows(scene.height, [&](std::uint32_t y) {
         capacities.MarkRow(y, strokes.GetRow(y), FOREGROUND, BACKGROUND);
         capacities.LinkRow(y, pixels.GetRow(y), y + 1 < scene.height ? pixels.GetRow(y + 1) : nullptr, bytes, table);

@@ -84,7 +84,7 @@ struct WriteOptions {
 
 /// A picture as it came from a file.
 struct LoadedPicture {
-    intrusive_ptr<IDataVideo> picture; ///< RGB24, RGBA, GRAY8 or YA8; upright, whatever the file says.
+    VideoHandle picture; ///< RGB24, RGBA, GRAY8 or YA8; upright, whatever the file says.
     std::shared_ptr<PictureMetadata const> metadata;
     std::vector<std::string> warnings; ///< What was lost in reading, a line for a person each.
 };

@@ -36,7 +36,7 @@ public:
 
     /// The form for callers that do not know the kind: one element for a one-input effect, two for a two-input effect
     /// (else std::logic_error "invalid data count"), any number for a var-input effect. The others leave the vector.
-    virtual intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
+    virtual DataHandle ProcessData(std::vector<DataHandle> const& inputs) = 0;
 
     virtual Core::Property GetStatistic() = 0;
     virtual Settings const& GetSettingsBase() const = 0;

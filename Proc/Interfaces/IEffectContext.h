@@ -17,15 +17,15 @@ public:
 
     /// 5th. A picture on the caller's memory: no sample is copied until somebody writes. `owner` is kept as long as the
     /// samples are in use and may be null when the caller sees to that.
-    virtual void WrapImage(intrusive_ptr<IDataVideo>* result, PixFmt format, FrameFormat const& frame,
+    virtual void WrapImage(VideoHandle* result, PixFmt format, FrameFormat const& frame,
                            std::vector<ConstPlane> const& planes, intrusive_ptr<IRefCountable const> const& owner) = 0;
 
     /// 6th. A new picture whose samples are unspecified. Throws ProcException for an unknown format or an empty frame,
     /// std::bad_alloc when there is no memory.
-    virtual void CreateImage(intrusive_ptr<IDataVideo>* result, PixFmt format, FrameFormat const& frame) = 0;
+    virtual void CreateImage(VideoHandle* result, PixFmt format, FrameFormat const& frame) = 0;
 
-    intrusive_ptr<IDataVideo> CreateImage(PixFmt format, FrameFormat const& frame) {
-        intrusive_ptr<IDataVideo> result;
+    VideoHandle CreateImage(PixFmt format, FrameFormat const& frame) {
+        VideoHandle result;
         CreateImage(&result, format, frame);
         return result;
     }

@@ -13,12 +13,12 @@ class VELNOR_API IOneInputEffect : public virtual IEffect {
 public:
     /// Processes the picture: in place, or by putting another one into the handle. When it throws, handle and picture
     /// are as they were.
-    virtual void ProcessData(intrusive_ptr<IData>& data) = 0;
+    virtual void ProcessData(DataHandle& data) = 0;
 
     /// Hands the one element to the typed entry. Throws std::logic_error "invalid data count" for another number.
-    intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {
+    DataHandle ProcessData(std::vector<DataHandle> const& inputs) override {
         if (inputs.size() != 1) boost::throw_exception(std::logic_error("invalid data count"), VELNOR_LOCATION);
-        intrusive_ptr<IData> data = inputs[0];
+        DataHandle data = inputs[0];
         ProcessData(data);
         return data;
     }

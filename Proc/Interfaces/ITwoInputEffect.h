@@ -13,14 +13,14 @@ class VELNOR_API ITwoInputEffect : public virtual IEffect {
 public:
     /// Processes the first picture, which is the result; the second is only read. When it throws, handle and pictures
     /// are as they were.
-    virtual void ProcessData(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) = 0;
+    virtual void ProcessData(DataHandle& first, ConstDataHandle const& second) = 0;
 
     /// Copies both handles, calls the typed entry and returns the first. Throws std::logic_error "invalid data count"
     /// for other than two elements.
-    intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {
+    DataHandle ProcessData(std::vector<DataHandle> const& inputs) override {
         if (inputs.size() != 2) boost::throw_exception(std::logic_error("invalid data count"), VELNOR_LOCATION);
-        intrusive_ptr<IData> first = inputs[0];
-        intrusive_ptr<IData const> const second = inputs[1];
+        DataHandle first = inputs[0];
+        ConstDataHandle const second = inputs[1];
         ProcessData(first, second);
         return first;
     }

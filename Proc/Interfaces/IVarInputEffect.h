@@ -10,11 +10,9 @@ namespace Velnor::Proc {
 class VELNOR_API IVarInputEffect : public virtual IEffect {
 public:
     /// Returns the result; null when the settings are empty, or when it puts several results in the inputs' place.
-    virtual intrusive_ptr<IData> Process(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
+    virtual DataHandle Process(std::vector<DataHandle> const& inputs) = 0;
 
-    intrusive_ptr<IData> ProcessData(std::vector<intrusive_ptr<IData>> const& inputs) override {
-        return Process(inputs);
-    }
+    DataHandle ProcessData(std::vector<DataHandle> const& inputs) override { return Process(inputs); }
 };
 
 class VELNOR_API IVarInputEffectVideo : public WithProgress<IVarInputEffect> {

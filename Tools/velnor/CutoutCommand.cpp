@@ -54,7 +54,7 @@ void RequireRoomForAlpha(std::string const& output) {
 template <class Work>
 void ForEachSample(DataHandle const& grey, DataHandle const& other, Work const& work) {
     Proc::MutablePlane const samples = Proc::AsVideo(grey).GetMutablePlane(0);
-    Proc::ConstPlane const others = std::as_const(Proc::AsVideo(other)).GetPlane(0);
+    Proc::ConstPlane const others = Proc::AsVideo(other).GetPlane(0);
     for (std::uint64_t y = 0; y < samples.GetHeight(); ++y)
         for (std::uint64_t x = 0; x < samples.GetWidth(); ++x) work(samples.GetRow(y)[x], others.GetRow(y)[x]);
 }

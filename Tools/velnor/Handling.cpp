@@ -78,7 +78,7 @@ bool Handling::TakeBack(Proc::DataHandle& picture) const {
 void Handling::TakeBackGrey(Proc::DataHandle& picture) const {
     bool const hasAlpha = picture->GetDescription().hasAlpha;
     Convert(picture, {hasAlpha ? PixFmt::RGBA : PixFmt::RGB24}, factory);
-    if (IsGrey(Proc::AsVideo(Proc::ConstDataHandle(picture)).GetPlane(0), hasAlpha ? 4 : 3))
+    if (IsGrey(Proc::AsVideo(picture).GetPlane(0), hasAlpha ? 4 : 3))
         Convert(picture, {hasAlpha ? PixFmt::YA8 : PixFmt::GRAY8}, factory);
 }
 
@@ -86,7 +86,7 @@ bool Handling::PutBackAlpha(Proc::DataHandle& picture) const {
     Proc::FrameFormat const& size = picture->GetFrameFormat();
     Proc::FrameFormat const& alphaSize = alpha->GetFrameFormat();
     if (size.width != alphaSize.width || size.height != alphaSize.height) return false;
-    WriteAlpha(picture, Proc::AsVideo(Proc::ConstDataHandle(alpha)).GetPlane(0), factory);
+    WriteAlpha(picture, Proc::AsVideo(alpha).GetPlane(0), factory);
     return true;
 }
 

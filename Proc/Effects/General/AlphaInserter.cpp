@@ -2,8 +2,8 @@
 // written into the first's own alpha where its format has one, and attached as extra alpha: index 0 as it is, index 1
 // at the resolution of the chroma. A palette has no place for an alpha of each pixel: such a picture becomes RGBA.
 #include "Proc/Effects/General/PictureAccess.h"
+#include "Proc/Effects/Kit/Converter.h"
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 
 namespace Velnor::Proc {
@@ -43,15 +43,13 @@ public:
         IDataVideo const& mask = AsVideo(second);
         RequireMask(AsVideo(first), mask);
         ConstPlane const opacity = mask.GetPlane(0);
-        if (AsVideo(first).GetDescription().model == ColorModel::Palette) {
-            if (!toRgba) toRgba = MakeOneInput(SettingsColorspaceConverter(PixFmt::RGBA, true));
-            toRgba->ProcessData(first);
-        }
+        if (AsVideo(first).GetDescription().model == ColorModel::Palette)
+            first = converter.Convert(AsVideo(first), PixFmt::RGBA);
         PixFmtDescription const& format = AsVideo(first).GetDescription();
         VideoHandle const chroma = MakeChromaMask(*context, opacity, format);
         IDataVideo& picture = ReplacePicture(first, [&](IDataVideo& copy) {
             copy.SetPlane(0, opacity);
-            copy.SetPlane(1, std::as_const(*chroma).GetPlane(0));
+            copy.SetPlane(1, chroma->GetPlane(0));
         });
         if (format.hasAlpha)
             WriteAlpha(opacity, picture.GetMutablePlane(format.alpha.plane), format.alpha.offset,
@@ -59,7 +57,7 @@ public:
     }
 
 private:
-    intrusive_ptr<IOneInputEffectVideo> toRgba;
+    Converter converter{factory};
 };
 
 VELNOR_EFFECT(SettingsEffectAlphaInserter, TwoInput, AlphaInserter)

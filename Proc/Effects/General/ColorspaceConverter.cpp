@@ -25,7 +25,7 @@ void CarryExtraAlpha(IEffectContext& context, IDataVideo const& source, IDataVid
         target.SetPlane(1, chroma);
     } else if (!full.IsEmpty()) {
         VideoHandle const means = MakeChromaMask(context, full, to);
-        target.SetPlane(1, std::as_const(*means).GetPlane(0));
+        target.SetPlane(1, means->GetPlane(0));
     }
 }
 
@@ -36,7 +36,7 @@ public:
     ColorspaceConverter(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext, ImplNames::DEFAULT), converter(effectContext) {}
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         IDataVideo& picture = AsVideo(data);
         std::vector<PixFmt> const accepted = settings.GetFormats();
         PixFmt const format = ChooseFormat(picture.GetPixFmt(), accepted);

@@ -12,7 +12,6 @@
 #include <numeric>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace Velnor::Proc {
 namespace {
@@ -162,7 +161,7 @@ VideoHandle FormatConverter::ChangePalette(IDataVideo const& source, PixFmt targ
     VideoHandle const result = Make(source, target);
     ConstPlane const indices = source.GetPlane(0);
     for (unsigned char plane = 0; plane < to.planesCount; ++plane) {
-        unsigned char const* const samples = std::as_const(*converted).GetPlane(plane).GetRow(0);
+        unsigned char const* const samples = converted->GetPlane(plane).GetRow(0);
         MutablePlane const looked = result->GetMutablePlane(plane);
         RunBands(CutIntoBands(frame.width, frame.height), [&](Band const& band, std::size_t) {
             Kernels::LookUpSamples(TakeRows(indices, band), samples, to.planes[plane].bytes, TakeRows(looked, band));
@@ -199,8 +198,8 @@ void FormatConverter::ChangeChroma(IDataVideo const& source, IDataVideo& target)
         MutablePlane const chroma = target.GetMutablePlane(i);
         GetScaler().Scale(AsGrey(source.GetPlane(i)), AsGrey(chroma), SettingsResizer::AREA);
         if (weights)
-            ScaleByAlpha(*pictures, GetScaler(), {source.GetPlane(i), 1, -1, std::as_const(*weights).GetPlane(0)},
-                         chroma, SettingsResizer::AREA);
+            ScaleByAlpha(*pictures, GetScaler(), {source.GetPlane(i), 1, -1, weights->GetPlane(0)}, chroma,
+                         SettingsResizer::AREA);
     }
 }
 

@@ -10,8 +10,8 @@
 #include "Proc/Effects/General/FormatConverter.h"
 #include "Proc/Effects/General/Kernels/BlendRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
+#include "Proc/Effects/Kit/Converter.h"
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 
 #include <algorithm>
@@ -114,9 +114,9 @@ public:
         PixFmt const working = FindWorkingFormat(format);
         if (working == format.format && working == over.GetPixFmt()) return Blend(OwnPicture(first), over);
 
-        DataHandle result = Convert(AsVideo(first), working);
-        Blend(OwnPicture(result), AsVideo(Convert(over, working)));
-        if (format.model != ColorModel::Palette) result = Convert(AsVideo(result), format.format);
+        DataHandle result = converter.Convert(AsVideo(first), working);
+        Blend(OwnPicture(result), AsVideo(converter.Convert(over, working)));
+        if (format.model != ColorModel::Palette) result = converter.Convert(AsVideo(result), format.format);
         result->CopyAttributes(*first);
         first = result;
     }
@@ -133,14 +133,6 @@ private:
 
     static PixFmt FindWorkingFormat(PixFmtDescription const& format) {
         return IsPackedLuma(format) ? GetPlanarTwin(format) : CountsAs(format.format);
-    }
-
-    DataHandle Convert(IDataVideo const& picture, PixFmt format) {
-        if (!converter) converter = MakeOneInput(SettingsColorspaceConverter());
-        converter->SetSettings(SettingsColorspaceConverter(format, true));
-        DataHandle data = picture.MakeCopy(CopyMode::Value);
-        converter->ProcessData(data);
-        return data;
     }
 
     /// Whatever can fail does so before the first sample is written.
@@ -166,7 +158,7 @@ private:
         if (alpha.plane.IsEmpty() || settings.GetAlphaMode() == BLEND_CONSTANT) return {};
         if (format.chromaShiftX == 0 && format.chromaShiftY == 0) return alpha;
         if (!means) means = MakeChromaMask(*context, alpha.plane, format);
-        return {std::as_const(*means).GetPlane(0)};
+        return {means->GetPlane(0)};
     }
 
     void BlendPlane(IDataVideo& first, IDataVideo const& second, unsigned char index, AlphaRows& rows) const {
@@ -188,7 +180,7 @@ private:
         }
     }
 
-    intrusive_ptr<IOneInputEffectVideo> converter;
+    Converter converter{factory};
 };
 
 VELNOR_EFFECT(SettingsEffectImageBlender, TwoInput, ImageBlender)

@@ -8,13 +8,12 @@
 #include "Proc/Effects/Kit/Bands.h"
 #include "Proc/Effects/Kit/ByteTables.h"
 #include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/Converter.h"
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 
 #include <algorithm>
 #include <array>
-#include <utility>
 #include <vector>
 
 namespace Velnor::Proc {
@@ -138,29 +137,30 @@ public:
         int const classes = settings.GetColorsNumber();
         PixFmt const format = data->GetPixFmt();
         bool const isPlanarLuma = IsPlanarLuma(AsVideo(data).GetDescription());
-        DataHandle const colours = CopyCovered(AsVideo(isPlanarLuma ? data : Convert(data, PixFmt::RGBA)));
+        DataHandle const colours =
+            CopyCovered(AsVideo(isPlanarLuma ? data : converter.Convert(AsVideo(data), PixFmt::RGBA)));
         // The luma of a palette picture is that of its colours.
         DataHandle const grey = GetGrey(data, colours);
-        ConstPlane const luma = AsVideo(ConstDataHandle(grey)).GetPlane(0);
+        ConstPlane const luma = AsVideo(grey).GetPlane(0);
 
         VideoHandle const result = context->CreateImage(PixFmt::PAL8, data->GetFrameFormat());
         Kernels::Table const table = ClassTable(luma, classes);
         MutablePlane const numbers = result->GetMutablePlane(0);
         Kernels::MapBytes(luma, numbers, {&table, 1}, 1);
         WritePalette(AsVideo(ConstDataHandle(colours)), *result);
-        data = settings.IsPal() ? DataHandle(result) : Convert(result, format);
+        data = settings.IsPal() ? DataHandle(result) : converter.Convert(*result, format);
     }
 
 private:
     /// Of the picture itself where it holds it: the way by red, green and blue rounds.
     DataHandle GetGrey(DataHandle const& data, DataHandle const& colours) {
         if (colours->GetPixFmt() != PixFmt::RGBA) return colours;
-        return Convert(data->GetDescription().hasAlpha ? colours : data, PixFmt::GRAY8);
+        return converter.Convert(AsVideo(data->GetDescription().hasAlpha ? colours : data), PixFmt::GRAY8);
     }
 
     /// Gives the palette picture, which holds the class numbers, its palette.
     void WritePalette(IDataVideo const& colours, IDataVideo& result) {
-        ConstPlane const numbers = std::as_const(result).GetPlane(0);
+        ConstPlane const numbers = result.GetPlane(0);
         MutablePlane const palette = result.GetMutablePlane(1);
         std::fill_n(palette.GetRow(0), palette.GetWidth(), static_cast<unsigned char>(0));
         for (std::size_t i = 0; i < 256; ++i) palette.GetRow(0)[i * 4 + 3] = 255;
@@ -186,19 +186,11 @@ private:
         for (std::size_t i = 0; i < sums.size(); ++i)
             for (unsigned char k = 0; k < 4 && sums[i].pixels > 0; ++k)
                 entries->GetMutablePlane(k).GetRow(0)[i] = GetMean(sums[i], k);
-        DataHandle const converted = Convert(DataHandle(entries), PixFmt::RGBA);
-        CopyPlane(AsVideo(ConstDataHandle(converted)).GetPlane(0), palette);
+        DataHandle const converted = converter.Convert(*entries, PixFmt::RGBA);
+        CopyPlane(AsVideo(converted).GetPlane(0), palette);
     }
 
-    DataHandle Convert(DataHandle const& data, PixFmt format) {
-        if (!converter) converter = MakeOneInput(SettingsColorspaceConverter());
-        converter->SetSettings(SettingsColorspaceConverter(format, true));
-        DataHandle copy = AsVideo(data).MakeCopy(CopyMode::Value);
-        converter->ProcessData(copy);
-        return copy;
-    }
-
-    intrusive_ptr<IOneInputEffectVideo> converter;
+    Converter converter{factory};
 };
 
 VELNOR_EFFECT(SettingsEffectPosterize, OneInput, Posterize)

@@ -12,8 +12,8 @@
 #include "Proc/Effects/General/Kernels/RemapRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/Converter.h"
 #include "Proc/Effects/Kit/EffectBase.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectRemapping.h"
 
 #include <algorithm>
@@ -139,7 +139,7 @@ private:
             Kernels::SampleRow(plane, layout.bytes, taps, targets[i].GetRow(row));
             bool const isPacked = i == format.alpha.plane;
             if (alpha.IsEmpty() || (isPacked && layout.bytes == 1)) continue;
-            Kernels::WeighRow(plane, layout.bytes, isChroma ? std::as_const(*chromaAlpha).GetPlane(0) : alpha,
+            Kernels::WeighRow(plane, layout.bytes, isChroma ? chromaAlpha->GetPlane(0) : alpha,
                               isPacked ? format.alpha.offset : Kernels::NO_ALPHA, taps, targets[i].GetRow(row));
             if (isChroma) CoverChroma(i, row);
         }
@@ -149,8 +149,8 @@ private:
     void CoverChroma(unsigned char plane, std::uint32_t row) {
         std::vector<unsigned char> opacities(chromaTaps.column.size());
         std::vector<unsigned char> around(opacities.size());
-        Kernels::SampleRow(std::as_const(*chromaAlpha).GetPlane(0), 1, chromaTaps, opacities.data());
-        Kernels::SampleRow(std::as_const(*covered).GetPlane(plane), 1, chromaTaps, around.data());
+        Kernels::SampleRow(chromaAlpha->GetPlane(0), 1, chromaTaps, opacities.data());
+        Kernels::SampleRow(covered->GetPlane(plane), 1, chromaTaps, around.data());
         for (std::uint32_t x = 0; x < around.size(); ++x)
             if (opacities[x] == 0 && IsSeen(x, row)) targets[plane].GetRow(row)[x] = around[x];
     }
@@ -196,23 +196,14 @@ public:
 
         bool const isPalette = format.model == ColorModel::Palette;
         PixFmt const working = isPalette ? PixFmt::RGBA : IsPackedLuma(format) ? GetPlanarTwin(format) : format.format;
-        ConstDataHandle const source = working == format.format ? data : Convert(picture, working);
+        ConstDataHandle const source = working == format.format ? data : converter.Convert(picture, working);
         VideoHandle const result = context->CreateImage(working, frame);
         PictureRemapper(*context, AsVideo(source), *result).Run(map);
-        data = isPalette ? result : Convert(*result, format.format);
+        data = isPalette ? result : converter.Convert(*result, format.format);
     }
 
 private:
-    DataHandle Convert(IDataVideo const& picture, PixFmt format) {
-        if (picture.GetPixFmt() == format) return picture.MakeCopy(CopyMode::Value);
-        if (!converter) converter = MakeOneInput(SettingsColorspaceConverter());
-        converter->SetSettings(SettingsColorspaceConverter(format, true));
-        DataHandle data = picture.MakeCopy(CopyMode::Value);
-        converter->ProcessData(data);
-        return data;
-    }
-
-    intrusive_ptr<IOneInputEffectVideo> converter;
+    Converter converter{factory};
 };
 
 VELNOR_EFFECT(SettingsEffectRemapping, OneInput, Remapping)

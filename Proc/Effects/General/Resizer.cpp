@@ -21,7 +21,7 @@ public:
 
     /// Extra alpha is dropped: it belongs to the pixels that were. A picture that has the size already is left as it
     /// is, but for a new pixel aspect.
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         IDataVideo const& picture = AsVideo(data);
         FrameFormat const frame = picture.GetFrameFormat();
         ResizePlan const plan = PlanResize(frame, picture.GetDescription(), settings);
@@ -119,7 +119,7 @@ private:
             bool const isFull = layout.shiftX == 0 && layout.shiftY == 0;
             ScaleByAlpha(*context, converter.GetScaler(),
                          {picture.GetPlane(i), layout.bytes, holdsAlpha ? format.alpha.offset : -1,
-                          isFull ? alpha : std::as_const(*chromaAlpha).GetPlane(0)},
+                          isFull ? alpha : chromaAlpha->GetPlane(0)},
                          result.GetMutablePlane(i), MethodOfPlane(format, i, method));
         }
     }

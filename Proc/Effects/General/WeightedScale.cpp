@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 namespace Velnor::Proc {
 namespace {
@@ -29,14 +28,14 @@ public:
 
     unsigned int Get(std::uint64_t x, std::uint64_t y) const {
         std::uint16_t word = 0;
-        std::memcpy(&word, std::as_const(*picture).GetPlane(0).GetRow(y) + 2 * x, sizeof word);
+        std::memcpy(&word, picture->GetPlane(0).GetRow(y) + 2 * x, sizeof word);
         return word;
     }
 
     void ScaleTo(Words& target, Scaler& scaler, SettingsResizer::ResizeMethods method) const {
         FrameFormat const from = picture->GetFrameFormat();
         FrameFormat const to = target.picture->GetFrameFormat();
-        scaler.Scale({PixFmt::YA8, from.width, from.height, {std::as_const(*picture).GetPlane(0)}, true},
+        scaler.Scale({PixFmt::YA8, from.width, from.height, {picture->GetPlane(0)}, true},
                      {PixFmt::YA8, to.width, to.height, {target.picture->GetMutablePlane(0)}, true}, method);
     }
 

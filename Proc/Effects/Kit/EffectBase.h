@@ -95,7 +95,7 @@ protected:
 
     /// The picture to write to in place, as the last step of the work: the one in the handle where nobody but the
     /// caller holds it, else a copy that takes its place.
-    IDataVideo& OwnPicture(intrusive_ptr<IData>& work) const {
+    IDataVideo& OwnPicture(DataHandle& work) const {
         if (!IsAlone(work)) work = AsVideo(work).MakeCopy(CopyMode::Independent);
         return AsVideo(work);
     }
@@ -104,34 +104,32 @@ protected:
     /// caller holds is given up for it at once, so that the samples are the copy's own and need not be duplicated.
     /// @param prepare  what can fail and must be done on the copy before
     template <class Prepare>
-    IDataVideo& ReplacePicture(intrusive_ptr<IData>& work, Prepare const& prepare) const {
+    IDataVideo& ReplacePicture(DataHandle& work, Prepare const& prepare) const {
         bool const isGivenUp = IsCallers(work) && IsAlone(work) && !work->IsShared();
-        intrusive_ptr<IDataVideo> const copy = AsVideo(work).MakeCopy(CopyMode::Independent);
+        VideoHandle const copy = AsVideo(work).MakeCopy(CopyMode::Independent);
         prepare(*copy);
         work = copy;
         if (isGivenUp) *callersHandle = copy;
         return *copy;
     }
-    IDataVideo& ReplacePicture(intrusive_ptr<IData>& work) const {
+    IDataVideo& ReplacePicture(DataHandle& work) const {
         return ReplacePicture(work, [](IDataVideo&) {});
     }
 
     /// Whether nobody but the caller, or this effect, holds the picture.
-    bool IsAlone(intrusive_ptr<IData> const& work) const { return work->GetRefCount() == (IsCallers(work) ? 2U : 1U); }
+    bool IsAlone(DataHandle const& work) const { return work->GetRefCount() == (IsCallers(work) ? 2U : 1U); }
 
-    bool IsCallers(intrusive_ptr<IData> const& work) const {
-        return callersHandle != nullptr && work == *callersHandle;
-    }
+    bool IsCallers(DataHandle const& work) const { return callersHandle != nullptr && work == *callersHandle; }
 
     /// Does the work on a handle of its own, which the caller's becomes when all is done.
     template <class Work>
-    void WorkOn(intrusive_ptr<IData>& data, Work const& doWork) {
+    void WorkOn(DataHandle& data, Work const& doWork) {
         struct Reset {
-            intrusive_ptr<IData>*& handle;
+            DataHandle*& handle;
             ~Reset() { handle = nullptr; }
         } const reset{callersHandle};
         callersHandle = &data;
-        intrusive_ptr<IData> work = data;
+        DataHandle work = data;
         doWork(work);
         data = std::move(work);
     }
@@ -172,7 +170,7 @@ protected:
     SettingsClass settings;
 
 private:
-    intrusive_ptr<IData>* callersHandle = nullptr; ///< The caller's handle to the picture in work; null between works.
+    DataHandle* callersHandle = nullptr; ///< The caller's handle to the picture in work; null between works.
     std::string implName;
     std::int64_t statTotal = 0; ///< Reported, and not measured: the host times its effects.
     std::uint64_t processedCount = 0;
@@ -185,12 +183,12 @@ public:
     using EffectBase<Interface, SettingsClass>::EffectBase;
     using Interface::ProcessData;
 
-    void ProcessData(intrusive_ptr<IData>& data) override {
+    void ProcessData(DataHandle& data) override {
         this->Run([&] {
             this->RequirePicture(data.get());
             std::int64_t const duration = data->GetDuration();
             std::int64_t const timeStamp = data->GetTimeStamp();
-            this->WorkOn(data, [&](intrusive_ptr<IData>& work) {
+            this->WorkOn(data, [&](DataHandle& work) {
                 ProcessInternal(work);
                 if (work == nullptr) return;
                 work->SetDuration(duration);
@@ -200,7 +198,7 @@ public:
     }
 
     /// The effect's work: in place, or by replacing the handle, with null where there is no result.
-    virtual void ProcessInternal(intrusive_ptr<IData>& data) = 0;
+    virtual void ProcessInternal(DataHandle& data) = 0;
 };
 
 /// Base of effects on a first picture, the result, and a second one that is read.
@@ -210,15 +208,15 @@ public:
     using EffectBase<Interface, SettingsClass>::EffectBase;
     using Interface::ProcessData;
 
-    void ProcessData(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+    void ProcessData(DataHandle& first, ConstDataHandle const& second) override {
         this->Run([&] {
             this->RequirePicture(first.get());
             this->RequirePicture(second.get());
-            this->WorkOn(first, [&](intrusive_ptr<IData>& work) { ProcessInternal(work, second); });
+            this->WorkOn(first, [&](DataHandle& work) { ProcessInternal(work, second); });
         });
     }
 
-    virtual void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) = 0;
+    virtual void ProcessInternal(DataHandle& first, ConstDataHandle const& second) = 0;
 };
 
 /// Base of effects on any number of pictures. Empty settings give a null result.
@@ -227,13 +225,13 @@ class EffectBaseVarInput : public EffectBase<Interface, SettingsClass> {
 public:
     using EffectBase<Interface, SettingsClass>::EffectBase;
 
-    intrusive_ptr<IData> Process(std::vector<intrusive_ptr<IData>> const& inputs) override {
-        intrusive_ptr<IData> result;
+    DataHandle Process(std::vector<DataHandle> const& inputs) override {
+        DataHandle result;
         this->Run([&] { result = ProcessInternal(inputs); });
         return result;
     }
 
-    virtual intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) = 0;
+    virtual DataHandle ProcessInternal(std::vector<DataHandle> const& inputs) = 0;
 };
 
 /// What a factory function returns: the effect, with this handle as its only owner.

@@ -18,7 +18,7 @@ public:
           outputConverter(this->MakeOneInput(SettingsColorspaceConverter())) {}
 
     /// The effect's work on a picture in one of the supported formats.
-    virtual void ProcessInternalCSC(intrusive_ptr<IData>& data) = 0;
+    virtual void ProcessInternalCSC(DataHandle& data) = 0;
 
     /// Whether the result goes back to the format that the picture came in.
     virtual bool ConvertBack() const = 0;
@@ -34,7 +34,7 @@ public:
         if (ConvertBack()) outputConverter->Flush();
     }
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         ConfigureInput(data->GetPixFmt());
         if (convertInput && inputConverter) inputConverter->ProcessData(data);
         ProcessInternalCSC(data);
@@ -86,17 +86,17 @@ public:
           lumaConverter(this->MakeOneInput(
               SettingsColorspaceConverter(std::vector<PixFmt>{PixFmt::YUV444P, PixFmt::YUVA444P}, true))) {}
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        intrusive_ptr<IData> unprocessed = data;
+    void ProcessInternalCSC(DataHandle& data) override {
+        DataHandle unprocessed = data;
         data = AsVideo(data).MakeCopy(CopyMode::Independent);
         if (!HasLumaPlane(AsVideo(data).GetDescription())) greyConverter->ProcessData(unprocessed);
         ProcessInternalColor(data);
         lumaConverter->ProcessData(data);
-        CopyPlane(std::as_const(AsVideo(unprocessed)).GetPlane(0), AsVideo(data).GetMutablePlane(0));
+        CopyPlane(AsVideo(unprocessed).GetPlane(0), AsVideo(data).GetMutablePlane(0));
     }
 
     /// The effect's own change of colour, in place or by replacing the handle.
-    virtual void ProcessInternalColor(intrusive_ptr<IData>& data) = 0;
+    virtual void ProcessInternalColor(DataHandle& data) = 0;
 
 private:
     /// Whether plane 0 is what a conversion to luma and chroma would make of it.

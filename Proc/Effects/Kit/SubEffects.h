@@ -41,9 +41,9 @@ public:
 
 protected:
     template <class Run>
-    static void RunOnOwn(intrusive_ptr<IData>& data, Run const& run) {
+    static void RunOnOwn(DataHandle& data, Run const& run) {
         if (data == nullptr || data->GetRefCount() == 1) return run(data);
-        intrusive_ptr<IData> own = AsVideo(data).MakeCopy(CopyMode::Value);
+        DataHandle own = AsVideo(data).MakeCopy(CopyMode::Value);
         run(own);
         if (own == nullptr || !IsSame(std::as_const(AsVideo(own)), std::as_const(AsVideo(data)))) data = own;
     }
@@ -55,8 +55,8 @@ class OneInputSubEffect : public SubEffect<IOneInputEffectVideo> {
 public:
     using SubEffect::ProcessData;
     using SubEffect::SubEffect;
-    void ProcessData(intrusive_ptr<IData>& data) override {
-        RunOnOwn(data, [this](intrusive_ptr<IData>& own) { effect->ProcessData(own); });
+    void ProcessData(DataHandle& data) override {
+        RunOnOwn(data, [this](DataHandle& own) { effect->ProcessData(own); });
     }
 };
 
@@ -64,8 +64,8 @@ class TwoInputSubEffect : public SubEffect<ITwoInputEffectVideo> {
 public:
     using SubEffect::ProcessData;
     using SubEffect::SubEffect;
-    void ProcessData(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
-        RunOnOwn(first, [&](intrusive_ptr<IData>& own) { effect->ProcessData(own, second); });
+    void ProcessData(DataHandle& first, ConstDataHandle const& second) override {
+        RunOnOwn(first, [&](DataHandle& own) { effect->ProcessData(own, second); });
     }
 };
 

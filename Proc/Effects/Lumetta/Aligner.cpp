@@ -35,14 +35,14 @@ public:
           remapper(MakeOneInput(SettingsEffectRemapping())),
           resizer(MakeOneInput(SettingsResizer())) {}
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
         if (!faces.empty()) Align(data, faces.front());
         settings.SetFacesFound(static_cast<int>(faces.size()));
     }
 
 private:
-    void Align(intrusive_ptr<IData>& data, Face const& face) const {
+    void Align(DataHandle& data, Face const& face) const {
         FrameFormat const frame = data->GetFrameFormat();
         FrameFormat target = frame;
         if (settings.GetWidth() > 0) target.width = static_cast<std::uint32_t>(settings.GetWidth());
@@ -71,7 +71,7 @@ private:
         };
     }
 
-    void Resize(intrusive_ptr<IData>& data, FrameFormat const& target) const {
+    void Resize(DataHandle& data, FrameFormat const& target) const {
         RunWith(
             *resizer,
             SettingsResizer().SetMode(SettingsResizer::TO_FRAME).SetFitting(SettingsResizer::STRETCH).SetTarget(target),

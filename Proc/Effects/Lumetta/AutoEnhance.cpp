@@ -9,6 +9,7 @@
 // The mixes of A with others are done with whatever opacity the blender was left with: half to begin with, and after a
 // call with an intensity the share of that call. Pictures that are enhanced one after the other rely on it.
 #include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/MaskLayer.h"
 #include "Proc/Effects/Lumetta/Kernels/Tables/MatchTable.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAutoEnhance.h"
@@ -25,20 +26,18 @@
 namespace Velnor::Proc {
 namespace {
 
-using Handle = intrusive_ptr<IData>;
-
 constexpr int HALF = 127; ///< Opacity of an even mix.
 
 SettingsEffectImageBlender WithAlpha(int alpha) { return SettingsEffectImageBlender().SetAlpha(alpha); }
 
-Handle MakeNew(Handle const& source) { return AsVideo(source).MakeCopy(CopyMode::Independent); }
+DataHandle MakeNew(DataHandle const& source) { return AsVideo(source).MakeCopy(CopyMode::Independent); }
 
-void CopyLuma(Handle const& source, Handle const& target) {
-    CopyPlane(std::as_const(AsVideo(source)).GetPlane(0), AsVideo(target).GetMutablePlane(0));
+void CopyLuma(DataHandle const& source, DataHandle const& target) {
+    CopyPlane(AsVideo(source).GetPlane(0), AsVideo(target).GetMutablePlane(0));
 }
 
 /// Brings the luma near a normal distribution.
-void MatchLuma(Handle const& picture) {
+void MatchLuma(DataHandle const& picture) {
     constexpr double DEVIATION = 24.0 / 255.0;
     MutablePlane const luma = AsVideo(picture).GetMutablePlane(0);
     Kernels::Table const table = Kernels::MatchTable(Kernels::CountGrey(luma), DEVIATION);
@@ -46,7 +45,7 @@ void MatchLuma(Handle const& picture) {
 }
 
 /// All or nothing: what is darker than 40 of 255 is dark.
-void MarkBright(Handle const& picture) {
+void MarkBright(DataHandle const& picture) {
     constexpr std::size_t DARK = 40;
     Kernels::Table table;
     for (std::size_t i = 0; i < table.size(); ++i) table[i] = i < DARK ? 0 : 255;
@@ -76,7 +75,7 @@ public:
           backConverter(MakeOneInput(SettingsColorspaceConverter())),
           lumaConverter(MakeOneInput(SettingsColorspaceConverter(PixFmt::YUV444P, true))) {}
 
-    void ProcessInternal(Handle& image) override {
+    void ProcessInternal(DataHandle& image) override {
         if (isBlenderAstray) blender->SetSettings(WithAlpha(opacity));
         isBlenderAstray = true;
         int left = HALF;
@@ -84,7 +83,7 @@ public:
         if (settings.IsIntensityDefault()) {
             Enhance(image);
         } else {
-            Handle const unprocessed = image;
+            DataHandle const unprocessed = image;
             Enhance(image);
             left = OpacityOfInput(settings.GetIntensity());
             blender->SetSettings(WithAlpha(left));
@@ -103,23 +102,23 @@ private:
         lastFormat = format;
     }
 
-    void Enhance(Handle& image) {
-        Handle contrasted = MakeNew(image); // A
+    void Enhance(DataHandle& image) {
+        DataHandle contrasted = MakeNew(image); // A
         lumaConverter->ProcessData(contrasted);
-        Handle mask = context->CreateImage(PixFmt::GRAY8, contrasted->GetFrameFormat()); // B
+        DataHandle mask = context->CreateImage(PixFmt::GRAY8, contrasted->GetFrameFormat()); // B
         CopyLuma(contrasted, mask);
         RaiseContrast(contrasted, mask);
         MakeMask(mask);
 
-        Handle darker = MakeNew(image); // D
+        DataHandle darker = MakeNew(image); // D
         SetGamma(-25, darker);
-        Handle brighter = MakeNew(image); // E
+        DataHandle brighter = MakeNew(image); // E
         SetGamma(25, brighter);
         blender->ProcessData(brighter, darker);
         lumaConverter->ProcessData(brighter);
         blender->ProcessData(contrasted, brighter);
 
-        Handle exposed = MakeNew(image); // F
+        DataHandle exposed = MakeNew(image); // F
         SetGamma(5, exposed);
         Expose(exposed);
         AttachMask(mask, darker);
@@ -132,14 +131,14 @@ private:
     }
 
     /// The matched luma is overwritten by the luma with local contrast, which is made from the luma as it was.
-    void RaiseContrast(Handle const& picture, Handle const& luma) {
-        Handle local = MakeNew(luma); // C
+    void RaiseContrast(DataHandle const& picture, DataHandle const& luma) {
+        DataHandle local = MakeNew(luma); // C
         MatchLuma(picture);
         localContrast->ProcessData(local);
         CopyLuma(local, picture);
     }
 
-    void MakeMask(Handle& luma) {
+    void MakeMask(DataHandle& luma) {
         SetGamma(-30, luma);
         MarkBright(luma);
         RunWith(*blur,
@@ -152,21 +151,21 @@ private:
     }
 
     /// As extra alpha: at full resolution, and at that of the chroma planes of the input's format.
-    void AttachMask(Handle const& mask, Handle const& picture) {
-        alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(lastFormat));
-        Handle chromaMask = AsVideo(mask).MakeCopy(CopyMode::Value); // G
-        alphaExtractor->ProcessData(chromaMask);
-        AsVideo(picture).SetPlane(0, std::as_const(AsVideo(mask)).GetPlane(0));
-        AsVideo(picture).SetPlane(1, std::as_const(AsVideo(chromaMask)).GetPlane(0));
+    void AttachMask(DataHandle const& mask, DataHandle const& picture) {
+        DataHandle chroma = AsVideo(mask).MakeCopy(CopyMode::Value); // G
+        RunWith(*alphaExtractor, SettingsEffectExtraAlphaExtractor(lastFormat), chroma);
+        MaskLayer{mask, chroma}.AttachTo(AsVideo(picture));
     }
 
-    void SetGamma(int percent, Handle& picture) {
+    void SetGamma(int percent, DataHandle& picture) {
         RunWith(*gamma, SettingsEffectColorBalance().SetGamma(percent), picture);
     }
 
-    void Expose(Handle& picture) { RunWith(*autoBalance, SettingsEffectColorBalanceAuto().SetExposure(10), picture); }
+    void Expose(DataHandle& picture) {
+        RunWith(*autoBalance, SettingsEffectColorBalanceAuto().SetExposure(10), picture);
+    }
 
-    void BalanceLight(Handle& picture) {
+    void BalanceLight(DataHandle& picture) {
         RunWith(*autoBalance, SettingsEffectColorBalanceAuto().SetLightBalance(true), picture);
     }
 

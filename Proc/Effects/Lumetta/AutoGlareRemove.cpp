@@ -66,32 +66,32 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         unsigned int const pixelBytes = Kernels::PackedRgb(data->GetPixFmt()).pixelBytes;
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         double const side = std::min(frame.width, frame.height);
 
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(*result);
-        intrusive_ptr<IData> luma = result->MakeCopy(CopyMode::Share);
+        DataHandle luma = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(luma);
-        intrusive_ptr<IData> mask = AsVideo(luma).MakeCopy(CopyMode::Share);
+        DataHandle mask = AsVideo(luma).MakeCopy(CopyMode::Share);
         Blur(mask, settings.GetSize() / 100 * side);
-        FindGlare(std::as_const(*result).GetPlane(0), pixelBytes, std::as_const(AsVideo(luma)).GetPlane(0),
-                  AsVideo(mask).GetMutablePlane(0), static_cast<float>(settings.GetThreshold() * 2.55));
+        FindGlare(result->GetPlane(0), pixelBytes, AsVideo(luma).GetPlane(0), AsVideo(mask).GetMutablePlane(0),
+                  static_cast<float>(settings.GetThreshold() * 2.55));
         Grow(mask, std::clamp(static_cast<int>(side / 150), 2, 30));
         Invert(AsVideo(mask).GetMutablePlane(0), static_cast<float>(settings.GetStrength() / 100));
         MutablePlane const pixels = result->GetMutablePlane(0);
-        Kernels::FillHoles(pixels, pixelBytes, std::as_const(AsVideo(mask)).GetPlane(0), FindClearAlpha(*result));
+        Kernels::FillHoles(pixels, pixelBytes, AsVideo(mask).GetPlane(0), FindClearAlpha(*result));
         data = result;
     }
 
 private:
-    void Blur(intrusive_ptr<IData>& picture, double deviation) {
+    void Blur(DataHandle& picture, double deviation) {
         RunWith(*blur, SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN).SetDevX(deviation).SetDevY(deviation), picture);
     }
 
-    void Grow(intrusive_ptr<IData>& mask, int radius) {
+    void Grow(DataHandle& mask, int radius) {
         RunWith(*grow, SettingsEffectMorphology(SettingsEffectMorphology::DILATE, radius), mask);
         Blur(mask, radius * 0.4); // So little that the spot itself is still wholly covered.
     }

@@ -67,13 +67,13 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         FactorTable const table(Share(settings.GetShadows()), Share(settings.GetHighlights()));
         Kernels::PackedRgb const format(data->GetPixFmt());
         FrameFormat const frame = data->GetFrameFormat();
         double const side = std::max(frame.width, frame.height);
-        Kernels::LumaMap map(std::as_const(*CopyCovered(AsVideo(data))).GetPlane(0), format,
-                             Share(settings.GetRadius()) * side, EDGE_CONTRAST);
+        Kernels::LumaMap map(CopyCovered(AsVideo(data))->GetPlane(0), format, Share(settings.GetRadius()) * side,
+                             EDGE_CONTRAST);
         MutablePlane const plane = AsVideo(data).GetMutablePlane(0);
         std::vector<float> luma(frame.width);
         std::vector<float> factors(frame.width);

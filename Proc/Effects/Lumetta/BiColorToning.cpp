@@ -37,7 +37,7 @@ public:
         EffectBaseOneInput::SetSettings(next);
     }
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         ConfigureBack(data->GetPixFmt());
         // A copy, which costs nothing until it is written: the input is needed as it was.
         DataHandle toned = AsVideo(data).MakeCopy(CopyMode::Value);

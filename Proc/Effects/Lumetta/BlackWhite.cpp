@@ -38,13 +38,13 @@ public:
         return formats;
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         VideoHandle const result = context->CreateImage(PixFmt::PAL8, data->GetFrameFormat());
         MutablePlane const palette = result->GetMutablePlane(1);
         unsigned int const colors[] = {settings.GetFirstColor().rgba(), settings.GetSecondColor().rgba()};
         std::memset(palette.GetData(), 0, palette.GetWidth());
         std::memcpy(palette.GetData(), colors, sizeof colors);
-        Kernels::MapBytes(std::as_const(AsVideo(data)).GetPlane(0), result->GetMutablePlane(0), {&table, 1}, 1);
+        Kernels::MapBytes(AsVideo(data).GetPlane(0), result->GetMutablePlane(0), {&table, 1}, 1);
         data = result;
     }
 

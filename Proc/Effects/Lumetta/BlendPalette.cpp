@@ -34,7 +34,7 @@ class BlendPalette : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEff
 public:
     using EffectBaseTwoInput::EffectBaseTwoInput;
 
-    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+    void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         CheckFormat(*first);
         CheckFormat(*second);
         double const percent = settings.GetStrength();

@@ -7,6 +7,7 @@
 //
 // The work counts in the sum and not in the divisor: the blur is brighter by (1 + sum) / sum, as it is meant to be.
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Effects/Kit/MaskLayer.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehCore.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BokehMask.h"
 #include "Proc/Settings/SettingsEffectBlurBokeh.h"
@@ -125,8 +126,8 @@ private:
                                std::min(shapeFrame.width, shapeFrame.height)),
                 shape);
         maskConverter->ProcessData(shape);
-        kernel = Kernels::MakeBokehKernel(AsVideo(ConstDataHandle(shape)).GetPlane(0), settings.GetBokehThreshold(),
-                                          settings.GetBokehGain());
+        kernel =
+            Kernels::MakeBokehKernel(AsVideo(shape).GetPlane(0), settings.GetBokehThreshold(), settings.GetBokehGain());
     }
 
     DataHandle Blur(IDataVideo const& work) const {
@@ -142,17 +143,16 @@ private:
         DataHandle mask = AsVideo(blurred).MakeCopy(CopyMode::Share);
         maskConverter->ProcessData(mask);
         FrameFormat const frame = mask->GetFrameFormat();
-        Kernels::Histogram const levels = Kernels::CountGrey(AsVideo(ConstDataHandle(mask)).GetPlane(0));
+        Kernels::Histogram const levels = Kernels::CountGrey(AsVideo(mask).GetPlane(0));
         Kernels::Table const curve[] = {Kernels::MakeBokehMask(levels, frame.width * frame.height,
                                                                settings.GetThreshold(), settings.GetStrength())};
         MutablePlane const opacity = AsVideo(mask).GetMutablePlane(0);
         Kernels::MapBytes(opacity, opacity, curve, 1);
 
-        DataHandle chromaMask = AsVideo(mask).MakeCopy(CopyMode::Share);
-        alphaExtractor->ProcessData(chromaMask);
+        MaskLayer layer{mask, nullptr};
+        layer.MakeChroma(*alphaExtractor);
         VideoHandle const sharp = AsVideo(data).MakeCopy(CopyMode::Share);
-        sharp->SetPlane(0, AsVideo(ConstDataHandle(mask)).GetPlane(0));
-        sharp->SetPlane(1, AsVideo(ConstDataHandle(chromaMask)).GetPlane(0));
+        layer.AttachTo(*sharp);
         blender->ProcessData(blurred, sharp);
     }
 

@@ -25,7 +25,7 @@ public:
         return formats;
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         VideoHandle picture = AsVideo(data).MakeCopy(CopyMode::Share);
         VideoHandle spare;
         double const total = GetTotal();

@@ -70,7 +70,7 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         Kernels::PackedRgb const format(data->GetPixFmt());
         Tables const tables = BuildTables(AsVideo(data), format);
         MutablePlane const plane = ReplacePicture(data).GetMutablePlane(0);

@@ -22,7 +22,7 @@ public:
     bool ConvertBack() const override { return !settings.GetPalette(); }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         bool const hasAlpha = data->GetDescription().hasAlpha;
         Kernels::PackedRgb const format(data->GetPixFmt());
         Kernels::ColorCounts const counts = Kernels::CountColors(AsConst(data).GetPlane(0), format, hasAlpha);
@@ -40,11 +40,10 @@ public:
     }
 
 private:
+    static IDataVideo const& AsConst(DataHandle const& data) { return AsVideo(data); }
 
-    static IDataVideo const& AsConst(intrusive_ptr<IData> const& data) { return AsVideo(data); }
-
-    intrusive_ptr<IData> MakePalettePicture(IDataVideo const& picture, Kernels::PackedRgb const& format,
-                                            Kernels::PaletteMap& map, bool keepsHole) const {
+    DataHandle MakePalettePicture(IDataVideo const& picture, Kernels::PackedRgb const& format, Kernels::PaletteMap& map,
+                                  bool keepsHole) const {
         VideoHandle const result = context->CreateImage(PixFmt::PAL8, picture.GetFrameFormat());
         unsigned char* entry = result->GetMutablePlane(1).GetData();
         std::memset(entry, 0, result->GetMutablePlane(1).GetWidth()); // whose entry past the last colour is the hole

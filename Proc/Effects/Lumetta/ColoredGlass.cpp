@@ -38,7 +38,7 @@ class ColoredGlass : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEff
 public:
     using EffectBaseOneInput::EffectBaseOneInput;
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         std::vector<PixFmt> const& formats = Kernels::PackedRgbFormats();
         if (std::ranges::find(formats, data->GetPixFmt()) == formats.end())
             VELNOR_THROW(FilterException, "Pixel format is not supported!");

@@ -13,10 +13,10 @@ public:
     /// Functions cannot be compared: every call resets and assigns.
     void SetSettings(SettingsEffectCustom const& next) override { ReplaceSettings(next); }
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         // A copy, since the function may change this effect's settings while it runs.
         SettingsEffectCustom::Function const function = settings.GetFunctor();
-        intrusive_ptr<IDataVideo> picture(&AsVideo(data));
+        VideoHandle picture(&AsVideo(data));
         function(picture);
         data = picture;
     }

@@ -43,22 +43,22 @@ public:
     Cutter(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseVarInput(effectFactory, effectContext), pad(MakeOneInput(SettingsEffectPad())) {}
 
-    intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
+    DataHandle ProcessInternal(std::vector<DataHandle> const& inputs) override {
         if (inputs.empty()) VELNOR_THROW(EffectException, "A picture is needed, none is given.");
         RequirePicture(inputs.front().get());
         Cuts const across("width", settings.GetPatchWidth(), "x", settings.GetOverlapX());
         Cuts const down("height", settings.GetPatchHeight(), "y", settings.GetOverlapY());
 
-        intrusive_ptr<IData> const padded = MakePadded(AsVideo(inputs.front()), across, down);
-        std::vector<intrusive_ptr<IData>> patches = Cut(AsVideo(padded), across, down);
+        DataHandle const padded = MakePadded(AsVideo(inputs.front()), across, down);
+        std::vector<DataHandle> patches = Cut(AsVideo(padded), across, down);
         // The list of inputs is the list of results: its owner hands it over as one to be read, and expects it filled.
-        const_cast<std::vector<intrusive_ptr<IData>>&>(inputs).swap(patches);
+        const_cast<std::vector<DataHandle>&>(inputs).swap(patches);
         return nullptr;
     }
 
 private:
-    intrusive_ptr<IData> MakePadded(IDataVideo const& picture, Cuts const& across, Cuts const& down) const {
-        intrusive_ptr<IData> padded = picture.MakeCopy(CopyMode::Value);
+    DataHandle MakePadded(IDataVideo const& picture, Cuts const& across, Cuts const& down) const {
+        DataHandle padded = picture.MakeCopy(CopyMode::Value);
         FrameFormat const frame = picture.GetFrameFormat();
         std::uint32_t const width = across.GetPaddedSize(frame.width);
         std::uint32_t const height = down.GetPaddedSize(frame.height);
@@ -72,9 +72,9 @@ private:
         return padded;
     }
 
-    static std::vector<intrusive_ptr<IData>> Cut(IDataVideo const& padded, Cuts const& across, Cuts const& down) {
+    static std::vector<DataHandle> Cut(IDataVideo const& padded, Cuts const& across, Cuts const& down) {
         FrameFormat const frame = padded.GetFrameFormat();
-        std::vector<intrusive_ptr<IData>> patches;
+        std::vector<DataHandle> patches;
         for (std::uint32_t y = 0; y < frame.height - down.overlap; y += down.GetStep())
             for (std::uint32_t x = 0; x < frame.width - across.overlap; x += across.GetStep()) {
                 VideoHandle const patch = padded.MakeCopy(CopyMode::Value);

@@ -51,13 +51,13 @@ public:
         return formats;
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(*result);
-        intrusive_ptr<IData> luma = result->MakeCopy(CopyMode::Share);
+        DataHandle luma = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(luma);
-        intrusive_ptr<IData> const narrow = Smooth(luma, NARROW_RADIUS);
-        intrusive_ptr<IData> const wide = Smooth(luma, WIDE_RADIUS);
+        DataHandle const narrow = Smooth(luma, NARROW_RADIUS);
+        DataHandle const wide = Smooth(luma, WIDE_RADIUS);
         luma.reset();
         AddDetail(Read(narrow), Read(wide), result->GetMutablePlane(0), {settings.GetFine(), settings.GetCoarse()});
         data = result;
@@ -67,11 +67,11 @@ private:
     static constexpr int NARROW_RADIUS = 12; ///< Percent of the smoother's.
     static constexpr int WIDE_RADIUS = 80;
 
-    static ConstPlane Read(intrusive_ptr<IData> const& picture) { return std::as_const(AsVideo(picture)).GetPlane(0); }
+    static ConstPlane Read(DataHandle const& picture) { return AsVideo(picture).GetPlane(0); }
 
-    intrusive_ptr<IData> Smooth(intrusive_ptr<IData> const& luma, int radius) {
+    DataHandle Smooth(DataHandle const& luma, int radius) {
         smoother->SetSettings(SettingsEffectSmartBlur().SetLumaRadius(radius).SetLumaBlur(settings.GetEdges()));
-        intrusive_ptr<IData> smooth = AsVideo(luma).MakeCopy(CopyMode::Share);
+        DataHandle smooth = AsVideo(luma).MakeCopy(CopyMode::Share);
         smoother->ProcessData(smooth);
         return smooth;
     }

@@ -84,7 +84,7 @@ public:
           remapper(MakeOneInput(SettingsEffectRemapping())),
           converter(MakeOneInput(SettingsColorspaceConverter())) {}
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         FrameFormat const& frame = data->GetFrameFormat();
         if (canvas.source && canvas.field.HasSize(frame.width, frame.height)) return Paint(canvas, data);
         Canvas fresh{DisplacementField(frame.width, frame.height), AsVideo(data).MakeCopy(CopyMode::Independent)};

@@ -68,13 +68,13 @@ public:
     bool ConvertBack() const override { return true; }
 
     /// Without a face nothing is converted: the picture keeps every byte.
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         faces = finder.Find(data, GetInstanceName());
         if (!faces.empty()) EffectBaseCSC::ProcessInternal(data);
         settings.SetFacesFound(static_cast<int>(faces.size()));
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         VideoHandle const mask = context->CreateImage(PixFmt::GRAY8, data->GetFrameFormat());
         MutablePlane const levels = mask->GetMutablePlane(0);
         for (std::uint64_t y = 0; y < levels.GetHeight(); ++y) std::memset(levels.GetRow(y), 0, levels.GetWidth());

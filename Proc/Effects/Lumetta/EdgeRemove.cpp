@@ -60,24 +60,24 @@ public:
           erosion(MakeOneInput(SettingsEffectMorphology())),
           blur(MakeOneInput(SettingsEffectBlur())) {}
 
-    intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
+    DataHandle ProcessInternal(std::vector<DataHandle> const& inputs) override {
         RequireInputs(inputs);
-        intrusive_ptr<IData> mask = MakeMask(inputs);
-        intrusive_ptr<IData> work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
+        DataHandle mask = MakeMask(inputs);
+        DataHandle work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
         toRgba->ProcessData(work);
         VideoHandle const result = AsVideo(work).MakeCopy(CopyMode::Independent);
         work.reset();
         if (settings.GetStrength() > 0) CleanColors(*result, mask);
         Erode(mask, settings.GetErosion());
         Soften(mask);
-        WriteOpacity(std::as_const(AsVideo(mask)).GetPlane(0), result->GetMutablePlane(0));
+        WriteOpacity(AsVideo(mask).GetPlane(0), result->GetMutablePlane(0));
         result->DropExtraAlpha();
         result->CopyAttributes(*inputs[0]);
         return result;
     }
 
 private:
-    static void RequireInputs(std::vector<intrusive_ptr<IData>> const& inputs) {
+    static void RequireInputs(std::vector<DataHandle> const& inputs) {
         if (inputs.empty() || inputs.size() > 2)
             VELNOR_THROW(EffectException, "A picture and its mask are needed, " + std::to_string(inputs.size()) +
                                               " pictures are given.");
@@ -91,8 +91,8 @@ private:
     }
 
     /// The second picture, or the opacity of one that was cut out before.
-    intrusive_ptr<IData> MakeMask(std::vector<intrusive_ptr<IData>> const& inputs) const {
-        intrusive_ptr<IData> mask = AsVideo(inputs.back()).MakeCopy(CopyMode::Share);
+    DataHandle MakeMask(std::vector<DataHandle> const& inputs) const {
+        DataHandle mask = AsVideo(inputs.back()).MakeCopy(CopyMode::Share);
         if (inputs.size() == 2) {
             toGrey->ProcessData(mask);
             return mask;
@@ -105,23 +105,23 @@ private:
         return mask;
     }
 
-    void CleanColors(IDataVideo& picture, intrusive_ptr<IData> const& mask) const {
-        intrusive_ptr<IData> sure = AsVideo(mask).MakeCopy(CopyMode::Share);
+    void CleanColors(IDataVideo& picture, DataHandle const& mask) const {
+        DataHandle sure = AsVideo(mask).MakeCopy(CopyMode::Share);
         Erode(sure, settings.GetFringe());
         sure = AsVideo(sure).MakeCopy(CopyMode::Independent);
         KeepTheSure(AsVideo(sure).GetMutablePlane(0));
         VideoHandle const clean = picture.MakeCopy(CopyMode::Independent);
-        Kernels::FillHoles(clean->GetMutablePlane(0), 4, std::as_const(AsVideo(sure)).GetPlane(0));
-        MixColors(std::as_const(*clean).GetPlane(0), picture.GetMutablePlane(0),
+        Kernels::FillHoles(clean->GetMutablePlane(0), 4, AsVideo(sure).GetPlane(0));
+        MixColors(clean->GetPlane(0), picture.GetMutablePlane(0),
                   static_cast<int>(std::lround(settings.GetStrength() * 2.56)));
     }
 
-    void Erode(intrusive_ptr<IData>& mask, int radius) const {
+    void Erode(DataHandle& mask, int radius) const {
         if (radius == 0) return;
         RunWith(*erosion, SettingsEffectMorphology(SettingsEffectMorphology::ERODE, radius), mask);
     }
 
-    void Soften(intrusive_ptr<IData>& mask) const {
+    void Soften(DataHandle& mask) const {
         if (settings.GetFeather() == 0) return;
         RunWith(*blur,
                 SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN)

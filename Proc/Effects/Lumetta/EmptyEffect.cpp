@@ -8,7 +8,7 @@ class EmptyEffect : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffe
 public:
     using EffectBaseOneInput::EffectBaseOneInput;
 
-    void ProcessInternal(intrusive_ptr<IData>& /*data*/) override {}
+    void ProcessInternal(DataHandle& /*data*/) override {}
 };
 
 VELNOR_EFFECT(SettingsEffectEmpty, OneInput, EmptyEffect)

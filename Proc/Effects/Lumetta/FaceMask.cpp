@@ -50,7 +50,7 @@ public:
     FaceMask(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext), finder(MakeOneInput(SettingsEffectFaceDetector())) {}
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         std::vector<Face> const faces = finder.Find(data, GetInstanceName());
         FrameFormat const frame = data->GetFrameFormat();
         VideoHandle const mask = MakeEmpty(frame);
@@ -88,8 +88,8 @@ private:
         Draw(*whole, face, true, false, false, false);
         Draw(*parts, face, false, true, true, true);
         MutablePlane const target = mask.GetMutablePlane(0);
-        ConstPlane const wholePlane = std::as_const(*whole).GetPlane(0);
-        ConstPlane const partsPlane = std::as_const(*parts).GetPlane(0);
+        ConstPlane const wholePlane = whole->GetPlane(0);
+        ConstPlane const partsPlane = parts->GetPlane(0);
         for (std::uint64_t y = 0; y < target.GetHeight(); ++y) {
             unsigned char* const row = target.GetRow(y);
             unsigned char const* const inside = wholePlane.GetRow(y);

@@ -82,7 +82,7 @@ public:
         settings = next;
     }
 
-    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+    void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         warning.clear();
         if (segmentation == nullptr)
             VELNOR_THROW(EffectException, "The cut-out has no settings yet; they decide how it is done.");
@@ -94,7 +94,7 @@ public:
             return;
         }
 
-        intrusive_ptr<IData> mask = AsVideo(first).MakeCopy(CopyMode::Value);
+        DataHandle mask = AsVideo(first).MakeCopy(CopyMode::Value);
         segmentation->ProcessData(mask, second);
         if (GetProgress().controller->IsStopRequested()) {
             first = mask; // The bare cut, or the picture when the segmentation stopped too.
@@ -116,8 +116,8 @@ private:
     Byte GetForeground() const { return static_cast<Byte>(settings.GetForeground()); }
 
     /// The alpha value in the place of the cut's, where the picture shows anything.
-    void TakeAlpha(IDataVideo& mask, intrusive_ptr<IData> const& picture) const {
-        intrusive_ptr<IData> alpha = AsVideo(picture).MakeCopy(CopyMode::Value);
+    void TakeAlpha(IDataVideo& mask, DataHandle const& picture) const {
+        DataHandle alpha = AsVideo(picture).MakeCopy(CopyMode::Value);
         alphaExtractor->ProcessData(alpha);
         if (alpha) {
             RequireOneByteAPixel(AsVideo(alpha), "The picture's alpha is");
@@ -135,7 +135,7 @@ private:
         }
     }
 
-    intrusive_ptr<IData> Smooth(intrusive_ptr<IData> const& mask) const {
+    DataHandle Smooth(DataHandle const& mask) const {
         auto const border = static_cast<std::uint32_t>(settings.GetSmooth());
         FrameFormat const frame = mask->GetFrameFormat();
         FrameFormat larger = frame;
@@ -144,12 +144,12 @@ private:
         VideoHandle const framed = context->CreateImage(PixFmt::GRAY8, larger);
         framed->Fill(Color::Black(Color::Opacity::Opaque));
         CopyDataVideo(ConstVideoHandle(&AsVideo(mask)), framed, settings.GetSmooth(), settings.GetSmooth());
-        intrusive_ptr<IData> smooth = framed;
+        DataHandle smooth = framed;
         morphology->ProcessData(smooth);
         // A picture of its own, without the border's memory around it.
         VideoHandle const result = context->CreateImage(PixFmt::GRAY8, frame);
         VideoHandle const cut = AsVideo(smooth).MakePart({border, border, frame.width, frame.height});
-        CopyPlane(std::as_const(*cut).GetPlane(0), result->GetMutablePlane(0));
+        CopyPlane(cut->GetPlane(0), result->GetMutablePlane(0));
         result->CopyAttributes(*mask);
         return result;
     }

@@ -27,9 +27,9 @@ public:
         return formats;
     }
 
-    void ProcessInternalColor(intrusive_ptr<IData>& data) override {
+    void ProcessInternalColor(DataHandle& data) override {
         VideoHandle const result = context->CreateImage(PixFmt::PAL8, data->GetFrameFormat());
-        CopyPlane(std::as_const(AsVideo(data)).GetPlane(0), result->GetMutablePlane(0));
+        CopyPlane(AsVideo(data).GetPlane(0), result->GetMutablePlane(0));
         CopyPlane(ConstPlane(table.data(), static_cast<std::int64_t>(table.size()), table.size(), 1),
                   result->GetMutablePlane(1));
         data = result;

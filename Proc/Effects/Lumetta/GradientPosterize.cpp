@@ -35,7 +35,7 @@ public:
         return formats;
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         // A copy, which costs nothing until it is written: a posterize effect that works in place must not touch the
         // picture itself.
         DataHandle const palette = Classify(AsVideo(data).MakeCopy(CopyMode::Value));
@@ -44,7 +44,7 @@ public:
             VELNOR_THROW(EffectException, "The posterize effect gave a picture of another kind than the palette "
                                           "picture of the input's size that was asked for.");
         PixFmtDescription const& format = picture.GetDescription();
-        Kernels::ChromaClasses const planes{std::as_const(AsVideo(palette)).GetPlane(0), picture.GetMutablePlane(1),
+        Kernels::ChromaClasses const planes{AsVideo(palette).GetPlane(0), picture.GetMutablePlane(1),
                                             picture.GetMutablePlane(2), format.chromaShiftX, format.chromaShiftY};
         std::vector<Kernels::ChromaSum> sums(settings.GetColorCount());
         Kernels::AddChroma(planes, sums);

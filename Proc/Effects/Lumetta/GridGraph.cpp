@@ -44,7 +44,7 @@ class GridGraph : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEffect
 public:
     using EffectBaseTwoInput::EffectBaseTwoInput;
 
-    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+    void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         auto const total = GetProgress().controller;
         total->SetRange(100);
         total->SetPosition(0);
@@ -71,7 +71,7 @@ private:
     static constexpr std::uint64_t CAPACITY_UNITS = 66;
 
     /// Sets nothing when a stop is requested meanwhile.
-    void SetCapacities(GridGraphSolver& solver, intrusive_ptr<IData> const& picture, IDataVideo const& strokes) {
+    void SetCapacities(GridGraphSolver& solver, DataHandle const& picture, IDataVideo const& strokes) {
         Kernels::ColourBytes const bytes = ReadImage(picture);
         Kernels::SimilarityTable const table(bytes.count);
         ConstPlane const pixels = AsVideo(image).GetPlane(0);
@@ -96,29 +96,29 @@ private:
     }
 
     /// Refers to the picture, or to a grey copy of it when its format is not one that is read as it is.
-    Kernels::ColourBytes ReadImage(intrusive_ptr<IData> const& picture) {
+    Kernels::ColourBytes ReadImage(DataHandle const& picture) {
         if (auto const bytes = Kernels::ColourBytes::Find(picture->GetPixFmt())) {
             image = picture;
             return *bytes;
         }
         if (!converter) converter = MakeOneInput(SettingsColorspaceConverter(PixFmt::GRAY8, true));
-        intrusive_ptr<IData> grey = AsVideo(picture).MakeCopy(CopyMode::Share);
+        DataHandle grey = AsVideo(picture).MakeCopy(CopyMode::Share);
         converter->ProcessData(grey);
         image = grey;
         return {};
     }
 
-    intrusive_ptr<IData> MakeResult(GridGraphSolver& solver, FrameFormat const& frame) const {
+    DataHandle MakeResult(GridGraphSolver& solver, FrameFormat const& frame) const {
         auto const foreground = static_cast<std::uint8_t>(settings.GetForeground());
         auto const background = static_cast<std::uint8_t>(settings.GetBackground());
-        intrusive_ptr<IDataVideo> const result = context->CreateImage(PixFmt::GRAY8, frame);
+        VideoHandle const result = context->CreateImage(PixFmt::GRAY8, frame);
         MutablePlane const plane = result->GetMutablePlane(0);
         solver.GetTeam().RunRows(frame.height,
                                  [&](std::uint32_t y) { solver.WriteRow(y, background, foreground, plane.GetRow(y)); });
         return result;
     }
 
-    intrusive_ptr<IData const> image; ///< What the capacities were last read from.
+    ConstDataHandle image; ///< What the capacities were last read from.
     intrusive_ptr<IOneInputEffectVideo> converter;
 };
 

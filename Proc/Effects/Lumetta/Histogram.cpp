@@ -53,8 +53,8 @@ public:
           drawConverter(MakeOneInput(SettingsColorspaceConverter(Kernels::PackedRgbFormats(), true))),
           backConverter(MakeOneInput(SettingsColorspaceConverter())) {}
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
-        intrusive_ptr<IData> counted = AsVideo(data).MakeCopy(CopyMode::Share);
+    void ProcessInternal(DataHandle& data) override {
+        DataHandle counted = AsVideo(data).MakeCopy(CopyMode::Share);
         countConverter->ProcessData(counted);
         FrameInfo const info = GetFrameInfo(AsVideo(counted));
         counted.reset(); // so that drawing need not duplicate the samples
@@ -85,7 +85,7 @@ private:
         }
     }
 
-    void Draw(intrusive_ptr<IData>& data, FrameInfo const& info) {
+    void Draw(DataHandle& data, FrameInfo const& info) {
         PixFmt const format = data->GetPixFmt();
         backConverter->SetSettings(SettingsColorspaceConverter(format, true));
         drawConverter->ProcessData(data);

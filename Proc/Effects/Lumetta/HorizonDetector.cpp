@@ -21,8 +21,8 @@ public:
         settings.SetBypassed(next.IsBypassed());
     }
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
-        intrusive_ptr<IData> seen = AsVideo(data).MakeCopy(CopyMode::Value); // The picture itself passes untouched.
+    void ProcessInternal(DataHandle& data) override {
+        DataHandle seen = AsVideo(data).MakeCopy(CopyMode::Value); // The picture itself passes untouched.
         predictor->ProcessData(seen);
         auto const& prediction = dynamic_cast<SettingsEffectNeuralPredict const&>(predictor->GetSettingsBase());
         std::vector<float> const& scores = prediction.GetResult();

@@ -11,7 +11,7 @@ public:
     Implode(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseOneInput(effectFactory, effectContext), remapper(MakeOneInput(SettingsEffectRemapping())) {}
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         FrameFormat const& frame = data->GetFrameFormat();
         RunWith(*remapper, SettingsEffectRemapping(Kernels::ImplodeMap(frame.width, frame.height, GetAmount())), data);
     }

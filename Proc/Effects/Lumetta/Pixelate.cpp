@@ -21,7 +21,7 @@ public:
         EffectBaseOneInput::ResetSettings();
     }
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         FrameFormat const frame = data->GetFrameFormat();
         Configure(frame);
         downscaler->ProcessData(data);

@@ -74,18 +74,18 @@ public:
         EffectBaseTwoInput::ResetSettings();
     }
 
-    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+    void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         FrameFormat const frame = first->GetFrameFormat();
         FrameFormat const maskFrame = second->GetFrameFormat();
         if (frame.width != maskFrame.width || frame.height != maskFrame.height)
             VELNOR_THROW(EffectException, "The mask is " + Describe(maskFrame) + " pixels, the picture " +
                                               Describe(frame) + ": they must be of one size.");
         MakeFactors();
-        intrusive_ptr<IData> const mask = MakeMask(AsVideo(second));
+        DataHandle const mask = MakeMask(AsVideo(second));
         PixFmt const format = first->GetPixFmt();
         backConverter->SetSettings(SettingsColorspaceConverter(format, true));
         workConverter->ProcessData(first);
-        Expose(AsVideo(first), AsVideo(ConstDataHandle(mask)).GetPlane(0));
+        Expose(AsVideo(first), AsVideo(mask).GetPlane(0));
         if (first->GetPixFmt() != format) backConverter->ProcessData(first);
     }
 
@@ -100,8 +100,8 @@ private:
         factors = std::move(made);
     }
 
-    intrusive_ptr<IData> MakeMask(IDataVideo const& given) {
-        intrusive_ptr<IData> mask = given.MakeCopy(CopyMode::Share);
+    DataHandle MakeMask(IDataVideo const& given) {
+        DataHandle mask = given.MakeCopy(CopyMode::Share);
         maskConverter->ProcessData(mask);
         FrameFormat const frame = mask->GetFrameFormat();
         double const percent = settings.GetFeather();

@@ -23,7 +23,7 @@
 namespace Velnor::Proc {
 namespace {
 
-using Pictures = std::vector<intrusive_ptr<IData>>;
+using Pictures = std::vector<DataHandle>;
 using Byte = unsigned char;
 using Kernels::FaceBox;
 using Kernels::Stroke;
@@ -32,7 +32,7 @@ std::string Describe(FrameFormat const& frame) {
     return std::to_string(frame.width) + " x " + std::to_string(frame.height);
 }
 
-ConstPlane Read(intrusive_ptr<IData> const& picture) { return std::as_const(AsVideo(picture)).GetPlane(0); }
+ConstPlane Read(DataHandle const& picture) { return AsVideo(picture).GetPlane(0); }
 
 /// Every stroke of the large picture, however thin, shows in the small one.
 void ShrinkStrokes(ConstPlane const& large, MutablePlane const& small, Byte subject, Byte background) {
@@ -86,15 +86,15 @@ public:
           resizer(MakeOneInput(SettingsResizer())),
           segmentation(MakeTwoInput(SettingsEffectGrabCutSegmentation())) {}
 
-    intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
+    DataHandle ProcessInternal(Pictures const& inputs) override {
         bool const hasPicture = settings.GetResult() == SettingsEffectRemoveBackground::PICTURE;
         RequireInputs(inputs, hasPicture ? 1 : 0);
         bool const hasStrokes = inputs.size() == (hasPicture ? 3 : 2);
 
-        intrusive_ptr<IData> work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
+        DataHandle work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
         toRgba->ProcessData(work);
         CoverClearPixels(AsVideo(work));
-        intrusive_ptr<IData> const subject = CutOut(work, hasStrokes ? inputs[1] : nullptr);
+        DataHandle const subject = CutOut(work, hasStrokes ? inputs[1] : nullptr);
         work.reset();
         subject->CopyAttributes(*inputs[0]);
         if (settings.GetResult() == SettingsEffectRemoveBackground::CLEAR) return subject;
@@ -122,13 +122,13 @@ private:
                                               Describe(frame) + ": they must be of one size.");
     }
 
-    intrusive_ptr<IData> CutOut(intrusive_ptr<IData> const& rgba, intrusive_ptr<IData> const& given) {
-        intrusive_ptr<IData> const small = Shrink(rgba, CUT_SIDE);
-        intrusive_ptr<IData> const strokes = given ? TakeStrokes(given, small) : FindStrokes(small);
+    DataHandle CutOut(DataHandle const& rgba, DataHandle const& given) {
+        DataHandle const small = Shrink(rgba, CUT_SIDE);
+        DataHandle const strokes = given ? TakeStrokes(given, small) : FindStrokes(small);
         FrameFormat const frame = rgba->GetFrameFormat();
         VideoHandle const mask = context->CreateImage(PixFmt::GRAY8, frame);
         if (Contains(Read(strokes), SUBJECT) && Contains(Read(strokes), BACKGROUND)) {
-            intrusive_ptr<IData> cut = AsVideo(small).MakeCopy(CopyMode::Share);
+            DataHandle cut = AsVideo(small).MakeCopy(CopyMode::Share);
             segmentation->ProcessData(cut, strokes);
             FrameFormat const size = small->GetFrameFormat();
             double const radius = settings.GetDetail() / 100 * std::max(size.width, size.height);
@@ -142,8 +142,8 @@ private:
         return CleanEdge(rgba, mask);
     }
 
-    intrusive_ptr<IData> Shrink(intrusive_ptr<IData> const& picture, std::uint32_t side) const {
-        intrusive_ptr<IData> small = AsVideo(picture).MakeCopy(CopyMode::Share);
+    DataHandle Shrink(DataHandle const& picture, std::uint32_t side) const {
+        DataHandle small = AsVideo(picture).MakeCopy(CopyMode::Share);
         FrameFormat const frame = picture->GetFrameFormat();
         if (std::max(frame.width, frame.height) > side) {
             RunWith(*resizer,
@@ -158,19 +158,19 @@ private:
         return small;
     }
 
-    VideoHandle MakeStrokes(intrusive_ptr<IData> const& small) const {
+    VideoHandle MakeStrokes(DataHandle const& small) const {
         VideoHandle const strokes = context->CreateImage(PixFmt::GRAY8, small->GetFrameFormat());
         strokes->Fill(Color::Black(Color::Opacity::Opaque));
         return strokes;
     }
 
-    intrusive_ptr<IData> TakeStrokes(intrusive_ptr<IData> const& given, intrusive_ptr<IData> const& small) const {
+    DataHandle TakeStrokes(DataHandle const& given, DataHandle const& small) const {
         auto const subject = static_cast<Byte>(settings.GetForeground());
         auto const background = static_cast<Byte>(settings.GetBackground());
         if (subject == background)
             VELNOR_THROW(EffectException, "The settings foreground and background are both " + std::to_string(subject) +
                                               "; strokes of two values are needed.");
-        intrusive_ptr<IData> large = AsVideo(given).MakeCopy(CopyMode::Share);
+        DataHandle large = AsVideo(given).MakeCopy(CopyMode::Share);
         toGrey->ProcessData(large);
         if (!Contains(Read(large), subject) || !Contains(Read(large), background))
             VELNOR_THROW(EffectException, "The strokes picture needs strokes on the subject (value " +
@@ -185,8 +185,8 @@ private:
         return strokes;
     }
 
-    intrusive_ptr<IData> FindStrokes(intrusive_ptr<IData> const& small) {
-        intrusive_ptr<IData> const tiny = Shrink(small, LOOK_SIDE);
+    DataHandle FindStrokes(DataHandle const& small) {
+        DataHandle const tiny = Shrink(small, LOOK_SIDE);
         FrameFormat const size = tiny->GetFrameFormat();
         std::vector<FaceBox> const faces =
             FindFaces(small, static_cast<float>(size.width) / static_cast<float>(small->GetFrameFormat().width));
@@ -204,7 +204,7 @@ private:
     }
 
     /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large.
-    std::vector<FaceBox> FindFaces(intrusive_ptr<IData> const& small, float scale) {
+    std::vector<FaceBox> FindFaces(DataHandle const& small, float scale) {
         if (!faceDetector) faceDetector = MakeOneInput(SettingsEffectFaceDetector());
         std::vector<FaceBox> boxes;
         for (Face const& face : FaceFinder(faceDetector).Find(small, GetInstanceName()))
@@ -213,7 +213,7 @@ private:
         return boxes;
     }
 
-    intrusive_ptr<IData> CleanEdge(intrusive_ptr<IData> const& rgba, VideoHandle const& mask) {
+    DataHandle CleanEdge(DataHandle const& rgba, VideoHandle const& mask) {
         // A part of this effect: the contract has no operation to ask the host's factory for one of its kind.
         if (!edgeRemove) edgeRemove = CreateEdgeRemove(factory, context);
         edgeRemove->SetSettings(
@@ -221,11 +221,11 @@ private:
         return edgeRemove->ProcessData({rgba, mask});
     }
 
-    intrusive_ptr<IData> Compose(intrusive_ptr<IData> const& subject, intrusive_ptr<IData> const& given) const {
+    DataHandle Compose(DataHandle const& subject, DataHandle const& given) const {
         FrameFormat const frame = subject->GetFrameFormat();
         VideoHandle result;
         if (given) {
-            intrusive_ptr<IData> scene = AsVideo(given).MakeCopy(CopyMode::Share);
+            DataHandle scene = AsVideo(given).MakeCopy(CopyMode::Share);
             toRgb->ProcessData(scene);
             RunWith(
                 *resizer,

@@ -103,7 +103,7 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         if (!cube) cube.emplace(FINE_STEP, ChromaChange(settings));
         cube->Apply(AsVideo(data).GetMutablePlane(0), Kernels::PackedRgb(data->GetPixFmt()));
     }

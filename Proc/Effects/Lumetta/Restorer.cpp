@@ -41,8 +41,8 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
-        intrusive_ptr<IData> result = AsVideo(data).MakeCopy(CopyMode::Independent);
+    void ProcessInternalCSC(DataHandle& data) override {
+        DataHandle result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(AsVideo(result));
         if (settings.GetScratches() > 0) RemoveScratches(result);
         if (settings.GetDenoise() > 0) Denoise(result);
@@ -51,22 +51,22 @@ public:
     }
 
 private:
-    void RemoveScratches(intrusive_ptr<IData>& picture) {
-        intrusive_ptr<IData> luma = AsVideo(picture).MakeCopy(CopyMode::Share);
+    void RemoveScratches(DataHandle& picture) {
+        DataHandle luma = AsVideo(picture).MakeCopy(CopyMode::Share);
         toGrey->ProcessData(luma);
-        intrusive_ptr<IData> const closed = Filter(luma, SettingsEffectMorphology::CLOSE, settings.GetWidth());
-        intrusive_ptr<IData> thin = Filter(luma, SettingsEffectMorphology::OPEN, settings.GetWidth());
+        DataHandle const closed = Filter(luma, SettingsEffectMorphology::CLOSE, settings.GetWidth());
+        DataHandle thin = Filter(luma, SettingsEffectMorphology::OPEN, settings.GetWidth());
         MutablePlane const mask = AsVideo(thin).GetMutablePlane(0);
         Compare(Read(luma), Read(closed), mask);
         // From 60 levels at 1 % down to 10 at 100 %.
         Kernels::MarkDamage(mask, 60 - settings.GetScratches() / 2);
-        intrusive_ptr<IData> const sound = Filter(thin, SettingsEffectMorphology::ERODE, 1);
+        DataHandle const sound = Filter(thin, SettingsEffectMorphology::ERODE, 1);
         MutablePlane const pixels = AsVideo(picture).GetMutablePlane(0);
         Kernels::FillHoles(pixels, Kernels::PackedRgb(picture->GetPixFmt()).pixelBytes, Read(sound),
                            FindClearAlpha(AsVideo(picture)));
     }
 
-    void Denoise(intrusive_ptr<IData>& picture) {
+    void Denoise(DataHandle& picture) {
         RunWith(*smoother,
                 SettingsEffectSmartBlur()
                     .SetLumaRadius(10)
@@ -76,18 +76,17 @@ private:
                 picture);
     }
 
-    void RecoverColor(intrusive_ptr<IData>& picture) {
+    void RecoverColor(DataHandle& picture) {
         RunWith(*balance, SettingsEffectColorBalanceAuto().SetWhiteBalance(true), picture);
     }
 
-    intrusive_ptr<IData> Filter(intrusive_ptr<IData> const& grey, SettingsEffectMorphology::Operation operation,
-                                int radius) {
-        intrusive_ptr<IData> result = AsVideo(grey).MakeCopy(CopyMode::Share);
+    DataHandle Filter(DataHandle const& grey, SettingsEffectMorphology::Operation operation, int radius) {
+        DataHandle result = AsVideo(grey).MakeCopy(CopyMode::Share);
         RunWith(*morphology, SettingsEffectMorphology(operation, radius), result);
         return result;
     }
 
-    static ConstPlane Read(intrusive_ptr<IData> const& picture) { return std::as_const(AsVideo(picture)).GetPlane(0); }
+    static ConstPlane Read(DataHandle const& picture) { return AsVideo(picture).GetPlane(0); }
 
     intrusive_ptr<IOneInputEffectVideo> morphology;
     intrusive_ptr<IOneInputEffectVideo> smoother;

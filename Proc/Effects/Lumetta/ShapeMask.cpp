@@ -37,7 +37,7 @@ class ShapeMask : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffect
 public:
     using EffectBaseOneInput::EffectBaseOneInput;
 
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         VideoHandle const mask = context->CreateImage(PixFmt::GRAY8, frame);
         Kernels::DrawShape(mask->GetMutablePlane(0), MakeShape(settings, frame));

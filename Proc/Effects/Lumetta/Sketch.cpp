@@ -25,18 +25,18 @@ public:
         return formats;
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         FrameFormat const frame = AsVideo(data).GetFrameFormat();
         double const breadth = settings.GetPencil() / 100 * std::min(frame.width, frame.height);
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         CoverClearPixels(*result);
-        intrusive_ptr<IData> tone = result->MakeCopy(CopyMode::Share);
+        DataHandle tone = result->MakeCopy(CopyMode::Share);
         toGrey->ProcessData(tone);
         RunWith(*blur, SettingsEffectBlur(SettingsEffectBlur::GAUSSIAN).SetDevX(breadth).SetDevY(breadth), tone);
 
         Kernels::Pencil const pencil{settings.GetStrength() / 100, settings.GetDarkness() / 100,
                                      settings.GetHatching() / 100, settings.GetPaper() / 100, breadth};
-        Kernels::DrawPencil(std::as_const(AsVideo(tone)).GetPlane(0), result->GetMutablePlane(0), pencil);
+        Kernels::DrawPencil(AsVideo(tone).GetPlane(0), result->GetMutablePlane(0), pencil);
         if (result->GetPixFmt() != PixFmt::GRAY8) ReduceColor(*result);
         data = result;
     }

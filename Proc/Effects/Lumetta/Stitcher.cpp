@@ -19,7 +19,7 @@
 namespace Velnor::Proc {
 namespace {
 
-using Pictures = std::vector<intrusive_ptr<IData>>;
+using Pictures = std::vector<DataHandle>;
 
 /// One plane of a patch, at its place in the result's plane, in sample groups.
 struct PlacedPlane {
@@ -97,9 +97,9 @@ void BlendPlane(std::vector<PlacedPlane> patches, MutablePlane const& target, st
 }
 
 bool HaveOnePalette(Pictures const& patches) {
-    unsigned char const* const first = std::as_const(AsVideo(patches.front())).GetPlane(1).GetRow(0);
+    unsigned char const* const first = AsVideo(patches.front()).GetPlane(1).GetRow(0);
     return std::ranges::all_of(patches, [first](auto const& patch) {
-        ConstPlane const palette = std::as_const(AsVideo(patch)).GetPlane(1);
+        ConstPlane const palette = AsVideo(patch).GetPlane(1);
         return std::equal(first, first + palette.GetWidth(), palette.GetRow(0));
     });
 }
@@ -138,7 +138,7 @@ public:
         : EffectBaseVarInput(effectFactory, effectContext),
           toRgba(MakeOneInput(SettingsColorspaceConverter(PixFmt::RGBA, true))) {}
 
-    intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
+    DataHandle ProcessInternal(Pictures const& inputs) override {
         if (inputs.empty()) VELNOR_THROW(EffectException, "Pictures to put together are needed, none is given.");
         for (auto const& input : inputs) RequirePicture(input.get());
         return ArePatches(inputs) ? StitchPatches(inputs) : JoinPhotographs(inputs);
@@ -153,17 +153,17 @@ private:
         return isGridSet || inputs.size() == 1 || std::ranges::any_of(inputs, HasPlace);
     }
 
-    static bool HasPlace(intrusive_ptr<IData> const& patch) {
+    static bool HasPlace(DataHandle const& patch) {
         Rectangle const place = AsVideo(patch).GetRectangle();
         return place.x != 0 || place.y != 0;
     }
 
-    intrusive_ptr<IData> JoinPhotographs(Pictures const& inputs) {
+    DataHandle JoinPhotographs(Pictures const& inputs) {
         if (!panorama) panorama = MakeVarInput(SettingsEffectPanorama());
         return panorama->Process(inputs);
     }
 
-    intrusive_ptr<IData> StitchPatches(Pictures const& inputs) const {
+    DataHandle StitchPatches(Pictures const& inputs) const {
         RequireOneFormat(inputs);
         // The places are read first: a converted patch is a picture of its own.
         std::vector<Rectangle> const places = FindPlaces(inputs);
@@ -242,7 +242,7 @@ private:
                 Place(patches, places, layout, [plane](IDataVideo const& patch) { return patch.GetPlane(plane); }),
                 result.GetMutablePlane(plane), layout.bytes, isPalette);
         }
-        if (isPalette) CopyPlane(std::as_const(AsVideo(patches.front())).GetPlane(1), result.GetMutablePlane(1));
+        if (isPalette) CopyPlane(AsVideo(patches.front()).GetPlane(1), result.GetMutablePlane(1));
     }
 
     /// When each patch has one.

@@ -7,6 +7,7 @@
 //
 // New settings reach no sub-effect by themselves: they make mask and blur stale, and the next picture configures both.
 #include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/MaskLayer.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
@@ -37,7 +38,7 @@ public:
     }
 
     void ResetSettings() override {
-        mask = nullptr;
+        layer.mask = nullptr;
         isBlurConfigured = false;
         EffectBaseOneInput::ResetSettings();
     }
@@ -70,9 +71,8 @@ private:
     }
 
     DataHandle AddOpacity(DataHandle work) {
-        alphaInserter->ProcessData(work, mask);
-        AsVideo(work).SetPlane(0, AsVideo(ConstDataHandle(mask)).GetPlane(0));
-        AsVideo(work).SetPlane(1, AsVideo(ConstDataHandle(maskAlpha)).GetPlane(0));
+        alphaInserter->ProcessData(work, layer.mask);
+        layer.AttachTo(AsVideo(work));
         return work;
     }
 
@@ -92,8 +92,8 @@ private:
     /// is a mask: it goes before they change.
     bool ConfigureResizers(FrameFormat const& frame) {
         if (frame.width <= 4) return false;
-        if (mask && mask->GetFrameFormat() == frame) return true;
-        mask = nullptr;
+        if (layer.IsOf(frame)) return true;
+        layer.mask = nullptr;
         SettingsResizer resize;
         resize.SetMode(SettingsResizer::TO_FRAME);
         resize.SetFitting(SettingsResizer::INSIDE);
@@ -117,24 +117,17 @@ private:
     }
 
     void UpdateMask(DataHandle const& data) {
-        if (mask && mask->GetFrameFormat() == data->GetFrameFormat()) return;
-        mask = maskAlpha = nullptr;
-        shapeMask->SetSettings(settings.GetShapeMask());
-        DataHandle made = AsVideo(data).MakeCopy(CopyMode::Share);
-        shapeMask->ProcessData(made);
-        mask = made;
+        if (!layer.IsOf(data->GetFrameFormat())) layer.Draw(*shapeMask, settings.GetShapeMask(), data);
     }
 
     void UpdateMaskAlpha(PixFmt format) {
         using AlphaSettings = SettingsEffectExtraAlphaExtractor;
         bool const isSameFormat =
             dynamic_cast<AlphaSettings const&>(alphaExtractor->GetSettingsBase()).GetPixelFormat() == format;
-        if (maskAlpha && isSameFormat) return;
-        maskAlpha = nullptr;
-        DataHandle made = AsVideo(mask).MakeCopy(CopyMode::Share);
+        if (layer.chroma && isSameFormat) return;
+        layer.chroma = nullptr;
         if (!isSameFormat) alphaExtractor->SetSettings(AlphaSettings(format));
-        alphaExtractor->ProcessData(made);
-        maskAlpha = made;
+        layer.MakeChroma(*alphaExtractor);
     }
 
     intrusive_ptr<IOneInputEffectVideo> formatConverter;
@@ -145,8 +138,7 @@ private:
     intrusive_ptr<ITwoInputEffectVideo> alphaInserter;
     intrusive_ptr<IOneInputEffectVideo> downscaler;
     intrusive_ptr<IOneInputEffectVideo> upscaler;
-    DataHandle mask;
-    DataHandle maskAlpha;
+    MaskLayer layer;
     PixFmt lastFormat = PixFmt::NONE; ///< Pixel format that the converter is configured for.
     bool isBlurConfigured = false;
 };

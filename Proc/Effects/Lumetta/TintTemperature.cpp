@@ -26,7 +26,7 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalColor(intrusive_ptr<IData>& data) override {
+    void ProcessInternalColor(DataHandle& data) override {
         Kernels::PackedRgb const format(data->GetPixFmt());
         VideoHandle const result = AsVideo(data).MakeCopy(CopyMode::Independent);
         data = result; // Before it is written: nobody else may hold the samples, and then they need no copying.

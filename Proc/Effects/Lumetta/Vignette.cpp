@@ -6,6 +6,7 @@
 //     result = picture with the layer over it
 //
 #include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/MaskLayer.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
@@ -29,13 +30,13 @@ public:
 
     /// The reset hook cannot tell which settings change: a mask of the same shape is kept over it.
     void SetSettings(SettingsEffectVignette const& next) override {
-        DataHandle const kept = settings.GetShapeMask() == next.GetShapeMask() ? mask : nullptr;
+        DataHandle const kept = settings.GetShapeMask() == next.GetShapeMask() ? layer.mask : nullptr;
         EffectBaseOneInput::SetSettings(next);
-        mask = kept;
+        layer.mask = kept;
     }
 
     void ResetSettings() override {
-        mask = nullptr;
+        layer.mask = nullptr;
         EffectBaseOneInput::ResetSettings();
     }
 
@@ -53,32 +54,27 @@ private:
     // it made last: one that fails leaves nothing behind that the next picture would trust.
 
     void UpdateMask(DataHandle const& data) {
-        if (mask && mask->GetFrameFormat() == data->GetFrameFormat()) return;
-        mask = maskAlpha = colorLayer = nullptr;
-        shapeMask->SetSettings(settings.GetShapeMask());
-        DataHandle made = AsVideo(data).MakeCopy(CopyMode::Share);
-        shapeMask->ProcessData(made);
-        mask = made;
+        if (layer.IsOf(data->GetFrameFormat())) return;
+        colorLayer = nullptr;
+        layer.Draw(*shapeMask, settings.GetShapeMask(), data);
     }
 
     void UpdateMaskAlpha(PixFmt format) {
-        if (maskAlpha && format == layerFormat) return;
-        maskAlpha = colorLayer = nullptr;
-        DataHandle made = AsVideo(mask).MakeCopy(CopyMode::Share);
-        RunWith(*alphaExtractor, SettingsEffectExtraAlphaExtractor(format), made);
-        maskAlpha = made;
+        if (layer.chroma && format == layerFormat) return;
+        layer.chroma = colorLayer = nullptr;
+        alphaExtractor->SetSettings(SettingsEffectExtraAlphaExtractor(format));
+        layer.MakeChroma(*alphaExtractor);
         layerFormat = format;
     }
 
     void UpdateColorLayer() {
         if (colorLayer && layerColor == settings.GetColor()) return;
         colorLayer = nullptr;
-        VideoHandle const filled = context->CreateImage(layerFormat, mask->GetFrameFormat());
+        VideoHandle const filled = context->CreateImage(layerFormat, layer.mask->GetFrameFormat());
         filled->Fill(settings.GetColor());
         DataHandle made = filled;
-        alphaInserter->ProcessData(made, mask);
-        AsVideo(made).SetPlane(0, AsVideo(ConstDataHandle(mask)).GetPlane(0));
-        AsVideo(made).SetPlane(1, AsVideo(ConstDataHandle(maskAlpha)).GetPlane(0));
+        alphaInserter->ProcessData(made, layer.mask);
+        layer.AttachTo(AsVideo(made));
         colorLayer = made;
         layerColor = settings.GetColor();
     }
@@ -88,10 +84,9 @@ private:
     intrusive_ptr<ITwoInputEffectVideo> blender;
     intrusive_ptr<IOneInputEffectVideo> alphaExtractor;
     intrusive_ptr<ITwoInputEffectVideo> alphaInserter;
-    DataHandle mask;
-    DataHandle maskAlpha;
+    MaskLayer layer;
     DataHandle colorLayer;
-    PixFmt layerFormat = PixFmt::NONE; ///< Pixel format that maskAlpha and colorLayer are for.
+    PixFmt layerFormat = PixFmt::NONE; ///< Pixel format that the layer's chroma and colorLayer are for.
     Color layerColor{0, 0, 0, 255};    ///< Colour of colorLayer.
 };
 

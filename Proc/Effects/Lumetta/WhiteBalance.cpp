@@ -31,7 +31,7 @@ public:
         return formats;
     }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         Color const reference = settings.GetReference();
         int const grey = (reference[0] + reference[1] + reference[2]) / 3;
         std::array<Kernels::Table, 3> tables;

@@ -90,7 +90,7 @@ private:
         FrameFormat const searched = grey->GetFrameFormat();
         std::vector<Face> faces;
         if (!detector) detector = GetDetector();
-        for (dlib::rectangle const& box : (*detector)(GreyView{AsVideo(ConstDataHandle(grey)).GetPlane(0)}))
+        for (dlib::rectangle const& box : (*detector)(GreyView{AsVideo(grey).GetPlane(0)}))
             faces.push_back(MakeFace(box, static_cast<double>(searched.width) / frame.width,
                                      static_cast<double>(searched.height) / frame.height));
         std::ranges::stable_sort(faces, std::greater(),
@@ -113,8 +113,7 @@ private:
         dlib::rectangle const box(inPart(face.left, place.x, scaleX), inPart(face.top, place.y, scaleY),
                                   inPart(face.left + face.width, place.x, scaleX) - 1,
                                   inPart(face.top + face.height, place.y, scaleY) - 1);
-        dlib::full_object_detection const found =
-            (*landmarks)(GreyView{AsVideo(ConstDataHandle(part)).GetPlane(0)}, box);
+        dlib::full_object_detection const found = (*landmarks)(GreyView{AsVideo(part).GetPlane(0)}, box);
         for (std::size_t i = 0; i < Face::LANDMARKS_COUNT; ++i) {
             dlib::point const point = found.part(i);
             // The middle of a reduced sample lies between those of the samples that it is the mean of.

@@ -46,8 +46,8 @@ template <class Effect, class LibraryError>
 class GuardedVarInput : public Effect {
 public:
     using Effect::Effect;
-    intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
-        intrusive_ptr<IData> result;
+    DataHandle ProcessInternal(std::vector<DataHandle> const& inputs) override {
+        DataHandle result;
         TranslateErrors<LibraryError>(Effect::LIBRARY, [&] { result = Effect::ProcessInternal(inputs); });
         return result;
     }

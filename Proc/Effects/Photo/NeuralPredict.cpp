@@ -86,7 +86,7 @@ public:
         RequireCells(settings);
         LoadNetwork();
         DataHandle const input = Shrink(AsVideo(ConstDataHandle(data)));
-        settings.SetResult(Predict(AsVideo(ConstDataHandle(input)).GetPlane(0)));
+        settings.SetResult(Predict(AsVideo(input).GetPlane(0)));
     }
 
 private:

@@ -23,7 +23,7 @@
 namespace Velnor::Proc {
 namespace {
 
-using Pictures = std::vector<intrusive_ptr<IData>>;
+using Pictures = std::vector<DataHandle>;
 
 constexpr std::uint64_t SEED = 0x4c756d65747461; ///< The same pictures make the same panorama.
 
@@ -103,7 +103,7 @@ public:
         : EffectBaseVarInput(effectFactory, effectContext, ImplNames::DEFAULT),
           converter(MakeOneInput(SettingsColorspaceConverter(PixFmt::BGR24, false))) {}
 
-    intrusive_ptr<IData> ProcessInternal(Pictures const& inputs) override {
+    DataHandle ProcessInternal(Pictures const& inputs) override {
         if (inputs.size() < 2)
             VELNOR_THROW(EffectException, "A panorama is made of two pictures or more, " +
                                               std::to_string(inputs.size()) +
@@ -116,7 +116,7 @@ public:
             converter->ProcessData(copies.back());
             views.push_back(ReadPlane(std::as_const(AsVideo(copies.back())), 0));
         }
-        intrusive_ptr<IData> const result = Join(views);
+        DataHandle const result = Join(views);
         result->CopyAttributes(*inputs[0]);
         return result;
     }
@@ -124,7 +124,7 @@ public:
 private:
     static constexpr std::uint32_t LEAST_SIDE = 32; ///< Of a picture in which features are looked for.
 
-    static void RequireSize(intrusive_ptr<IData> const& input, std::size_t number) {
+    static void RequireSize(DataHandle const& input, std::size_t number) {
         RequirePicture(input.get());
         FrameFormat const frame = input->GetFrameFormat();
         if (std::min(frame.width, frame.height) < LEAST_SIDE)
@@ -134,7 +134,7 @@ private:
                                               " or more.");
     }
 
-    intrusive_ptr<IData> Join(std::vector<cv::Mat> const& views) const {
+    DataHandle Join(std::vector<cv::Mat> const& views) const {
         cv::ocl::setUseOpenCL(false); // The result is that of any other machine.
         cv::theRNG().state = SEED;
         bool const isFlat = settings.GetMode() == SettingsEffectPanorama::SCANS;

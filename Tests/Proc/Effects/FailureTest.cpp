@@ -26,7 +26,7 @@ TEST(Failure, IsNoReasonToCopyAPictureThatNobodyElseHolds) {
         IEffectContext& context = *PluginHost().GetContext();
         DataHandle data = MakeNoise(context, format, 20, 10);
         DataHandle const second = MakeNoise(context, name == "AlphaInserter" ? PixFmt::GRAY8 : format, 20, 10);
-        auto const samplesOf = [](DataHandle const& picture) { return AsVideo(ConstDataHandle(picture)).GetPlane(0); };
+        auto const samplesOf = [](DataHandle const& picture) { return AsVideo(picture).GetPlane(0); };
         unsigned char const* const before = samplesOf(data).GetData();
         if (auto* const one = dynamic_cast<IOneInputEffect*>(effect.get()))
             one->ProcessData(data);

@@ -43,7 +43,7 @@ TEST(VirtualOrder, Data) {
 }
 
 TEST(VirtualOrder, Context) {
-    using Create = void (IEffectContext::*)(intrusive_ptr<IDataVideo>*, PixFmt, FrameFormat const&);
+    using Create = void (IEffectContext::*)(VideoHandle*, PixFmt, FrameFormat const&);
     Create const create = &IEffectContext::CreateImage;
     EXPECT_EQ(Position(&IEffectContext::GetMemoryUsed, 2, create), 6);
 }
@@ -69,8 +69,8 @@ TEST(VirtualOrder, Factory) {
 TEST(VirtualOrder, Effect) {
     // Counted from zero, the destructor being 0.
     auto const position = [](auto operation) { return Position(&IEffect::SetSettings, 1, operation); };
-    using Inputs = std::vector<intrusive_ptr<IData>> const&;
-    using Vector = intrusive_ptr<IData> (IEffect::*)(Inputs);
+    using Inputs = std::vector<DataHandle> const&;
+    using Vector = DataHandle (IEffect::*)(Inputs);
     using ProgressConst = TimeToProgress const& (IEffect::*)() const;
     using Progress = TimeToProgress& (IEffect::*)();
     EXPECT_EQ(position(&IEffect::Flush), 2);
@@ -83,8 +83,8 @@ TEST(VirtualOrder, Effect) {
     EXPECT_EQ(position(static_cast<Progress>(&IEffect::GetProgress)), 9);
     EXPECT_EQ(position(&IEffect::SetProgress), 10);
 
-    using One = void (IOneInputEffect::*)(intrusive_ptr<IData>&);
-    using Two = void (ITwoInputEffect::*)(intrusive_ptr<IData>&, intrusive_ptr<IData const> const&);
+    using One = void (IOneInputEffect::*)(DataHandle&);
+    using Two = void (ITwoInputEffect::*)(DataHandle&, ConstDataHandle const&);
     EXPECT_EQ(position(static_cast<One>(&IOneInputEffect::ProcessData)), 11);
     EXPECT_EQ(position(static_cast<Two>(&ITwoInputEffect::ProcessData)), 11);
     EXPECT_EQ(position(&IVarInputEffect::Process), 11);

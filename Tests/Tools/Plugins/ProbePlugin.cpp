@@ -36,7 +36,7 @@ VELNOR_DEFINE_SETTINGS(SettingsEffectMany)
 class Probe : public EffectBaseOneInput<IOneInputEffectVideo, SettingsEffectProbe> {
 public:
     using EffectBaseOneInput::EffectBaseOneInput;
-    void ProcessInternal(intrusive_ptr<IData>& data) override {
+    void ProcessInternal(DataHandle& data) override {
         int const first = *AsVideo(data).GetPlane(0).GetRow(0);
         if (first > settings.GetFailAbove()) VELNOR_THROW(EffectException, "The first sample is too large.");
         settings.SetFirstSample(first);
@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    void Grow(intrusive_ptr<IData>& data) const {
+    void Grow(DataHandle& data) const {
         auto const added = static_cast<std::uint32_t>(settings.GetGrow());
         FrameFormat frame = data->GetFrameFormat();
         frame.width += added;
@@ -65,7 +65,7 @@ private:
 class Second : public EffectBaseTwoInput<ITwoInputEffectVideo, SettingsEffectSecond> {
 public:
     using EffectBaseTwoInput::EffectBaseTwoInput;
-    void ProcessInternal(intrusive_ptr<IData>& first, intrusive_ptr<IData const> const& second) override {
+    void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
         first = AsVideo(second).MakeCopy(CopyMode::Value);
     }
 };
@@ -73,7 +73,7 @@ public:
 class Many : public EffectBaseVarInput<IVarInputEffectVideo, SettingsEffectMany> {
 public:
     using EffectBaseVarInput::EffectBaseVarInput;
-    intrusive_ptr<IData> ProcessInternal(std::vector<intrusive_ptr<IData>> const& inputs) override {
+    DataHandle ProcessInternal(std::vector<DataHandle> const& inputs) override {
         auto const result = context->CreateImage(PixFmt::RGBA, inputs.at(0)->GetFrameFormat());
         result->Fill(Color(0, static_cast<unsigned char>(inputs.size() - 1), 255, 128));
         return result;

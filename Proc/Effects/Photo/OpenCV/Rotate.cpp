@@ -107,7 +107,7 @@ public:
         VideoHandle const result = context->CreateImage(format.format, frame);
         for (unsigned char i = 0; i < format.planesCount; ++i) {
             cv::Mat target = ViewOf(result->GetMutablePlane(i), format.planes[i]);
-            cv::Scalar const fill = FillOf(std::as_const(*pixel).GetPlane(i));
+            cv::Scalar const fill = FillOf(pixel->GetPlane(i));
             if (quarters >= 0) {
                 TurnByQuarters(ReadPlane(picture, i), target, quarters, fill);
                 continue;

@@ -51,8 +51,7 @@ TEST_F(AlphaEffectsTest, OwnAlphaComesOutOfEveryFormatThatHasIt) {
         EXPECT_EQ(alpha->GetTimeStamp(), 5);
         for (std::uint32_t y = 0; y < 5; ++y)
             for (std::uint32_t x = 0; x < 131; ++x)
-                ASSERT_EQ(AsVideo(ConstDataHandle(alpha)).GetPlane(0).GetRow(y)[x], ReadColour(*picture, x, y).alpha)
-                    << format.name;
+                ASSERT_EQ(AsVideo(alpha).GetPlane(0).GetRow(y)[x], ReadColour(*picture, x, y).alpha) << format.name;
     }
     VideoHandle const masked = MakeNoise(context, PixFmt::RGB24, 3, 3);
     masked->SetPlane(0, MakeNoise(context, PixFmt::GRAY8, 3, 3)->GetPlane(0));

@@ -216,9 +216,9 @@ TEST_F(ColorspaceConverterTest, ReordersWithinAPictureThatNobodyElseHolds) {
             effect->SetSettings(SettingsColorspaceConverter(to, true));
             DataHandle alone = MakeBars(*context, from, width, 3);
             VideoHandle const kept = MakeBars(*context, from, width, 3);
-            unsigned char const* const samples = std::as_const(AsVideo(alone)).GetPlane(0).GetData();
+            unsigned char const* const samples = AsVideo(alone).GetPlane(0).GetData();
             converter->ProcessData(alone);
-            EXPECT_EQ(std::as_const(AsVideo(alone)).GetPlane(0).GetData(), samples);
+            EXPECT_EQ(AsVideo(alone).GetPlane(0).GetData(), samples);
             EXPECT_EQ(AsVideo(alone).GetPixFmt(), to);
 
             std::vector<unsigned char> const before = Samples(*kept);

@@ -75,7 +75,7 @@ TEST(RemapRows, AllSampleSizesReadNoByteTooManyAndInterpolateExactly) {
             for (bool const isBottomUp : {false, true}) {
                 FencedPicture const fenced(*MakeNoise(*context, formats[bytes - 1], width, height), isBottomUp);
                 VideoHandle const picture = fenced.Wrap(*context);
-                ConstPlane const plane = std::as_const(*picture).GetPlane(0);
+                ConstPlane const plane = picture->GetPlane(0);
                 std::vector<Place> places;
                 for (unsigned int i = 0; i < 203; ++i)
                     places.push_back(

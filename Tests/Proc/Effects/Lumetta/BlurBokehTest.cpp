@@ -47,7 +47,7 @@ protected:
         };
         recorder.twoInput[7] = [this](DataHandle& first, ConstDataHandle const& second) {
             blended = first->GetFrameFormat();
-            EXPECT_EQ(AsVideo(ConstDataHandle(first)).GetPlane(0).GetRow(0)[0], 40);
+            EXPECT_EQ(AsVideo(first).GetPlane(0).GetRow(0)[0], 40);
             EXPECT_EQ(AsVideo(second).GetPlane(0).GetRow(0)[0], 10);
             opacity = AsVideo(second).GetExtraAlpha(0).GetRow(0)[0];
             EXPECT_FALSE(AsVideo(second).GetExtraAlpha(1).IsEmpty());
@@ -57,7 +57,7 @@ protected:
     Calls Process(std::uint32_t width = 1000, std::uint32_t height = 700) {
         VideoHandle const input = MakeFlat(*context, PixFmt::RGB24, width, height, {10});
         DataHandle const result = effect->ProcessData(std::vector<DataHandle>{input});
-        EXPECT_EQ(std::as_const(*input).GetPlane(0).GetRow(0)[0], 10);
+        EXPECT_EQ(input->GetPlane(0).GetRow(0)[0], 10);
         EXPECT_TRUE(std::as_const(*input).GetExtraAlpha(0).IsEmpty());
         rectangle = AsVideo(result).GetRectangle();
         return recorder.Take();

@@ -60,7 +60,7 @@ struct EdgeRemoveTest : ::testing::Test {
     }
 
     static Pixel At(VideoHandle const& result, std::uint32_t x) {
-        unsigned char const* const pixel = std::as_const(*result).GetPlane(0).GetRow(SIDE / 2) + 4 * x;
+        unsigned char const* const pixel = result->GetPlane(0).GetRow(SIDE / 2) + 4 * x;
         return {pixel[0], pixel[1], pixel[2], pixel[3]};
     }
 };

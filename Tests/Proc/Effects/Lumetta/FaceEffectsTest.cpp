@@ -95,7 +95,7 @@ protected:
 };
 
 unsigned char At(DataHandle const& mask, std::uint64_t x, std::uint64_t y) {
-    return *AsVideo(ConstDataHandle(mask)).GetPlane(0).GetOffsetPtr(x, y);
+    return *AsVideo(mask).GetPlane(0).GetOffsetPtr(x, y);
 }
 
 TEST(EyeMap, GrowsAnIrisEvenlyAndEndsBetweenTheEyes) {
@@ -192,7 +192,7 @@ TEST_F(FaceEffects, DrawsInTheColourAndKeepsAlpha) {
     settings.SetLineWidth(1);
     VideoHandle const picture = Grey();
     DataHandle const result = Run(CreateDrawFace, 2, settings, picture);
-    ConstPlane const plane = AsVideo(ConstDataHandle(result)).GetPlane(0);
+    ConstPlane const plane = AsVideo(result).GetPlane(0);
     auto const pixel = [&](std::uint64_t x, std::uint64_t y) {
         unsigned char const* const bytes = plane.GetOffsetPtr(x, y);
         return Bytes(bytes, bytes + 4);
@@ -236,8 +236,8 @@ TEST(FaceEffectsOnAPortrait, ChangeTheFaceAlone) {
         auto const effect = host.GetFactory()->CreateOneInputEffect(id, ImplNames::VELNOR);
         DataHandle data = photo.picture->MakeCopy(CopyMode::Value);
         effect->ProcessData(data);
-        ConstPlane const before = std::as_const(*photo.picture).GetPlane(0);
-        ConstPlane const after = AsVideo(ConstDataHandle(data)).GetPlane(0);
+        ConstPlane const before = photo.picture->GetPlane(0);
+        ConstPlane const after = AsVideo(data).GetPlane(0);
         int changedInside = 0;
         int changedOutside = 0;
         for (std::uint64_t y = 0; y < after.GetHeight(); ++y)

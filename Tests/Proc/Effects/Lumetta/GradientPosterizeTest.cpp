@@ -95,8 +95,7 @@ TEST_F(GradientPosterizeTest, ChromaIsTheTruncatedMeanOfTheClassAtTheUpperLeftPi
                 }
             for (std::uint64_t y = 0; y < from.GetHeight(); ++y)
                 for (std::uint64_t x = 0; x < from.GetWidth(); ++x)
-                    ASSERT_EQ(std::as_const(*result).GetPlane(plane).GetRow(y)[x],
-                              sums[number(x, y)] / counts[number(x, y)])
+                    ASSERT_EQ(result->GetPlane(plane).GetRow(y)[x], sums[number(x, y)] / counts[number(x, y)])
                         << d.name << " plane " << int{plane};
         }
         std::size_t const lumaBytes = 19 * 9;

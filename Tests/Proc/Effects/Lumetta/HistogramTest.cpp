@@ -105,8 +105,7 @@ TEST(HistogramEffect, DrawsInsideItsPanelAndKeepsFormatAndAlpha) {
 TEST(HistogramKernels, AChromaSampleServesThePixelsItCovers) {
     HostRun run;
     VideoHandle const wide = MakeNoise(run.context, PixFmt::YUV420P, 7, 5);
-    auto const counts = Kernels::CountPlanar(
-        {std::as_const(*wide).GetPlane(0), std::as_const(*wide).GetPlane(1), std::as_const(*wide).GetPlane(2)}, 1, 1);
+    auto const counts = Kernels::CountPlanar({wide->GetPlane(0), wide->GetPlane(1), wide->GetPlane(2)}, 1, 1);
     std::array<Kernels::Histogram, 3> expected{};
     auto const level = [](double value) { return static_cast<std::size_t>(std::clamp(std::lround(value), 0L, 255L)); };
     for (std::uint32_t y = 0; y < 5; ++y)

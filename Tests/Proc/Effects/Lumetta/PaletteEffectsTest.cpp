@@ -33,8 +33,7 @@ struct PaletteEffectsTest : ::testing::Test {
     }
     static Kernels::ColorSpread SpreadOf(VideoHandle const& picture) {
         return Kernels::MeasureSpread(
-            Kernels::CountColors(std::as_const(*picture).GetPlane(0), Kernels::PackedRgb(picture->GetPixFmt()), false)
-                .colors);
+            Kernels::CountColors(picture->GetPlane(0), Kernels::PackedRgb(picture->GetPixFmt()), false).colors);
     }
     HostRun run;
 };
@@ -98,7 +97,7 @@ TEST_F(PaletteEffectsTest, TransparencyIsAnEntryOfThePaletteOrStaysAsItIs) {
     EXPECT_EQ(ReadColour(*reduced, 9, 3).alpha, 255);
     std::set<unsigned char> used;
     for (std::uint64_t y = 0; y < 8; ++y)
-        for (std::uint64_t x = 0; x < 16; ++x) used.insert(std::as_const(*reduced).GetPlane(0).GetRow(y)[x]);
+        for (std::uint64_t x = 0; x < 16; ++x) used.insert(reduced->GetPlane(0).GetRow(y)[x]);
     EXPECT_LE(used.size(), 4U);
     VideoHandle const same = run.Apply(Reduce(4, true, false), picture);
     ASSERT_EQ(same->GetPixFmt(), PixFmt::RGBA);

@@ -68,7 +68,7 @@ struct RemoveBackgroundTest : ::testing::Test, HostRun {
 
     static Pixel At(VideoHandle const& result, std::uint32_t x, std::uint32_t y) {
         std::uint64_t const bytes = result->GetDescription().planes[0].bytes;
-        unsigned char const* const pixel = std::as_const(*result).GetPlane(0).GetRow(y) + x * bytes;
+        unsigned char const* const pixel = result->GetPlane(0).GetRow(y) + x * bytes;
         return {pixel[0], pixel[1], pixel[2], bytes == 4 ? pixel[3] : 255};
     }
 

@@ -48,7 +48,7 @@ protected:
     }
 
     static int At(DataHandle const& picture, int x, int y) {
-        ConstPlane const plane = std::as_const(AsVideo(picture)).GetPlane(0);
+        ConstPlane const plane = AsVideo(picture).GetPlane(0);
         return plane.GetRow(static_cast<std::uint64_t>(y))[static_cast<std::uint64_t>(x) * plane.GetSampleBytes()];
     }
 
@@ -169,7 +169,7 @@ TEST_F(StyleEffectsTest, HatchingFollowsTheToneAndRepeatsNowhere) {
     VideoHandle const tone = MakeGrey(PixFmt::GRAY8, SIDE, SIDE, [](int, int y) {
         return y < 80 ? 220 : y < 160 ? 130 : 20;
     });
-    std::vector<unsigned char> const paper = Kernels::DrawHatching(std::as_const(*tone).GetPlane(0), 5);
+    std::vector<unsigned char> const paper = Kernels::DrawHatching(tone->GetPlane(0), 5);
     std::array<double, 3> ink{}; // Of each third.
     for (std::size_t i = 0; i < paper.size(); ++i)
         ink[i * 3 / paper.size()] += (255.0 - paper[i]) / (SIDE * SIDE / 3 * 255.0);
@@ -207,8 +207,7 @@ TEST_F(StyleEffectsTest, PanesAreSmallerWhereThereAreEdges) {
     auto const paint = [](int x, int y) { return x < 80 ? 120 : (x / 4 + y / 4) % 2 == 0 ? 40 : 210; };
     VideoHandle const picture = MakeGrey(PixFmt::RGB24, 160, 80, paint);
     for (double const awareness : {0.0, 1.0}) {
-        Kernels::GlassCells const cells =
-            Kernels::FindCells(std::as_const(*picture).GetPlane(0), 3, {20, awareness, 1});
+        Kernels::GlassCells const cells = Kernels::FindCells(picture->GetPlane(0), 3, {20, awareness, 1});
         std::set<std::uint32_t> plain, detailed;
         for (std::size_t i = 0; i < cells.labels.size(); ++i)
             if (i % 160 < 70 || i % 160 >= 90) (i % 160 < 80 ? plain : detailed).insert(cells.labels[i]);
@@ -222,7 +221,7 @@ TEST_F(StyleEffectsTest, PanesAreSmallerWhereThereAreEdges) {
 
 TEST_F(StyleEffectsTest, CellsAreWhatIsNearestAndBordersAreMeasured) {
     VideoHandle const noise = MakeNoise(*PluginHost().GetContext(), PixFmt::BGR24, 61, 47);
-    Kernels::GlassCells const cells = Kernels::FindCells(std::as_const(*noise).GetPlane(0), 3, {9, 0, 5});
+    Kernels::GlassCells const cells = Kernels::FindCells(noise->GetPlane(0), 3, {9, 0, 5});
     ASSERT_EQ(cells.labels.size(), 61U * 47U);
     std::vector<double> x(cells.colours.size());
     std::vector<double> y(x);
@@ -257,13 +256,13 @@ TEST_F(StyleEffectsTest, HolesAreFilledFromAroundAndNothingElseChanges) {
             for (std::uint64_t k = 0; k < 3; ++k)
                 picture->GetMutablePlane(0).GetRow(
                     static_cast<std::uint64_t>(y))[static_cast<std::uint64_t>(x) * 4 + k] = 255;
-    Kernels::FillHoles(picture->GetMutablePlane(0), 4, std::as_const(*weights).GetPlane(0));
+    Kernels::FillHoles(picture->GetMutablePlane(0), 4, weights->GetPlane(0));
     for (int y = 0; y < 50; ++y)
         for (int x = 0; x < 64; ++x) EXPECT_NEAR(At(picture, x, y), ramp(x, y), isHole(x, y) ? 9 : 0) << x << ", " << y;
 
     VideoHandle const nothing = MakeGrey(PixFmt::GRAY8, 64, 50, [](int, int) { return 0; });
     std::vector<unsigned char> const before = Samples(*picture);
-    Kernels::FillHoles(picture->GetMutablePlane(0), 4, std::as_const(*nothing).GetPlane(0));
+    Kernels::FillHoles(picture->GetMutablePlane(0), 4, nothing->GetPlane(0));
     EXPECT_EQ(Samples(*picture), before);
 }
 

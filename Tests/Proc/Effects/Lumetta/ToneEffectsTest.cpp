@@ -141,7 +141,7 @@ TEST_F(ToneEffectsTest, BlackWhiteGivesATwoColourPalette) {
     settings.SetThreshold(0.5);
     VideoHandle const result = Apply(settings, MakeFlat(context, PixFmt::RGB24, 3, 3, {9, 9, 9}));
     EXPECT_EQ(result->GetPixFmt(), PixFmt::PAL8);
-    ConstPlane const palette = std::as_const(*result).GetPlane(1);
+    ConstPlane const palette = result->GetPlane(1);
     EXPECT_EQ(Bytes(palette.GetData(), palette.GetData() + 12), (Bytes{3, 2, 1, 4, 255, 0, 0, 255, 0, 0, 0, 0}));
 }
 

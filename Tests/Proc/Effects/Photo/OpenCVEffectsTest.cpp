@@ -154,13 +154,13 @@ TEST_F(OpenCVEffectsTest, WhatIsClearDoesNotBleedIntoWhatIsSeen) {
             PixFmtDescription const& format = result->GetDescription();
             ASSERT_EQ(format.format, id);
             for (ComponentPlace const& place : std::span(format.components).first(format.componentsCount)) {
-                ConstPlane const plane = std::as_const(*result).GetPlane(place.plane);
+                ConstPlane const plane = result->GetPlane(place.plane);
                 PlaneLayout const& layout = format.planes[place.plane];
                 for (std::uint64_t x = 0; x < 30U >> layout.shiftX; ++x)
                     EXPECT_NEAR(plane.GetRow(9)[x * layout.bytes + place.offset], 60, 1) << format.name << " " << x;
             }
         }
-        ConstPlane const alpha = std::as_const(*results[0]).GetPlane(picture->GetDescription().alpha.plane);
+        ConstPlane const alpha = results[0]->GetPlane(picture->GetDescription().alpha.plane);
         std::uint64_t const step = picture->GetDescription().planes[picture->GetDescription().alpha.plane].bytes;
         EXPECT_NEAR(alpha.GetRow(9)[30 * step + picture->GetDescription().alpha.offset], 120, 16);
     }
@@ -317,7 +317,7 @@ TEST_F(OpenCVEffectsTest, SmartBlurIsTheGuidedFilterByDirectSums) {
 TEST_F(OpenCVEffectsTest, SmartBlurTreatsInterleavedChromaAsPlanes) {
     VideoHandle const planar = MakeNoise(context, PixFmt::YUV420P, 61, 33);
     VideoHandle const interleaved = context.CreateImage(PixFmt::NV12, planar->GetFrameFormat());
-    CopyPlane(std::as_const(*planar).GetPlane(0), interleaved->GetMutablePlane(0));
+    CopyPlane(planar->GetPlane(0), interleaved->GetMutablePlane(0));
     auto const chroma = [](IDataVideo const& of, std::uint64_t x, std::uint64_t y, unsigned char k) {
         if (of.GetPixFmt() == PixFmt::NV12) return of.GetPlane(1).GetRow(y)[2 * x + k];
         return of.GetPlane(static_cast<unsigned char>(1 + k)).GetRow(y)[x];
@@ -330,7 +330,7 @@ TEST_F(OpenCVEffectsTest, SmartBlurTreatsInterleavedChromaAsPlanes) {
     settings.SetChromaSharpen(30);
     for (bool const hasAlpha : {false, true}) {
         if (hasAlpha)
-            for (VideoHandle const& each : {planar, interleaved}) each->SetPlane(0, std::as_const(*alpha).GetPlane(0));
+            for (VideoHandle const& each : {planar, interleaved}) each->SetPlane(0, alpha->GetPlane(0));
         VideoHandle const wanted = Apply(settings, planar);
         VideoHandle const got = Apply(settings, interleaved);
         ASSERT_EQ(got->GetPixFmt(), PixFmt::NV12);
@@ -355,7 +355,7 @@ TEST_F(OpenCVEffectsTest, CLAHESpreadsFlatContrastOfTheLumaAlone) {
     for (unsigned char const i : {std::uint8_t{1}, std::uint8_t{2}})
         for (std::uint64_t y = 0; y < 9; ++y)
             EXPECT_TRUE(std::equal(colour->GetPlane(i).GetRow(y), colour->GetPlane(i).GetRow(y) + 17,
-                                   std::as_const(*result).GetPlane(i).GetRow(y)));
+                                   result->GetPlane(i).GetRow(y)));
 }
 
 TEST_F(OpenCVEffectsTest, RotateMovesSamplesAtQuarterTurns) {

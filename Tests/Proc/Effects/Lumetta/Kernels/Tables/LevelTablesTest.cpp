@@ -66,7 +66,7 @@ TEST(Histogram, CountsLikeAPlainLoopWhateverTheRows) {
     for (auto const& [format, bytes] : {std::pair{PixFmt::BGR24, 3U}, {PixFmt::RGBA, 4U}})
         for (std::uint32_t width : {1U, 3U, 4U, 17U, 64U}) {
             VideoHandle const picture = MakeNoise(*context, format, width, 5);
-            ConstPlane const samples = std::as_const(*picture).GetPlane(0);
+            ConstPlane const samples = picture->GetPlane(0);
             LumaWeights const weights = WeightsByByte(format == PixFmt::BGR24);
             std::array<Histogram, 4> expected{};
             for (std::uint64_t y = 0; y < 5; ++y)
@@ -85,7 +85,7 @@ TEST(Histogram, CountsLikeAPlainLoopWhateverTheRows) {
 TEST(Histogram, CountsMoreOfOneLevelThanACounterHolds) {
     constexpr std::uint32_t SIDE = 401; // An odd row: pairs and a rest, 80,200 pairs in all.
     VideoHandle const picture = MakeFlat(*CreateContext(), PixFmt::RGB24, SIDE, SIDE, {7, 8, 9});
-    auto const counted = CountBytesAndLuma(std::as_const(*picture).GetPlane(0), 3, WeightsByByte(false));
+    auto const counted = CountBytesAndLuma(picture->GetPlane(0), 3, WeightsByByte(false));
     for (auto const& [channel, level] : {std::pair{0U, 7U}, {1U, 8U}, {2U, 9U}, {3U, 7U}}) {
         Histogram expected{};
         expected[level] = std::uint64_t{SIDE} * SIDE;
@@ -97,7 +97,7 @@ TEST(Histogram, LumaFollowsTheColourAndNotTheByteOrder) {
     auto const context = CreateContext();
     auto const lumaOf = [&](PixFmt format, std::initializer_list<int> pixel, unsigned int bytes, bool blueFirst) {
         VideoHandle const picture = MakeFlat(*context, format, 4, 4, pixel);
-        auto const counted = CountBytesAndLuma(std::as_const(*picture).GetPlane(0), bytes, WeightsByByte(blueFirst))[3];
+        auto const counted = CountBytesAndLuma(picture->GetPlane(0), bytes, WeightsByByte(blueFirst))[3];
         return std::distance(counted.begin(), std::ranges::max_element(counted));
     };
     EXPECT_EQ(lumaOf(PixFmt::RGB24, {200, 100, 50}, 3, false), 124); // 124200 / 1000
