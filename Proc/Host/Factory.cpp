@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <ranges>
 #include <utility>
 
 namespace Velnor::Proc {
@@ -12,22 +13,14 @@ namespace {
 
 using Registrations = std::vector<Registration>;
 
-/// The implementation of that name. The default one is whatever goes by that name, else the framework's own, else the
-/// first.
+/// The implementation of that name and kind; null where there is none.
 Registration const* Choose(Registrations const& ofClass, std::string const& implName, std::optional<EffectKind> kind) {
-    auto const isOfKind = [&](Registration const& entry) { return !kind || entry.effect.kind == *kind; };
-    auto const isNamed = [&](Registration const& entry) {
-        return isOfKind(entry) && entry.effect.implName == implName;
-    };
-    auto const isOwn = [&](Registration const& entry) {
-        return isOfKind(entry) && entry.effect.implName == ImplNames::VELNOR;
-    };
-    auto found = std::ranges::find_if(ofClass, isNamed);
-    if (implName == ImplNames::DEFAULT) {
-        if (found == ofClass.end()) found = std::ranges::find_if(ofClass, isOwn);
-        if (found == ofClass.end()) found = std::ranges::find_if(ofClass, isOfKind);
-    }
-    return found == ofClass.end() ? nullptr : &*found;
+    auto ofKind =
+        ofClass | std::views::filter([&](Registration const& entry) { return !kind || entry.effect.kind == *kind; });
+    auto const nameOf = [](Registration const& entry) { return entry.effect.implName; };
+    auto const found = implName == ImplNames::DEFAULT ? FindDefault(ofKind, &Registration::effect)
+                                                      : std::ranges::find(ofKind, implName, nameOf);
+    return found == ofKind.end() ? nullptr : &*found;
 }
 
 std::string ListImplementations(Registrations const& ofClass) {

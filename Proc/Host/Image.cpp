@@ -14,7 +14,7 @@ namespace {
 std::string Text(std::uint64_t number) { return std::to_string(number); }
 
 std::string SizeText(std::uint64_t width, std::uint64_t height, std::string const& unit) {
-    return Text(width) + " x " + Text(height) + " " + unit;
+    return Proc::SizeText(width, height) + " " + unit;
 }
 
 PixFmtDescription const& FindFormat(PixFmt format) {
@@ -26,10 +26,10 @@ PixFmtDescription const& FindFormat(PixFmt format) {
 }
 
 void RequireFrame(FrameFormat const& frame) {
-    auto const isSide = [](std::uint32_t side) { return side >= 1 && side <= Image::MAX_SIDE; };
+    auto const isSide = [](std::uint32_t side) { return side >= 1 && side <= LARGEST_PICTURE_SIDE; };
     if (!isSide(frame.width) || !isSide(frame.height))
         VELNOR_THROW(ProcException, "A picture of " + SizeText(frame.width, frame.height, "pixels") +
-                                        " is impossible: each side is 1 to " + Text(Image::MAX_SIDE) + ".");
+                                        " is impossible: each side is 1 to " + Text(LARGEST_PICTURE_SIDE) + ".");
 }
 
 bool IsPalette(PixFmtDescription const& description, std::size_t plane) {

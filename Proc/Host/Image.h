@@ -70,8 +70,6 @@ public:
     VideoHandle MakeCopy(CopyMode mode) const override;
     void Relabel(PixFmt format) override;
 
-    static constexpr std::uint32_t MAX_SIDE = 1U << 20; ///< Pixels.
-
 private:
     View AllocateView() const;
     void RequirePlane(unsigned char index) const;

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "Proc/Host/Host.h"
+#include "Proc/Interfaces/ImplNames.h"
 
+#include <algorithm>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -52,6 +55,17 @@ private:
     mutable std::mutex mutex;
     std::vector<Registration> registrations;
 };
+
+/// The one of these that the default implementation stands for: what goes by that name, else the framework's own, else
+/// the first; the end where there is none.
+/// @param effectOf  the RegisteredEffect of an element
+template <class Elements, class Projection = std::identity>
+auto FindDefault(Elements&& elements, Projection effectOf = {}) {
+    auto const nameOf = [&](auto const& element) { return std::invoke(effectOf, element).implName; };
+    for (std::string const& preferred : {ImplNames::DEFAULT, ImplNames::VELNOR})
+        if (auto const found = std::ranges::find(elements, preferred, nameOf); found != elements.end()) return found;
+    return elements.begin();
+}
 
 /// "one-input", as messages name a kind.
 VELNOR_API char const* GetKindName(EffectKind kind);

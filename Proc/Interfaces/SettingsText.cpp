@@ -176,7 +176,7 @@ std::string TextForm<PixFmt>::Print(PixFmt value) {
 FrameFormat TextForm<FrameFormat>::Parse(std::string_view text) {
     auto const parts = Details::SplitList(text, 'x');
     auto const word = [](std::string_view digits, std::int64_t low) {
-        return static_cast<std::uint32_t>(ParseInteger(digits, low, 1 << 20));
+        return static_cast<std::uint32_t>(ParseInteger(digits, low, LARGEST_PICTURE_SIDE));
     };
     if (parts.size() != 2 && parts.size() != 3) ThrowText(Quoted(text) + " is no size such as 640x480");
     FrameFormat frame = FrameFormat::Square(word(parts[0], 0), word(parts[1], 0));
@@ -201,7 +201,9 @@ std::string TextForm<FrameFormat>::Print(FrameFormat const& value) {
 CropInfo TextForm<CropInfo>::Parse(std::string_view text) {
     auto const parts = Details::SplitList(text, ',');
     if (parts.size() != 4) ThrowText(Quoted(text) + " is no left,top,right,bottom such as 8,0,8,0");
-    auto const margin = [&](std::size_t i) { return static_cast<unsigned int>(ParseInteger(parts[i], 0, 1 << 20)); };
+    auto const margin = [&](std::size_t i) {
+        return static_cast<unsigned int>(ParseInteger(parts[i], 0, LARGEST_PICTURE_SIDE));
+    };
     return {margin(0), margin(1), margin(2), margin(3)};
 }
 

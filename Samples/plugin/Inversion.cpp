@@ -14,7 +14,7 @@ public:
     bool ConvertBack() const override { return true; }
     std::vector<PixFmt> const& GetSupportedFormats() const override { return Kernels::PackedRgbFormats(); }
 
-    void ProcessInternalCSC(intrusive_ptr<IData>& data) override {
+    void ProcessInternalCSC(DataHandle& data) override {
         Kernels::Table table;
         for (int level = 0; level < 256; ++level)
             table[static_cast<std::size_t>(level)] =

@@ -30,10 +30,6 @@ using Proc::DataHandle;
 /// Specks and frayed edges of a bare cut are smaller than this smoothing.
 constexpr char const* DEFAULT_SMOOTHING = "2";
 
-std::string Describe(Proc::FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height) + " pixels";
-}
-
 Proc::SettingsEffectGrabCut ParseSettings(std::vector<CutoutOptions::Setting> const& given) {
     Proc::SettingsEffectGrabCut settings;
     auto const fields = Proc::SettingsEffectGrabCut::StaticType().describe();
@@ -193,9 +189,10 @@ ExitCode RunCutout(CutoutOptions const& options) {
     cutout.ReadStrokes(strokes);
     Proc::FrameFormat const& size = picture->GetFrameFormat();
     Proc::FrameFormat const& strokesSize = strokes->GetFrameFormat();
-    if (strokesSize.width != size.width || strokesSize.height != size.height)
-        throw Failure(ExitCode::OutputFailed, options.strokes + " is " + Describe(strokesSize) + ", " + options.photo +
-                                                  " " + Describe(size) + ": they must be of one size");
+    if (!IsSameSize(strokesSize, size))
+        throw Failure(ExitCode::OutputFailed, options.strokes + " is " + SizeText(strokesSize) + " pixels, " +
+                                                  options.photo + " " + SizeText(size) +
+                                                  " pixels: they must be of one size");
     if (RoundToMarks(strokes, settings))
         PrintError(options.strokes + ": most of what is painted is neither " +
                    std::to_string(settings.GetForeground()) + " (object) nor " +

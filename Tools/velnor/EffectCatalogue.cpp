@@ -1,7 +1,7 @@
 #include "Tools/velnor/EffectCatalogue.h"
 
 #include "Proc/Host/PluginLoader.h"
-#include "Proc/Interfaces/ImplNames.h"
+#include "Proc/Host/Registry.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/Failure.h"
@@ -39,13 +39,7 @@ void LoadPlugins(Proc::Host& host, std::vector<std::string> const& plugins) {
 
 } // namespace
 
-Proc::RegisteredEffect const& CatalogueEntry::GetDefault() const {
-    for (std::string const& preferred : {Proc::ImplNames::DEFAULT, Proc::ImplNames::VELNOR}) {
-        auto const found = std::ranges::find(implementations, preferred, &Proc::RegisteredEffect::implName);
-        if (found != implementations.end()) return *found;
-    }
-    return implementations.front();
-}
+Proc::RegisteredEffect const& CatalogueEntry::GetDefault() const { return *Proc::FindDefault(implementations); }
 
 EffectCatalogue::EffectCatalogue(std::vector<std::string> const& plugins, Proc::MemoryLimits const& pictures)
     : host(std::make_unique<Proc::StandardHost>(pictures)) {

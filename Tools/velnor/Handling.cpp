@@ -85,7 +85,7 @@ void Handling::TakeBackGrey(Proc::DataHandle& picture) const {
 bool Handling::PutBackAlpha(Proc::DataHandle& picture) const {
     Proc::FrameFormat const& size = picture->GetFrameFormat();
     Proc::FrameFormat const& alphaSize = alpha->GetFrameFormat();
-    if (size.width != alphaSize.width || size.height != alphaSize.height) return false;
+    if (!IsSameSize(size, alphaSize)) return false;
     WriteAlpha(picture, Proc::AsVideo(alpha).GetPlane(0), factory);
     return true;
 }

@@ -10,15 +10,11 @@ namespace Velnor::Proc {
 namespace {
 
 std::string DescribePicture(IDataVideo const& picture) {
-    FrameFormat const frame = picture.GetFrameFormat();
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height) + " pixels of format " +
-           std::string(picture.GetDescription().name);
+    return SizeText(picture.GetFrameFormat()) + " pixels of format " + std::string(picture.GetDescription().name);
 }
 
 void RequireMask(IDataVideo const& picture, IDataVideo const& mask) {
-    FrameFormat const frame = picture.GetFrameFormat();
-    FrameFormat const maskFrame = mask.GetFrameFormat();
-    if (mask.GetPixFmt() != PixFmt::GRAY8 || frame.width != maskFrame.width || frame.height != maskFrame.height)
+    if (mask.GetPixFmt() != PixFmt::GRAY8 || !IsSameSize(picture.GetFrameFormat(), mask.GetFrameFormat()))
         VELNOR_THROW(EffectException, "A picture of " + DescribePicture(picture) +
                                           " takes a mask of the same size and format gray8, not " +
                                           DescribePicture(mask) + ".");

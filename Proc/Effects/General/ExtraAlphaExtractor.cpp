@@ -18,13 +18,9 @@ public:
             VELNOR_THROW(EffectException,
                          "A mask is a picture of format gray8, not " + std::string(mask.GetDescription().name) + ".");
         if (settings.GetPixelFormat() == PixFmt::NONE) return;
-        PixFmtDescription const* const format = PixFmtDescription::Find(settings.GetPixelFormat());
-        if (format == nullptr)
-            VELNOR_THROW(EffectException, "The extra alpha extractor's pixel format is " +
-                                              std::to_string(static_cast<int>(settings.GetPixelFormat())) +
-                                              ", which is unknown; -1 leaves the mask as it is.");
-        if (format->chromaShiftX == 0 && format->chromaShiftY == 0) return;
-        data = MakeChromaMask(*context, mask.GetPlane(0), *format);
+        PixFmtDescription const& format = *PixFmtDescription::Find(settings.GetPixelFormat());
+        if (format.chromaShiftX == 0 && format.chromaShiftY == 0) return;
+        data = MakeChromaMask(*context, mask.GetPlane(0), format);
     }
 };
 

@@ -14,8 +14,6 @@
 namespace Velnor::Proc {
 namespace {
 
-constexpr std::uint64_t LARGEST_SIDE = 1U << 20; ///< Of any picture, in pixels.
-
 /// The sample of the source, of `size` samples in a line, that stands at a place left or right of it or in it.
 std::uint64_t SourceOf(std::int64_t place, std::uint64_t size, SettingsEffectPad::Mode mode) {
     auto const count = static_cast<std::int64_t>(size);
@@ -95,10 +93,10 @@ private:
     static std::uint32_t AddMargins(std::string const& what, std::uint64_t before, std::uint64_t size,
                                     std::uint64_t after) {
         std::uint64_t const sum = before + size + after;
-        if (sum > LARGEST_SIDE)
+        if (sum > LARGEST_PICTURE_SIDE)
             VELNOR_THROW(EffectException, "The margins make the picture " + std::to_string(before) + " + " +
                                               std::to_string(size) + " + " + std::to_string(after) + " pixels " + what +
-                                              "; pictures have at most " + std::to_string(LARGEST_SIDE) + ".");
+                                              "; pictures have at most " + std::to_string(LARGEST_PICTURE_SIDE) + ".");
         return static_cast<std::uint32_t>(sum);
     }
 };

@@ -13,9 +13,9 @@ using S = SettingsResizer;
 
 /// A side of the result, from its exact length.
 std::uint32_t RoundSide(double length, char const* side, S const& settings) {
-    if (length > Scaler::MAX_SIDE)
+    if (length > LARGEST_PICTURE_SIDE)
         VELNOR_THROW(ProcException, "Resizer: the " + std::string(side) + " would be " + std::to_string(length) +
-                                        " pixels; at most " + std::to_string(Scaler::MAX_SIDE) + " are possible.");
+                                        " pixels; at most " + std::to_string(LARGEST_PICTURE_SIDE) + " are possible.");
     auto const rounded = static_cast<std::uint32_t>(std::lround(length));
     if (rounded > 0) return rounded;
     if (!settings.IsAtLeastOnePixel())

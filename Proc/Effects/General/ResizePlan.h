@@ -24,7 +24,7 @@ struct ResizePlan {
 /// The plan for a picture of a frame and format. Sides are rounded to the nearest pixel; cuts and bars are central, on
 /// whole chroma samples. The result has the target's pixel aspect with the mode to-frame, else the picture's. Throws
 /// ProcException for a mode, method, fit, factor or target that has no meaning, for a side that comes out as 0 without
-/// the flag for at least one pixel, and for one beyond Scaler::MAX_SIDE.
+/// the flag for at least one pixel, and for one beyond LARGEST_PICTURE_SIDE.
 ResizePlan PlanResize(FrameFormat const& frame, PixFmtDescription const& format, SettingsResizer const& settings);
 
 struct Size {

@@ -46,10 +46,9 @@ private:
         if (size.width <= LONGEST_SIDE && size.height <= LONGEST_SIDE &&
             std::uint64_t{size.width} * size.height <= MOST_PIXELS)
             return;
-        VELNOR_THROW(EffectException, "The resizer would make a picture of " + std::to_string(size.width) + " x " +
-                                          std::to_string(size.height) + " pixels; at most " +
-                                          std::to_string(MOST_PIXELS) + " in all and " + std::to_string(LONGEST_SIDE) +
-                                          " on a side are possible.");
+        VELNOR_THROW(EffectException, "The resizer would make a picture of " + SizeText(size.width, size.height) +
+                                          " pixels; at most " + std::to_string(MOST_PIXELS) + " in all and " +
+                                          std::to_string(LONGEST_SIDE) + " on a side are possible.");
     }
 
     /// Packed luma and chroma are scaled as planes and packed again; a palette picture comes out as RGBA.

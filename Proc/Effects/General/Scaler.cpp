@@ -54,8 +54,7 @@ int ToFlags(SettingsResizer::ResizeMethods method) {
 
 std::string Describe(int format, int width, int height) {
     char const* const name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(format));
-    return std::string(name == nullptr ? "unknown format" : name) + " " + std::to_string(width) + " x " +
-           std::to_string(height);
+    return std::string(name == nullptr ? "unknown format" : name) + " " + SizeText(width, height);
 }
 
 template <class Side>

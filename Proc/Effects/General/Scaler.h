@@ -62,9 +62,6 @@ public:
     /// How many times smaller than its source a target may be in one step: filters have at most 204 taps.
     VELNOR_API static std::uint32_t GetLargestShrink(SettingsResizer::ResizeMethods method);
 
-    /// Sides beyond this are refused by callers: no picture is larger.
-    static constexpr std::uint32_t MAX_SIDE = 1U << 20;
-
 private:
     struct Geometry {
         int sourceFormat, sourceWidth, sourceHeight;

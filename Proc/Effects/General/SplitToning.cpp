@@ -9,6 +9,7 @@
 #include "Proc/Effects/General/Kernels/ColorRows.h"
 #include "Proc/Effects/General/PictureAccess.h"
 #include "Proc/Effects/Kit/EffectBaseCSC.h"
+#include "Proc/Interfaces/LumaShare.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 
 #include <cmath>
@@ -18,7 +19,8 @@ namespace {
 
 /// Blue, green, red: what a tone adds at full weight.
 std::array<double, 3> TintOf(Color const& tone) {
-    double const luma = 0.114 * tone.GetBlue() + 0.587 * tone.GetGreen() + 0.299 * tone.GetRed();
+    using Share = LumaShare<double>;
+    double const luma = Share::BLUE * tone.GetBlue() + Share::GREEN * tone.GetGreen() + Share::RED * tone.GetRed();
     double const strength = tone.GetOpacity() / 255.0;
     return {(tone.GetBlue() - luma) * strength, (tone.GetGreen() - luma) * strength, (tone.GetRed() - luma) * strength};
 }

@@ -62,10 +62,9 @@ std::vector<Curve> MakeCurves(SettingsEffectVideoGenerator const& settings) {
     case Shape::HEART:
         return {&HeartPoint};
     case Shape::STAR:
-        return {[=](double angle) { return StarPoint(angle, blades, inner); }};
+        break;
     }
-    VELNOR_THROW(EffectException, "The shape of the video generator is " + std::to_string(settings.GetShape()) +
-                                      "; there are 0 (disc), 1 (polygon), 2 (ring), 3 (heart) and 4 (star).");
+    return {[=](double angle) { return StarPoint(angle, blades, inner); }};
 }
 
 /// A curve, turned, as a line in pixels. Corners lie on points of it.

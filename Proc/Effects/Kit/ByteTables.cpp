@@ -1,6 +1,7 @@
 #include "Proc/Effects/Kit/ByteTables.h"
 
 #include "Proc/Effects/Kit/ByteTablesX86.h"
+#include "Proc/Interfaces/FrameFormat.h"
 #include "Proc/Interfaces/ProcException.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ void Check(ConstPlane const& source, MutablePlane const& target, std::size_t tab
     if (source.GetWidth() != target.GetWidth() || source.GetHeight() != target.GetHeight())
         VELNOR_THROW(ProcException, "a plane of " + to_string(source.GetWidth()) + " bytes x " +
                                         to_string(source.GetHeight()) + " rows cannot be mapped to one of " +
-                                        to_string(target.GetWidth()) + " x " + to_string(target.GetHeight()));
+                                        SizeText(target.GetWidth(), target.GetHeight()));
 }
 
 constexpr Variants MAP_ROWS{

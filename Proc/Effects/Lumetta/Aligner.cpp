@@ -50,7 +50,7 @@ private:
         FrameFormat const crop = FitCrop(frame, target);
         RunWith(*remapper, SettingsEffectRemapping(MakeMap(face, crop)), data);
         data = AsVideo(data).MakePart({0, 0, crop.width, crop.height});
-        if (crop.width != target.width || crop.height != target.height) Resize(data, target);
+        if (!IsSameSize(crop, target)) Resize(data, target);
     }
 
     /// The similarity that takes the chosen places of the eyes to where they are.

@@ -68,8 +68,7 @@ public:
         FrameFormat const workFrame = work->GetFrameFormat();
         if (!isKernelReady) BuildKernel(workFrame);
         if (kernel.width >= workFrame.width || kernel.height >= workFrame.height)
-            ThrowTooLarge(workFrame,
-                          " (" + std::to_string(kernel.width) + " x " + std::to_string(kernel.height) + " pixels)");
+            ThrowTooLarge(workFrame, " (" + SizeText(kernel.width, kernel.height) + " pixels)");
 
         DataHandle blurred = Blur(AsVideo(ConstDataHandle(work)));
         restoreResizer->ProcessData(blurred);
@@ -98,18 +97,18 @@ private:
     void ConfigureResizers(FrameFormat const& frame) {
         if (frame == configuredFrame) return;
         configuredFrame = {};
-        SettingsResizer resize;
-        resize.SetMode(SettingsResizer::TO_FRAME);
-        resize.SetFitting(SettingsResizer::INSIDE);
-        resize.SetTarget({WORKING_SIDE, WORKING_SIDE, frame.aspectNumerator, frame.aspectDenominator});
-        resize.SetMethod(SettingsResizer::FAST_BILINEAR);
+        SettingsResizer resize =
+            SettingsResizer()
+                .SetMode(SettingsResizer::TO_FRAME)
+                .SetFitting(SettingsResizer::INSIDE)
+                .SetTarget({WORKING_SIDE, WORKING_SIDE, frame.aspectNumerator, frame.aspectDenominator})
+                .SetMethod(SettingsResizer::FAST_BILINEAR);
         workingResizer->SetSettings(resize);
 
-        resize.SetFitting(SettingsResizer::STRETCH);
-        resize.SetTarget({frame.width + (frame.width & 1), frame.height + (frame.height & 1), frame.aspectNumerator,
-                          frame.aspectDenominator});
-        resize.SetMethod(SettingsResizer::BICUBLIN);
-        restoreResizer->SetSettings(resize);
+        restoreResizer->SetSettings(resize.SetFitting(SettingsResizer::STRETCH)
+                                        .SetTarget({frame.width + (frame.width & 1), frame.height + (frame.height & 1),
+                                                    frame.aspectNumerator, frame.aspectDenominator})
+                                        .SetMethod(SettingsResizer::BICUBLIN));
         configuredFrame = frame;
     }
 
@@ -158,14 +157,13 @@ private:
 
     /// Function, source and line are those by which callers have always known this failure.
     [[noreturn]] void ThrowTooLarge(FrameFormat const& workFrame, std::string const& kernelSize = {}) const {
-        using std::to_string;
         EffectException error;
         error << TagTranscodingErrorCode(TranscodingErrors::FilterFailed);
         Velnor::Details::ThrowDescribed(
             error,
             "The aperture of size " + TextForm<double>::Print(settings.GetSize()) + kernelSize +
-                " does not fit into the working picture of " + to_string(workFrame.width) + " x " +
-                to_string(workFrame.height) + " pixels: it must be smaller in both directions.",
+                " does not fit into the working picture of " + SizeText(workFrame) +
+                " pixels: it must be smaller in both directions.",
             boost::source_location("Proc/Effects/Lumetta/BlurBokeh", 140,
                                    "void __cdecl Velnor::Proc::BlurBokeh::ProcessInternalCSC(class "
                                    "boost::intrusive_ptr<class Velnor::Proc::IDataVideo> &)"));

@@ -4,6 +4,7 @@
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
 #include "Proc/Effects/Lumetta/Kernels/Style/GlassCells.h"
+#include "Proc/Interfaces/LumaShare.h"
 #include "Proc/Settings/SettingsEffectColoredGlass.h"
 
 #include <algorithm>
@@ -18,7 +19,8 @@ using Bytes = std::array<unsigned char, 3>;
 Bytes Saturate(Bytes const& colour, double factor, bool isBlueFirst) {
     double const red = colour[isBlueFirst ? 2 : 0];
     double const blue = colour[isBlueFirst ? 0 : 2];
-    double const luma = 0.299 * red + 0.587 * colour[1] + 0.114 * blue;
+    using Share = LumaShare<double>;
+    double const luma = Share::RED * red + Share::GREEN * colour[1] + Share::BLUE * blue;
     Bytes result{};
     for (std::size_t k = 0; k < 3; ++k)
         result[k] = static_cast<unsigned char>(std::clamp(luma + factor * (colour[k] - luma), 0.0, 255.0) + 0.5);

@@ -5,6 +5,7 @@
 //     opacity = the mask, narrower and softer as the settings say
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PullPush.h"
+#include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
@@ -16,10 +17,6 @@
 
 namespace Velnor::Proc {
 namespace {
-
-std::string Describe(FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-}
 
 /// From opacities to weights of the colours: what lets any background through counts less, and soon nothing.
 void KeepTheSure(MutablePlane const& mask) {
@@ -83,11 +80,7 @@ private:
                                               " pictures are given.");
         for (auto const& input : inputs) RequirePicture(input.get());
         if (inputs.size() == 1) return;
-        FrameFormat const frame = inputs[0]->GetFrameFormat();
-        FrameFormat const maskFrame = inputs[1]->GetFrameFormat();
-        if (frame.width != maskFrame.width || frame.height != maskFrame.height)
-            VELNOR_THROW(EffectException, "The mask is " + Describe(maskFrame) + " pixels, the picture " +
-                                              Describe(frame) + ": they must be of one size.");
+        RequireOneSize("The mask is", inputs[1]->GetFrameFormat(), inputs[0]->GetFrameFormat());
     }
 
     /// The second picture, or the opacity of one that was cut out before.

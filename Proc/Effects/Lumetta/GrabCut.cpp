@@ -7,6 +7,7 @@
 //
 // Strokes of one kind only mark nothing to be told apart: the result is then a copy of them.
 #include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectGrabCut.h"
@@ -38,20 +39,10 @@ std::string FindMissingStrokes(ConstPlane const& strokes, Byte foreground, Byte 
     return "The strokes picture has no strokes on " + missing + ", so nothing was cut out.";
 }
 
-void RequireOneByteAPixel(IDataVideo const& picture, std::string const& what) {
-    PixFmtDescription const& format = picture.GetDescription();
-    if (format.planes[0].bytes != 1 || format.planes[0].shiftX != 0)
-        VELNOR_THROW(EffectException, what + " in the format " + std::string(format.name) +
-                                          ", one byte a pixel is needed, as in gray8.");
-}
-
 void RequireSameSize(IDataVideo const& picture, std::string const& what, FrameFormat const& wanted) {
     FrameFormat const& size = picture.GetFrameFormat();
-    auto const describe = [](FrameFormat const& frame) {
-        return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-    };
-    if (size.width != wanted.width || size.height != wanted.height)
-        VELNOR_THROW(EffectException, what + " " + describe(size) + " pixels, " + describe(wanted) + " are needed.");
+    if (!IsSameSize(size, wanted))
+        VELNOR_THROW(EffectException, what + " " + SizeText(size) + " pixels, " + SizeText(wanted) + " are needed.");
 }
 
 } // namespace
@@ -67,9 +58,8 @@ public:
 
     void SetSettings(SettingsEffectGrabCut const& next) override {
         bool const isOpenCv = next.GetAlgorithm() == SettingsEffectGrabCut::OPENCV;
-        SettingsEffectGrabCutSegmentation strokes;
-        strokes.SetForeground(next.GetForeground());
-        strokes.SetBackground(next.GetBackground());
+        SettingsEffectGrabCutSegmentation strokes =
+            SettingsEffectGrabCutSegmentation().SetForeground(next.GetForeground()).SetBackground(next.GetBackground());
         // Made before the settings are taken over: they never stand beside a segmentation that is not theirs.
         auto const made = MakeTwoInput(strokes, isOpenCv ? ImplPhotoNames::OPENCV : ImplNames::DEFAULT);
         made->SetProgressController(next.ShowProgress() ? GetProgress().controller
@@ -87,7 +77,7 @@ public:
         if (segmentation == nullptr)
             VELNOR_THROW(EffectException, "The cut-out has no settings yet; they decide how it is done.");
         IDataVideo const& strokes = AsVideo(second);
-        RequireOneByteAPixel(strokes, "The strokes are");
+        RequireOneByteAPixel("The strokes are", strokes);
         warning = FindMissingStrokes(strokes.GetPlane(0), GetForeground(), static_cast<Byte>(settings.GetBackground()));
         if (!warning.empty()) {
             first = strokes.MakeCopy(CopyMode::Independent);
@@ -100,7 +90,7 @@ public:
             first = mask; // The bare cut, or the picture when the segmentation stopped too.
             return;
         }
-        RequireOneByteAPixel(AsVideo(mask), "The cut is");
+        RequireOneByteAPixel("The cut is", AsVideo(mask));
         RequireSameSize(AsVideo(mask), "The cut has", strokes.GetFrameFormat());
         TakeAlpha(AsVideo(mask), first);
         if (settings.GetSmooth() != 0) mask = Smooth(mask);
@@ -120,7 +110,7 @@ private:
         DataHandle alpha = AsVideo(picture).MakeCopy(CopyMode::Value);
         alphaExtractor->ProcessData(alpha);
         if (alpha) {
-            RequireOneByteAPixel(AsVideo(alpha), "The picture's alpha is");
+            RequireOneByteAPixel("The picture's alpha is", AsVideo(alpha));
             RequireSameSize(AsVideo(alpha), "The picture's alpha has", mask.GetFrameFormat());
         }
         Byte const foreground = GetForeground();

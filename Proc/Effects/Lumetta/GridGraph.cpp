@@ -5,6 +5,7 @@
 //     result          = background value where the cut leaves the sink's side, foreground value elsewhere
 //
 #include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Effects/Lumetta/GridCut/GridCapacities.h"
 #include "Proc/Effects/Lumetta/GridCut/GridGraphSolver.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -23,19 +24,9 @@ std::uint64_t EstimateBytes(std::uint64_t width, std::uint64_t height) {
     return ((across * side - side) * down + (down * side - side) * across + width * height * 9) * 4 + 1984;
 }
 
-std::string Describe(FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-}
-
 void CheckStrokes(IDataVideo const& strokes, FrameFormat const& frame) {
-    PixFmtDescription const& format = strokes.GetDescription();
-    if (format.planes[0].bytes != 1 || format.planes[0].shiftX != 0)
-        VELNOR_THROW(EffectException, "The strokes are in the format " + std::string(format.name) +
-                                          ", one byte a pixel is needed, as in gray8.");
-    FrameFormat const& size = strokes.GetFrameFormat();
-    if (size.width != frame.width || size.height != frame.height)
-        VELNOR_THROW(EffectException, "The strokes are " + Describe(size) + " pixels, the picture " + Describe(frame) +
-                                          ": they must be of one size.");
+    RequireOneByteAPixel("The strokes are", strokes);
+    RequireOneSize("The strokes are", strokes.GetFrameFormat(), frame);
 }
 
 } // namespace

@@ -46,20 +46,18 @@ private:
         configuredFrame = {};
         painter->SetSettings(settings);
 
-        SettingsResizer resize;
-        resize.SetMode(SettingsResizer::TO_FRAME);
-        resize.SetFitting(SettingsResizer::STRETCH);
-        resize.SetMethod(SettingsResizer::BICUBIC);
-        resize.SetTarget(evenFrame);
+        SettingsResizer resize = SettingsResizer()
+                                     .SetMode(SettingsResizer::TO_FRAME)
+                                     .SetFitting(SettingsResizer::STRETCH)
+                                     .SetMethod(SettingsResizer::BICUBIC)
+                                     .SetTarget(evenFrame);
         upscaler->SetSettings(resize);
 
         isReduced = false;
         for (; std::min(size.width, size.height) > MAX_SHORTER_SIDE; size.width /= 2, size.height /= 2)
             isReduced = true;
-        resize.SetFitting(SettingsResizer::INSIDE);
-        resize.SetMethod(SettingsResizer::FAST_BILINEAR);
-        resize.SetTarget(size);
-        downscaler->SetSettings(resize);
+        downscaler->SetSettings(
+            resize.SetFitting(SettingsResizer::INSIDE).SetMethod(SettingsResizer::FAST_BILINEAR).SetTarget(size));
         configuredFrame = evenFrame;
     }
 

@@ -33,20 +33,20 @@ private:
     void Configure(FrameFormat const& frame) {
         if (frame == configuredFrame) return;
         configuredFrame = {};
-        SettingsResizer resize;
-        resize.SetKeepAttributes(true);
-        resize.SetAtLeastOnePixel(true);
-        resize.SetMethod(settings.GetMethodDownscale());
-        resize.SetMode(SettingsResizer::BY_FACTOR);
-        resize.SetFactor(Kernels::PixelateScale(settings.GetStrength(), frame.width, frame.height));
+        SettingsResizer resize =
+            SettingsResizer()
+                .SetKeepAttributes(true)
+                .SetAtLeastOnePixel(true)
+                .SetMethod(settings.GetMethodDownscale())
+                .SetMode(SettingsResizer::BY_FACTOR)
+                .SetFactor(Kernels::PixelateScale(settings.GetStrength(), frame.width, frame.height));
         LOG(INFO) << "Pixelate scale: " << resize.GetFactor();
         downscaler->SetSettings(resize);
 
-        resize.SetMethod(settings.GetMethodUpscale());
-        resize.SetMode(SettingsResizer::TO_FRAME);
-        resize.SetFitting(SettingsResizer::STRETCH);
-        resize.SetTarget(frame);
-        upscaler->SetSettings(resize);
+        upscaler->SetSettings(resize.SetMethod(settings.GetMethodUpscale())
+                                  .SetMode(SettingsResizer::TO_FRAME)
+                                  .SetFitting(SettingsResizer::STRETCH)
+                                  .SetTarget(frame));
         configuredFrame = frame;
     }
 

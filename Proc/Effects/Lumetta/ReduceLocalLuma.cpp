@@ -5,6 +5,7 @@
 //                                                         one for all three components: hue and saturation stay
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/PackedFormats.h"
+#include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Effects/Lumetta/Kernels/Blur/BoxMean.h"
 #include "Proc/Effects/Lumetta/Kernels/Luma/LumaRow.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
@@ -43,10 +44,6 @@ Factors ExposeBy(double stops, Tones tones) {
     return factors;
 }
 
-std::string Describe(FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-}
-
 /// Three means of a box: close to a Gaussian, at a cost that does not depend on its width.
 void Soften(MutablePlane const& mask, std::size_t radius) {
     if (radius == 0) return;
@@ -75,11 +72,7 @@ public:
     }
 
     void ProcessInternal(DataHandle& first, ConstDataHandle const& second) override {
-        FrameFormat const frame = first->GetFrameFormat();
-        FrameFormat const maskFrame = second->GetFrameFormat();
-        if (frame.width != maskFrame.width || frame.height != maskFrame.height)
-            VELNOR_THROW(EffectException, "The mask is " + Describe(maskFrame) + " pixels, the picture " +
-                                              Describe(frame) + ": they must be of one size.");
+        RequireOneSize("The mask is", second->GetFrameFormat(), first->GetFrameFormat());
         MakeFactors();
         DataHandle const mask = MakeMask(AsVideo(second));
         PixFmt const format = first->GetPixFmt();

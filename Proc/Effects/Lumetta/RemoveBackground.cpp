@@ -6,6 +6,7 @@
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; maybe over a new one
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
+#include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/GuidedMatte.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/SubjectStrokes.h"
@@ -27,10 +28,6 @@ using Pictures = std::vector<DataHandle>;
 using Byte = unsigned char;
 using Kernels::FaceBox;
 using Kernels::Stroke;
-
-std::string Describe(FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-}
 
 ConstPlane Read(DataHandle const& picture) { return AsVideo(picture).GetPlane(0); }
 
@@ -115,11 +112,7 @@ private:
                     ", and strokes may follow it; " + std::to_string(inputs.size()) + " pictures are given.");
         for (auto const& input : inputs) RequirePicture(input.get());
         if (inputs.size() == 1 + further) return;
-        FrameFormat const frame = inputs[0]->GetFrameFormat();
-        FrameFormat const strokes = inputs[1]->GetFrameFormat();
-        if (frame.width != strokes.width || frame.height != strokes.height)
-            VELNOR_THROW(EffectException, "The strokes are " + Describe(strokes) + " pixels, the picture " +
-                                              Describe(frame) + ": they must be of one size.");
+        RequireOneSize("The strokes are", inputs[1]->GetFrameFormat(), inputs[0]->GetFrameFormat());
     }
 
     DataHandle CutOut(DataHandle const& rgba, DataHandle const& given) {

@@ -208,10 +208,10 @@ private:
         for (std::size_t i = 0; i < places.size(); ++i) {
             std::int64_t const x = static_cast<std::int64_t>(i % columns) * stepX;
             std::int64_t const y = static_cast<std::int64_t>(i / columns) * stepY;
-            if (std::max(x, y) > MOST_PIXELS)
+            if (std::max(x, y) > LARGEST_PICTURE_SIDE)
                 VELNOR_THROW(EffectException, "Patch " + std::to_string(i + 1) + " would begin at " +
                                                   std::to_string(x) + ", " + std::to_string(y) + "; at most " +
-                                                  std::to_string(MOST_PIXELS) + " is possible.");
+                                                  std::to_string(LARGEST_PICTURE_SIDE) + " is possible.");
             places[i].x = static_cast<std::uint32_t>(x);
             places[i].y = static_cast<std::uint32_t>(y);
             if (!patches[i]->GetDescription().IsAligned(places[i].x, places[i].y))
@@ -275,8 +275,6 @@ private:
         }
         return planes;
     }
-
-    static constexpr std::int64_t MOST_PIXELS = LARGEST_PICTURE_SIDE;
 
     intrusive_ptr<IOneInputEffectVideo> toRgba;
     intrusive_ptr<IVarInputEffectVideo> panorama; ///< Made for the first photographs.

@@ -94,18 +94,17 @@ private:
         if (frame.width <= 4) return false;
         if (layer.IsOf(frame)) return true;
         layer.mask = nullptr;
-        SettingsResizer resize;
-        resize.SetMode(SettingsResizer::TO_FRAME);
-        resize.SetFitting(SettingsResizer::INSIDE);
-        resize.SetTarget({1024, 768, 1, 1});
-        resize.SetMethod(SettingsResizer::FAST_BILINEAR);
+        SettingsResizer resize = SettingsResizer()
+                                     .SetMode(SettingsResizer::TO_FRAME)
+                                     .SetFitting(SettingsResizer::INSIDE)
+                                     .SetTarget({1024, 768, 1, 1})
+                                     .SetMethod(SettingsResizer::FAST_BILINEAR);
         downscaler->SetSettings(resize);
 
-        resize.SetMethod(SettingsResizer::BICUBLIN);
-        resize.SetFitting(SettingsResizer::EXACT);
-        resize.SetTarget({frame.width + (frame.width & 1), frame.height + (frame.height & 1), frame.aspectNumerator,
-                          frame.aspectDenominator});
-        upscaler->SetSettings(resize);
+        upscaler->SetSettings(resize.SetMethod(SettingsResizer::BICUBLIN)
+                                  .SetFitting(SettingsResizer::EXACT)
+                                  .SetTarget({frame.width + (frame.width & 1), frame.height + (frame.height & 1),
+                                              frame.aspectNumerator, frame.aspectDenominator}));
         return true;
     }
 

@@ -132,8 +132,8 @@ private:
             loadedModel.clear(); // Half set up for this size: the next picture gets a fresh one.
             if (IsAboutMemory(error.what(), 0)) throw std::bad_alloc();
             VELNOR_THROW(EffectException, "The network " + neural.GetModel() + " cannot be run on an input of " +
-                                              std::to_string(rgb.GetWidth() / 3) + " x " +
-                                              std::to_string(rgb.GetHeight()) + " pixels: " + Describe(error));
+                                              SizeText(rgb.GetWidth() / 3, rgb.GetHeight()) +
+                                              " pixels: " + Describe(error));
         }
     }
 

@@ -7,12 +7,11 @@
 #include "Proc/Effects/Photo/PhotoModule.h"
 #include "Proc/Settings/SettingsEffectOilPaint.h"
 
-
 namespace Velnor::Proc {
 
-class OilPaint : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectOilPaint> {
+class MagickOilPaint : public EffectBaseCSC<IOneInputEffectVideo, SettingsEffectOilPaint> {
 public:
-    OilPaint(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
+    MagickOilPaint(FactoryHandle const& effectFactory, ContextHandle const& effectContext)
         : EffectBaseCSC(effectFactory, effectContext, ImplPhotoNames::IMAGEMAGICK) {}
 
     bool ConvertBack() const override { return true; }
@@ -54,5 +53,5 @@ private:
 
 Velnor::Proc::EffectFactoryFunction FindVelnorEffect(char const* classId) {
     using namespace Velnor::Proc;
-    return classId == SettingsEffectOilPaint::CLASS_ID ? &MakeEffect<OilPaint> : nullptr;
+    return classId == SettingsEffectOilPaint::CLASS_ID ? &MakeEffect<MagickOilPaint> : nullptr;
 }

@@ -129,9 +129,8 @@ private:
         FrameFormat const frame = input->GetFrameFormat();
         if (std::min(frame.width, frame.height) < LEAST_SIDE)
             VELNOR_THROW(EffectException, "Picture " + std::to_string(number) + " of the panorama is " +
-                                              std::to_string(frame.width) + " x " + std::to_string(frame.height) +
-                                              " pixels; both sides must be " + std::to_string(LEAST_SIDE) +
-                                              " or more.");
+                                              SizeText(frame) + " pixels; both sides must be " +
+                                              std::to_string(LEAST_SIDE) + " or more.");
     }
 
     DataHandle Join(std::vector<cv::Mat> const& views) const {

@@ -1,4 +1,5 @@
 #include "Proc/Effects/Photo/PanoramaSize.h"
+#include "Proc/Interfaces/FrameFormat.h"
 
 #include "Proc/Interfaces/EffectExceptions.h"
 
@@ -14,9 +15,7 @@ constexpr std::int64_t LONGEST_SIDE = std::int64_t{1} << 17;
 constexpr std::int64_t LONGEST_SIDE_OF_ONE = std::numeric_limits<std::int16_t>::max() - 1; ///< OpenCV's, when it warps.
 constexpr std::int64_t FARTHEST = std::int64_t{1} << 30; ///< Numbers beyond come from an overflow.
 
-std::string Pixels(std::int64_t width, std::int64_t height) {
-    return std::to_string(width) + " x " + std::to_string(height) + " pixels";
-}
+std::string Pixels(std::int64_t width, std::int64_t height) { return SizeText(width, height) + " pixels"; }
 
 void RequireOne(PanoramaPlace const& place, std::size_t number) {
     std::string const subject = "Picture " + std::to_string(number) + " would ";

@@ -57,17 +57,14 @@ std::uint64_t CountPixels(VipsImage* image) {
 
 std::uint64_t CountPixels(FrameFormat const& frame) { return std::uint64_t{frame.width} * frame.height; }
 
-std::string DescribeSize(FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-}
-
 void RequireSize(fs::path const& path, FrameFormat const& frame, std::uint64_t maxPixels) {
-    std::string const what = path.string() + " is too large: " + DescribeSize(frame);
+    std::string const what = path.string() + " is too large: " + SizeText(frame);
     if (CountPixels(frame) > maxPixels)
         VELNOR_THROW(FilePixelsException, what + " are " + std::to_string(CountPixels(frame)) +
                                               " pixels, the limit is " + std::to_string(maxPixels) + ".");
-    if (std::max(frame.width, frame.height) > Image::MAX_SIDE)
-        VELNOR_THROW(FileLimitException, what + " pixels, a side has at most " + std::to_string(Image::MAX_SIDE) + ".");
+    if (std::max(frame.width, frame.height) > LARGEST_PICTURE_SIDE)
+        VELNOR_THROW(FileLimitException,
+                     what + " pixels, a side has at most " + std::to_string(LARGEST_PICTURE_SIDE) + ".");
 }
 
 void RequireExpansion(fs::path const& path, FrameFormat const& frame, ReadKind kind, FileFacts const& facts,
@@ -79,7 +76,7 @@ void RequireExpansion(fs::path const& path, FrameFormat const& frame, ReadKind k
     double const limit = given > 0 ? given : GetMaxExpansion(kind);
     if (expansion <= limit) return;
     VELNOR_THROW(FileExpansionException, path.string() + " is too large for its file: the pixels of " +
-                                             DescribeSize(frame) + " take " +
+                                             SizeText(frame) + " take " +
                                              std::to_string(static_cast<std::uint64_t>(expansion)) + " times its " +
                                              std::to_string(facts.fileBytes) + " bytes, the limit is " +
                                              std::to_string(static_cast<std::uint64_t>(limit)) + " times.");
@@ -88,9 +85,9 @@ void RequireExpansion(fs::path const& path, FrameFormat const& frame, ReadKind k
 void RequireMemory(fs::path const& path, FrameFormat const& frame, std::uint64_t needed, std::uint64_t given) {
     std::uint64_t const limit = given > 0 ? given : GetMemorySize() / 2;
     if (needed <= limit) return;
-    VELNOR_THROW(FileMemoryException, path.string() + " is too large: to read " + DescribeSize(frame) +
-                                          " pixels takes " + std::to_string(needed / MEGA + 1) +
-                                          " MB of memory, the limit is " + std::to_string(limit / MEGA) + " MB.");
+    VELNOR_THROW(FileMemoryException, path.string() + " is too large: to read " + SizeText(frame) + " pixels takes " +
+                                          std::to_string(needed / MEGA + 1) + " MB of memory, the limit is " +
+                                          std::to_string(limit / MEGA) + " MB.");
 }
 
 } // namespace

@@ -11,8 +11,8 @@ namespace {
 
 class SettingsEffectSpot final : public SettingsOf<SettingsEffectSpot> {
     VELNOR_SETTINGS(SettingsEffectSpot, "A spot.")
-    VELNOR_FIELD(double, Radius, 12.5, "half the spot's width", Unit("pixels"), Range(0, 100))
-    VELNOR_FIELD(int, Blades, 6, "corners", Range(3, 12), Example("8"))
+    VELNOR_FIELD(double, Radius, 12.5, "half the spot's width", Unit("pixels"), Range(0, 100), Accepts(0, 200))
+    VELNOR_FIELD(int, Blades, 6, "corners", Range(3, 12), Example("8"), AcceptsRange())
     VELNOR_FLAG(Hollow, false, "whether the middle stays")
     VELNOR_SETTINGS_END
 
@@ -158,6 +158,17 @@ TEST(SettingsFields, RefusedTextNamesTheRangeAndChangesNothing) {
     EXPECT_EQ(Refusal(blades, spot, "3"), "taken");
     EXPECT_EQ(spot.GetRadius(), 100.0);
     EXPECT_EQ(spot.GetBlades(), 3);
+}
+
+TEST(SettingsFields, WhatIsNotAcceptedIsRefusedByTheNameThatIsTyped) {
+    SettingsEffectTheatre theatre;
+    EXPECT_EQ(theatre.FindRefusal(), "");
+    theatre.SetStage(SettingsEffectStage().SetMainSpot(SettingsEffectSpot().SetRadius(200.5)));
+    EXPECT_EQ(theatre.FindRefusal(), "The setting stage.main-spot.radius is 200.5 pixels; 0 to 200 are accepted.");
+    theatre.SetStage(SettingsEffectStage().SetMainSpot(SettingsEffectSpot(2).SetRadius(200)));
+    EXPECT_EQ(theatre.FindRefusal(), "The setting stage.main-spot.blades is 2; 3 to 12 are accepted.");
+    EXPECT_EQ(Field(SettingsEffectTheatre::StaticType(), "stage.main-spot.radius").GetAcceptedText(), "0 to 200");
+    EXPECT_EQ(Field(SettingsEffectSpot::StaticType(), "blades").GetAcceptedText(), "") << "the range says it";
 }
 
 TEST(SettingsFields, NamesInKebabCase) {

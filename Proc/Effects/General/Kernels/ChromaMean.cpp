@@ -1,5 +1,6 @@
 #include "Proc/Effects/General/Kernels/ChromaMean.h"
 
+#include "Proc/Interfaces/FrameFormat.h"
 #include "Proc/Interfaces/ProcException.h"
 
 #include <algorithm>
@@ -39,12 +40,11 @@ void MeanOfSums(std::vector<std::uint16_t> const& sums, unsigned char* target, u
 } // namespace
 
 void MeanOverChroma(ConstPlane const& source, MutablePlane const& target, unsigned int shiftX, unsigned int shiftY) {
-    using std::to_string;
     if (target.GetWidth() != Shrink(source.GetWidth(), shiftX) ||
         target.GetHeight() != Shrink(source.GetHeight(), shiftY))
-        VELNOR_THROW(ProcException, "A plane of " + to_string(source.GetWidth()) + " x " +
-                                        to_string(source.GetHeight()) + " samples has no means of " +
-                                        to_string(target.GetWidth()) + " x " + to_string(target.GetHeight()) + ".");
+        VELNOR_THROW(ProcException, "A plane of " + SizeText(source.GetWidth(), source.GetHeight()) +
+                                        " samples has no means of " + SizeText(target.GetWidth(), target.GetHeight()) +
+                                        ".");
     if (shiftX == 0 && shiftY == 0) return CopyPlane(source, target);
     std::vector<std::uint16_t> sums(source.GetWidth());
     for (std::uint64_t y = 0; y < target.GetHeight(); ++y) {

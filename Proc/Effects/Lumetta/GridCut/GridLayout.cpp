@@ -1,4 +1,5 @@
 #include "Proc/Effects/Lumetta/GridCut/GridLayout.h"
+#include "Proc/Interfaces/FrameFormat.h"
 
 #include "Proc/Interfaces/EffectExceptions.h"
 
@@ -14,13 +15,12 @@ std::uint64_t Pad(std::uint64_t pixels) {
 }
 
 void Check(std::uint32_t width, std::uint32_t height, std::uint32_t side) {
-    std::string const picture =
-        "A picture of " + std::to_string(width) + " x " + std::to_string(height) + " pixels cannot be segmented: ";
+    std::string const picture = "A picture of " + SizeText(width, height) + " pixels cannot be segmented: ";
     if (width == 0 || height == 0) VELNOR_THROW(EffectException, picture + "it needs at least 1 pixel each way.");
     if (Pad(width) > GridLayout::MAX_NODES / Pad(height))
         VELNOR_THROW(EffectException, picture + "with a border and rounded up to tiles of 8 x 8 it has " +
-                                          std::to_string(Pad(width)) + " x " + std::to_string(Pad(height)) +
-                                          " nodes, " + std::to_string(GridLayout::MAX_NODES) + " in all are possible.");
+                                          SizeText(Pad(width), Pad(height)) + " nodes, " +
+                                          std::to_string(GridLayout::MAX_NODES) + " in all are possible.");
     if (side == 0 || side % GridLayout::TILE != 0 || side > GridLayout::MAX_REGION_SIDE)
         VELNOR_THROW(EffectException, "The region side of a grid graph is " + std::to_string(side) +
                                           ", it must be a multiple of 8 from 8 to 640.");

@@ -19,19 +19,6 @@
 #include <cmath>
 
 namespace Velnor::Proc {
-namespace {
-
-constexpr double LARGEST_DEVIATION = 1 << 20; ///< Of any use: no picture has a longer side.
-
-void RequireDeviation(char const* axis, double deviation) {
-    if (!(deviation >= 0) || deviation > LARGEST_DEVIATION)
-        VELNOR_THROW(EffectException, std::string("The deviation ") + axis + " of the blur is " +
-                                          std::to_string(deviation) + " pixels; 0 to " +
-                                          std::to_string(static_cast<int>(LARGEST_DEVIATION)) + " are possible.");
-}
-
-} // namespace
-
 class Blur : public AdaptedEffect<SettingsEffectBlur>, public OnOpenCV {
 public:
     using AdaptedEffect::AdaptedEffect;
@@ -45,8 +32,6 @@ public:
         bool const isPercent = settings.GetScaleType() == SettingsEffectBlur::PERCENT;
         double const devX = isPercent ? settings.GetScaleX() / 100.0 * frame.width : settings.GetDevX();
         double const devY = isPercent ? settings.GetScaleY() / 100.0 * frame.height : settings.GetDevY();
-        RequireDeviation("across", devX);
-        RequireDeviation("down", devY);
         VideoHandle const covered = CopyCovered(picture);
         IDataVideo const& source = *covered;
         VideoHandle const result = picture.MakeCopy(CopyMode::Value);
@@ -84,7 +69,7 @@ private:
         bool const isGaussian = settings.GetAlgorithm() == SettingsEffectBlur::GAUSSIAN;
         auto const kernel = [&](double deviation, int halfWidth) {
             return isGaussian ? MakeGaussianKernel(deviation, halfWidth)
-                              : MakeTriangleKernel(HalfWidth(deviation, 1 << 20));
+                              : MakeTriangleKernel(HalfWidth(deviation, LARGEST_PICTURE_SIDE));
         };
         HalfKernel const across = kernel(devX, x);
         HalfKernel const down = kernel(devY, y);

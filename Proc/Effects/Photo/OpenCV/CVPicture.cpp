@@ -28,9 +28,8 @@ cv::Mat ViewOf(MutablePlane const& plane, PlaneLayout const& layout) {
     std::uint64_t const columns = plane.GetWidth() / layout.bytes;
     constexpr std::uint64_t most = std::numeric_limits<std::int16_t>::max();
     if (columns > most || plane.GetHeight() > most)
-        VELNOR_THROW(EffectException, "The picture is " + std::to_string(columns) + " x " +
-                                          std::to_string(plane.GetHeight()) + "; OpenCV takes sides up to " +
-                                          std::to_string(most) + ".");
+        VELNOR_THROW(EffectException, "The picture is " + SizeText(columns, plane.GetHeight()) +
+                                          "; OpenCV takes sides up to " + std::to_string(most) + ".");
     return {static_cast<int>(plane.GetHeight()), static_cast<int>(columns), CV_8UC(layout.bytes), plane.GetData(),
             static_cast<std::size_t>(plane.GetStride())};
 }

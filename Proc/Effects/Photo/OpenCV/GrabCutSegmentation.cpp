@@ -8,6 +8,7 @@
 // C. Rother, V. Kolmogorov, A. Blake, "GrabCut: Interactive Foreground Extraction using Iterated Graph Cuts", ACM
 // Transactions on Graphics 23(3), 2004.
 #include "Proc/Effects/Kit/ClearColours.h"
+#include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Effects/Photo/Guarded.h"
 #include "Proc/Effects/Photo/OpenCV/CVEffects.h"
 #include "Proc/Effects/Photo/OpenCV/CVPicture.h"
@@ -25,10 +26,6 @@ constexpr int ITERATIONS = 5;
 constexpr double LARGEST_HOLE = 0.02; ///< That is closed, of the object's area: a larger one is seen through.
 constexpr int LEAST_PIXELS = 5;       ///< Colours in each of grabCut's models.
 constexpr std::uint64_t SEED = 0x4c756d65747461; ///< Of the first clusters: the same picture has the same object.
-
-std::string SizeOf(FrameFormat const& frame) {
-    return std::to_string(frame.width) + " x " + std::to_string(frame.height);
-}
 
 void RequireStrokes(cv::Mat const& marks, int kind, char const* what, int value) {
     int const pixels = cv::countNonZero(marks == kind);
@@ -137,15 +134,12 @@ private:
         if (strokes.GetPixFmt() != PixFmt::GRAY8)
             VELNOR_THROW(EffectException, "The strokes are a picture in " + std::string(strokes.GetDescription().name) +
                                               "; they must be in gray.");
-        FrameFormat const size = strokes.GetFrameFormat();
-        if (size.width != frame.width || size.height != frame.height)
-            VELNOR_THROW(EffectException, "The strokes are " + SizeOf(size) + " pixels, the picture is " +
-                                              SizeOf(frame) + "; they must be of one size.");
+        RequireOneSize("The strokes are", strokes.GetFrameFormat(), frame);
         int const foreground = settings.GetForeground() & 255;
         int const background = settings.GetBackground() & 255;
         if (foreground == background)
-            VELNOR_THROW(EffectException, "Foreground and background have both the value " +
-                                              std::to_string(foreground) + "; they must differ.");
+            VELNOR_THROW(EffectException, "The settings foreground and background are both " +
+                                              std::to_string(foreground) + "; strokes of two values are needed.");
         cv::Mat const values = ReadPlane(strokes, 0);
         cv::Mat marks(values.size(), CV_8U, cv::Scalar(cv::GC_PR_BGD));
         marks.setTo(cv::GC_FGD, values == foreground);

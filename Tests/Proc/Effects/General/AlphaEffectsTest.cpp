@@ -118,7 +118,7 @@ TEST_F(AlphaEffectsTest, TheMaskComesAtTheResolutionOfTheChroma) {
     EXPECT_EQ(plane(PixFmt::YUV440P)->GetPlane(0).GetRow(1)[7], (at(7, 2) + at(7, 3) + 1) / 2);
 
     std::string const unknown = RefusalOf([&] { plane(static_cast<PixFmt>(9)); });
-    EXPECT_NE(unknown.find("pixel format is 9"), std::string::npos) << unknown;
+    EXPECT_NE(unknown.find("pixel-format is 9"), std::string::npos) << unknown;
     std::string const noMask = RefusalOf(
         [&] { Apply(SettingsEffectExtraAlphaExtractor(PixFmt::NV12), MakeNoise(context, PixFmt::RGB24, 2, 2)); });
     EXPECT_NE(noMask.find("rgb24"), std::string::npos) << noMask;

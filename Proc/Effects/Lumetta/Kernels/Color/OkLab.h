@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Proc/Interfaces/LumaShare.h"
+
 #include <array>
 
 namespace Velnor::Proc::Kernels {
@@ -24,7 +26,10 @@ RgbLevels FromOkLab(Lab const& lab);
 Lab IntoGamut(Lab const& lab);
 
 /// BT.601 luma.
-inline float LumaOf(RgbLevels const& rgb) { return 0.299F * rgb[0] + 0.587F * rgb[1] + 0.114F * rgb[2]; }
+inline float LumaOf(RgbLevels const& rgb) {
+    using Share = LumaShare<float>;
+    return Share::RED * rgb[0] + Share::GREEN * rgb[1] + Share::BLUE * rgb[2];
+}
 
 /// The colour at another luma, 0 to 255: moved along the grey axis, and drawn to grey by no more than makes it fit 0 to
 /// 255. So luma is exact and the direction of the chroma stays.

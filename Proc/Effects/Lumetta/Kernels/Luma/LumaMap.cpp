@@ -1,4 +1,5 @@
 #include "Proc/Effects/Lumetta/Kernels/Luma/LumaMap.h"
+#include "Proc/Interfaces/LumaShare.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,9 +60,9 @@ Between Place(std::uint64_t at, std::uint64_t factor, std::size_t count) {
 } // namespace
 
 void ReadLumaRow(unsigned char const* pixels, std::uint64_t count, PackedRgb const& format, float* luma) {
-    constexpr float RED = 0.299F / 255.0F;
-    constexpr float GREEN = 0.587F / 255.0F;
-    constexpr float BLUE = 0.114F / 255.0F;
+    constexpr float RED = LumaShare<float>::RED / 255.0F;
+    constexpr float GREEN = LumaShare<float>::GREEN / 255.0F;
+    constexpr float BLUE = LumaShare<float>::BLUE / 255.0F;
     float const first = format.isBlueFirst ? BLUE : RED;
     float const last = format.isBlueFirst ? RED : BLUE;
     if (format.pixelBytes == 3)

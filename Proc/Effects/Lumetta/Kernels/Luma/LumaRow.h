@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Proc/Interfaces/LumaShare.h"
+
 #include <array>
 #include <cstdint>
 
@@ -9,7 +11,9 @@ using LumaWeights = std::array<std::uint32_t, 3>; ///< Per thousand, by byte of 
 
 /// Weights of red, green and blue in brightness, by byte of a pixel.
 constexpr LumaWeights WeightsByByte(bool isBlueFirst) {
-    return isBlueFirst ? LumaWeights{114, 587, 299} : LumaWeights{299, 587, 114};
+    using Share = LumaShare<std::uint32_t>;
+    return isBlueFirst ? LumaWeights{Share::BLUE, Share::GREEN, Share::RED}
+                       : LumaWeights{Share::RED, Share::GREEN, Share::BLUE};
 }
 
 /// Writes the luma of `pixels` pixels of 3 or 4 bytes: (w0 b0 + w1 b1 + w2 b2) / 1000, truncated. The weights add up to
