@@ -19,8 +19,8 @@ struct RegisteredEffect {
     std::string origin; ///< "host", a plug-in's file name where it came with the host, or the path of another.
 };
 
-/// The reference host: the registry, plug-ins, the factory and the pictures' allocator. It knows no effect: whoever makes
-/// it says which are its own. StandardHost is the one with those that come with it.
+/// The reference host: the registry, plug-ins, the factory and the pictures' allocator. It knows no effect: whoever
+/// makes it says which are its own. StandardHost is the one with those that come with it.
 ///
 ///     Host host([](IEffectRegistry& registry) { RegisterGeneralEffects(registry); });
 ///     host.LoadPlugin("libLumetta.so");
@@ -34,7 +34,7 @@ struct RegisteredEffect {
 /// its classes may live on.
 class VELNOR_API Host {
 public:
-    /// @param registerEffects  registers the host's own effects, of which others are made; what it throws passes through
+    /// @param registerEffects  registers the host's own effects, of which others are made; what it throws is passed on
     explicit Host(std::function<void(IEffectRegistry&)> const& registerEffects,
                   MemoryLimits const& pictures = MemoryLimits());
     virtual ~Host();

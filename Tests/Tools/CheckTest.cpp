@@ -109,6 +109,8 @@ TEST(Check, SaysWhyAPluginCannotBeChecked) {
              {{folder + "/NoEntry.so"},
               4,
               "registration: Plug-in " + folder + "/NoEntry.so cannot be loaded: it has no"},
+             {{folder + "/DyingPlugin.so"}, 4, "registration: died by signal 6 (Aborted)\n"},
+             {{folder + "/DyingPlugin.so", "--json"}, 4, "\"error\": \"died by signal 6 (Aborted)\""},
              {{folder + "/StrangePlugin.so"}, 4, "it links to none of the libraries of the contract"},
              {{folder + "/GoodPlugin.so", "--effect", "test-first"}, 4, "returned null"}}) {
         SCOPED_TRACE(line);

@@ -17,7 +17,7 @@ constexpr std::int64_t TIME_STAMP = 1234;
 std::vector<std::pair<std::uint32_t, std::uint32_t>> GetSizes(int level) {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> sizes{{1, 1}, {3, 5}, {16, 9}};
     if (level > 1) sizes.insert(sizes.end(), {{2, 1}, {33, 31}});
-    if (level > 2) sizes.insert(sizes.end(), {{1, 64}, {1031, 17}});
+    if (level > 2) sizes.insert(sizes.end(), {{1, 64}, {65, 2}});
     return sizes;
 }
 

@@ -34,11 +34,20 @@ VideoHandle MakeBlocks(IEffectContext& context, PixFmt format, HiddenColour hidd
     });
 }
 
-VideoHandle Show(Subject const& subject, Settings const& settings, VideoHandle const& picture, Journal& journal) {
+/// One picture, or two: a mask, or a photograph whose hidden colours are always the same. Where two pictures of a kind
+/// are blended, neither may show what it hides.
+std::vector<DataHandle> MakePair(Subject const& subject, VideoHandle const& picture, VideoHandle const& other) {
     std::vector<DataHandle> inputs = subject.MakeInputs(PixFmt::GRAY8, WIDTH, HEIGHT);
-    bool const takesMask = subject.GetType().pictures.size() > 1 && subject.GetType().pictures[1] == PictureRole::Mask;
-    for (std::size_t i = 0; i < inputs.size(); ++i)
-        if (i == 0 || !takesMask) inputs[i] = picture->MakeCopy(CopyMode::Value);
+    if (subject.GetEffect().kind == EffectKind::VarInput) inputs.resize(1);
+    inputs[0] = picture->MakeCopy(CopyMode::Value);
+    std::vector<PictureRole> const& roles = subject.GetType().pictures;
+    bool const takesMask = roles.size() > 1 && roles[1] == PictureRole::Mask;
+    bool const isBlend = subject.GetName().find("blend") != std::string::npos;
+    if (inputs.size() > 1 && !takesMask) inputs[1] = (isBlend ? picture : other)->MakeCopy(CopyMode::Value);
+    return inputs;
+}
+
+VideoHandle Show(Subject const& subject, Settings const& settings, std::vector<DataHandle> inputs, Journal& journal) {
     Outcome const outcome = Try(*subject.Make(settings), std::move(inputs), journal);
     if (outcome.results.empty() || !outcome.results.front()) return nullptr;
     return VideoHandle(&AsVideo(outcome.results.front()));
@@ -69,8 +78,8 @@ void CheckHiddenColours(Subject const& subject, Journal& journal) {
             journal.Begin(NameOf(format.format, WIDTH, HEIGHT));
             VideoHandle const source = MakeBlocks(subject.GetContext(), format.format, OneGrey);
             VideoHandle const twin = MakeBlocks(subject.GetContext(), format.format, Dazzle);
-            VideoHandle const one = Show(subject, *settings, source, journal);
-            VideoHandle const other = Show(subject, *settings, twin, journal);
+            VideoHandle const one = Show(subject, *settings, MakePair(subject, source, source), journal);
+            VideoHandle const other = Show(subject, *settings, MakePair(subject, twin, source), journal);
             bool const areAlike =
                 one == nullptr || other == nullptr
                     ? one == other
