@@ -50,10 +50,10 @@ std::vector<unsigned char> ReadNetwork(fs::path const& file) {
     if (error)
         VELNOR_THROW(EffectException, "The network " + file.string() + " cannot be read: " + error.message() + ".");
     // What the format's messages can be at most.
-    constexpr std::uintmax_t largest = 0x7fffffff;
-    if (size == 0 || size > largest)
+    constexpr std::uintmax_t LARGEST = 0x7fffffff;
+    if (size == 0 || size > LARGEST)
         VELNOR_THROW(EffectException, "The network " + file.string() + " cannot be read: it has " +
-                                          std::to_string(size) + " bytes; 1 to " + std::to_string(largest) +
+                                          std::to_string(size) + " bytes; 1 to " + std::to_string(LARGEST) +
                                           " are possible.");
     std::vector<unsigned char> content(static_cast<std::size_t>(size));
     errno = 0;

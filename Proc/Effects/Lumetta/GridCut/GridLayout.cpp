@@ -37,14 +37,14 @@ GridLayout::GridLayout(std::uint32_t gridWidth, std::uint32_t gridHeight, std::u
     regionsAcross = (paddedWidth + regionSide - 1) / regionSide;
     regionsDown = (paddedHeight + regionSide - 1) / regionSide;
 
-    constexpr std::uint32_t tileStep = TILE * TILE - (TILE - 1);
+    constexpr std::uint32_t TILE_STEP = TILE * TILE - (TILE - 1);
     for (std::uint32_t i = 0; i < TILE * TILE; ++i) {
         std::uint32_t const x = i % TILE;
         std::uint32_t const y = i / TILE;
-        steps[i][RIGHT] = x != TILE - 1 ? 1 : tileStep;
+        steps[i][RIGHT] = x != TILE - 1 ? 1 : TILE_STEP;
         steps[i][DOWN] = y != TILE - 1 ? TILE : rowStep;
         steps[i][UP] = 0 - (y != 0 ? TILE : rowStep);
-        steps[i][LEFT] = 0 - (x != 0 ? 1 : tileStep);
+        steps[i][LEFT] = 0 - (x != 0 ? 1 : TILE_STEP);
     }
 }
 

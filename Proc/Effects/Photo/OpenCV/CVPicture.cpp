@@ -26,10 +26,10 @@ cv::Mat ViewOf(MutablePlane const& plane, PlaneLayout const& layout) {
     if (plane.GetStride() < 0)
         VELNOR_THROW(EffectException, "A picture whose rows are stored bottom-up cannot be written by OpenCV.");
     std::uint64_t const columns = plane.GetWidth() / layout.bytes;
-    constexpr std::uint64_t most = std::numeric_limits<std::int16_t>::max();
-    if (columns > most || plane.GetHeight() > most)
+    constexpr std::uint64_t MOST = std::numeric_limits<std::int16_t>::max();
+    if (columns > MOST || plane.GetHeight() > MOST)
         VELNOR_THROW(EffectException, "The picture is " + SizeText(columns, plane.GetHeight()) +
-                                          "; OpenCV takes sides up to " + std::to_string(most) + ".");
+                                          "; OpenCV takes sides up to " + std::to_string(MOST) + ".");
     return {static_cast<int>(plane.GetHeight()), static_cast<int>(columns), CV_8UC(layout.bytes), plane.GetData(),
             static_cast<std::size_t>(plane.GetStride())};
 }

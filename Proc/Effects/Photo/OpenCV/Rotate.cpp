@@ -33,11 +33,11 @@ cv::Size ResultSize(cv::Size size, double angle, int quarters, SettingsEffectRot
     double const across = size.width * c + size.height * s;
     double const down = size.width * s + size.height * c;
     // Sums of sines and cosines that should be whole numbers are so but for their last digits.
-    constexpr double tiny = 1e-7;
+    constexpr double TINY = 1e-7;
     if (mode == SettingsEffectRotate::WHOLE)
-        return {static_cast<int>(std::ceil(across - tiny)), static_cast<int>(std::ceil(down - tiny))};
+        return {static_cast<int>(std::ceil(across - TINY)), static_cast<int>(std::ceil(down - TINY))};
     double const scale = std::min(size.width / across, size.height / down);
-    auto const side = [&](int whole) { return std::max(1, static_cast<int>(std::floor(whole * scale + tiny))); };
+    auto const side = [&](int whole) { return std::max(1, static_cast<int>(std::floor(whole * scale + TINY))); };
     return {side(size.width), side(size.height)};
 }
 
