@@ -147,6 +147,15 @@ TEST_F(ColorEffectsTest, SplitToningTintsShadowsAndHighlightsAndKeepsBrightnessB
             grey->Fill(Color(byte, byte, byte, 90));
             Colour4 const toned = ReadColour(*Apply(Tones(blue, orange), grey), 2, 1);
             ASSERT_NEAR(Luma(toned), level, 1.0) << level;
+            double const w = level / 255.0;
+            auto const tinted = [&](unsigned int k) {
+                auto const tint = [&](Color const& tone) {
+                    return tone[k] - (0.299 * tone.GetRed() + 0.587 * tone.GetGreen() + 0.114 * tone.GetBlue());
+                };
+                return std::clamp(level + std::lround(4 * w * (1 - w) * ((1 - w) * tint(blue) + w * tint(orange))), 0L,
+                                  255L);
+            };
+            ASSERT_EQ(toned, (Colour4{double(tinted(2)), double(tinted(1)), double(tinted(0)), toned.alpha})) << level;
             ASSERT_EQ(toned.alpha, ReadColour(*grey, 2, 1).alpha);
             if (level > 20 && level < 90) {
                 ASSERT_GT(toned.blue, toned.red);
