@@ -52,6 +52,9 @@ struct ReadOptions {
     /// Told once, when the file is found within the limits and before a pixel is decoded. It may wait until there is
     /// room.
     std::function<void(PictureHeader const&)> onHeader = {};
+    /// A longer side that is enough: a JPEG file may be read at half, a quarter or an eighth of its size as long as it
+    /// is no smaller, in a fraction of the time. 0: all of it.
+    std::uint32_t enoughSide = 0;
 };
 
 /// What of the metadata is not written.

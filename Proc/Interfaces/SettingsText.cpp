@@ -111,56 +111,6 @@ bool TextForm<bool>::Parse(std::string_view text) {
     Details::ThrowChoice(text, Choices());
 }
 
-namespace {
-
-struct NamedColor {
-    std::string_view name;
-    unsigned int rgb; ///< 0xrrggbb
-};
-// CSS Color Module Level 4, section 6.1: the basic colour keywords.
-constexpr NamedColor NAMED_COLORS[] = {
-    {"black", 0x000000},  {"silver", 0xc0c0c0}, {"gray", 0x808080},   {"white", 0xffffff},
-    {"maroon", 0x800000}, {"red", 0xff0000},    {"purple", 0x800080}, {"fuchsia", 0xff00ff},
-    {"green", 0x008000},  {"lime", 0x00ff00},   {"olive", 0x808000},  {"yellow", 0xffff00},
-    {"navy", 0x000080},   {"blue", 0x0000ff},   {"teal", 0x008080},   {"aqua", 0x00ffff},
-};
-
-Color FromRgb(unsigned int rgb, unsigned char opacity) {
-    return {static_cast<unsigned char>(rgb), static_cast<unsigned char>(rgb >> 8),
-            static_cast<unsigned char>(rgb >> 16), opacity};
-}
-
-constexpr std::string_view DIGITS = "0123456789abcdef";
-
-} // namespace
-
-Color TextForm<Color>::Parse(std::string_view text) {
-    if (text == "transparent") return Color::Black(Color::Opacity::Transparent);
-    for (NamedColor const& named : NAMED_COLORS)
-        if (text == named.name) return FromRgb(named.rgb, 255);
-    std::string digits(text.starts_with('#') ? text.substr(1) : "");
-    if (digits.size() == 3) digits = {digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
-    unsigned int word = 0;
-    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), word, 16);
-    bool const whole = error == std::errc() && end == digits.data() + digits.size();
-    if (whole && digits.size() == 6) return FromRgb(word, 255);
-    if (whole && digits.size() == 8) return FromRgb(word >> 8, static_cast<unsigned char>(word));
-    ThrowText(Quoted(text) + " is no colour: #rrggbb, #rrggbbaa or a name such as white is accepted");
-}
-
-std::string TextForm<Color>::Print(Color const& value) {
-    std::string text = "#";
-    auto const add = [&](unsigned char byte) {
-        text += DIGITS[byte >> 4];
-        text += DIGITS[byte & 15];
-    };
-    add(value.GetRed());
-    add(value.GetGreen());
-    add(value.GetBlue());
-    if (value.GetOpacity() != 255) add(value.GetOpacity());
-    return text;
-}
-
 PixFmt TextForm<PixFmt>::Parse(std::string_view text) {
     if (text == "none") return PixFmt::NONE;
     PixFmtDescription const* const description = PixFmtDescription::Find(text);

@@ -38,17 +38,27 @@ public:
 
     VELNOR_SETTINGS(SettingsResizer, "Resizes the picture.")
     VELNOR_FIELD(ResizeMethods, Method, BICUBIC, "resampling method")
-    VELNOR_FIELD(ResizeMode, Mode, OFF, "what the new size is made from", Example("to-frame"))
+    VELNOR_FIELD(ResizeMode, Mode, OFF, "what the new size is made from; off where width, height or long-side is given")
     VELNOR_FIELD(Fit, Fitting, EXACT, "how the picture's shape meets the target's, with mode to-frame")
-    VELNOR_FIELD(double, Factor, 1.0, "scale of both sides, with mode by-factor", Range(1e-6, 1000), Example("0.5"),
-                 AcceptsFrom(0))
+    VELNOR_FIELD(double, Factor, 1.0, "scale of both sides, with mode by-factor", Range(1e-6, 1000), AcceptsFrom(0))
     VELNOR_FIELD(FrameFormat, Target, {}, "size to reach, with the modes to-width, to-height and to-frame",
-                 Unit("pixels"), Example("1024x768"))
+                 Unit("pixels"))
     VELNOR_FLAG(KeepAttributes, true, "whether the time attributes go on to the result")
     VELNOR_FLAG(AtLeastOnePixel, true, "whether a side that would come out as 0 becomes 1; else it is an error")
+    VELNOR_FIELD(std::uint32_t, Width, 0, "width to reach, with no mode; the height follows unless it is set too",
+                 Unit("pixels"), Range(0, 1048576))
+    VELNOR_FIELD(std::uint32_t, Height, 0,
+                 "height to reach, with no mode; of both, the picture keeps its shape inside unless fitting says else",
+                 Unit("pixels"), Range(0, 1048576))
+    VELNOR_FIELD(std::uint32_t, LongSide, 0,
+                 "length of the longer side, with no mode; fitting shrink-inside never enlarges", Unit("pixels"),
+                 Range(0, 1048576))
     VELNOR_SETTINGS_END
 
-    bool IsEmpty() const override { return Settings::IsEmpty() || valueMode == OFF; }
+    bool IsEmpty() const override { return Settings::IsEmpty() || (valueMode == OFF && !HasSides()); }
+
+    /// Whether the size to reach is given by sides, not by a mode.
+    bool HasSides() const { return valueWidth != 0 || valueHeight != 0 || valueLongSide != 0; }
 };
 
 template <>

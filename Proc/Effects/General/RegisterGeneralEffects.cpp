@@ -11,7 +11,9 @@ namespace Velnor::Proc {
     Do(AlphaExtractor) \
     Do(AlphaInserter) \
     Do(ColorBalance) \
+    Do(Crop) \
     Do(ExtraAlphaExtractor) \
+    Do(Flip) \
     Do(ImageBlender) \
     Do(NoiseVideo) \
     Do(Pad) \

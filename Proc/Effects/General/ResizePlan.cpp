@@ -69,6 +69,31 @@ void PlanFit(ResizePlan& plan, FrameFormat const& frame, PixFmtDescription const
     plan.top = Centre(target.height, inside.height, format.chromaShiftY);
 }
 
+/// Settings with a mode in the place of width, height and longer side. Where both sides of the result are given, and the
+/// fitting does not say another thing, the picture keeps its shape.
+S ResolveSides(FrameFormat const& frame, S const& given) {
+    if (given.GetMode() != S::OFF)
+        VELNOR_THROW(ProcException, "Resizer: width, height and longer side go without a mode, which is " +
+                                        std::to_string(given.GetMode()) + ".");
+    if (given.GetLongSide() != 0 && (given.GetWidth() != 0 || given.GetHeight() != 0))
+        VELNOR_THROW(ProcException, "Resizer: the longer side, " + std::to_string(given.GetLongSide()) +
+                                        ", goes without width and height.");
+    S settings = given;
+    FrameFormat target = frame;
+    target.width = given.GetLongSide() != 0 ? given.GetLongSide() : given.GetWidth();
+    target.height = given.GetLongSide() != 0 ? given.GetLongSide() : given.GetHeight();
+    bool const isShrink = given.GetFitting() == S::SHRINK_INSIDE;
+    if (given.GetLongSide() != 0 || given.GetFitting() == S::EXACT)
+        settings.SetFitting(isShrink ? S::SHRINK_INSIDE : S::INSIDE);
+    settings.SetTarget(target);
+    settings.SetMode(target.width == 0 ? S::TO_HEIGHT : (target.height == 0 ? S::TO_WIDTH : S::TO_FRAME));
+    if (isShrink && settings.GetMode() != S::TO_FRAME) {
+        bool const isSmaller = target.width != 0 ? target.width >= frame.width : target.height >= frame.height;
+        if (isSmaller) settings.SetMode(S::OFF);
+    }
+    return settings;
+}
+
 std::uint32_t IntermediateSide(std::uint32_t from, std::uint32_t to, std::uint32_t largest) {
     if (from <= static_cast<std::uint64_t>(to) * largest) return from;
     return to * largest;
@@ -76,7 +101,8 @@ std::uint32_t IntermediateSide(std::uint32_t from, std::uint32_t to, std::uint32
 
 } // namespace
 
-ResizePlan PlanResize(FrameFormat const& frame, PixFmtDescription const& format, S const& settings) {
+ResizePlan PlanResize(FrameFormat const& frame, PixFmtDescription const& format, S const& given) {
+    S const settings = given.HasSides() ? ResolveSides(frame, given) : given;
     FrameFormat const target = settings.GetTarget();
     Size size{frame.width, frame.height};
     switch (settings.GetMode()) {

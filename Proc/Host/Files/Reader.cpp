@@ -175,6 +175,26 @@ void Salvage(Header& header, FoundLoader const& loader, FileFacts const& facts, 
     if (header.isDamaged) header.salvaged = std::move(salvaged.image);
 }
 
+/// By how much the decoder may shrink the picture, so that its longer side is still enough.
+int ChooseShrink(VipsImage* image, ReadKind kind, std::uint32_t enoughSide) {
+    constexpr int MOST = 8;
+    if (kind != ReadKind::Jpeg || enoughSide == 0) return 1;
+    auto const side = static_cast<std::uint32_t>(std::max(vips_image_get_width(image), vips_image_get_height(image)));
+    int shrink = 1;
+    while (shrink < MOST && side / (2U * static_cast<std::uint32_t>(shrink)) >= enoughSide) shrink *= 2;
+    return shrink;
+}
+
+/// The same JPEG picture, decoded smaller. Null when it cannot be.
+OwnedImage LoadShrunk(InputFile const& file, char const* operation, int shrink) {
+    Owned<VipsSource> const source(vips_source_new_from_descriptor(file.Get()));
+    VipsImage* loaded = nullptr;
+    if (source != nullptr)
+        (void)vips_call(operation, source.get(), &loaded, "access", VIPS_ACCESS_SEQUENTIAL, "fail_on",
+                        VIPS_FAIL_ON_WARNING, "shrink", shrink, nullptr);
+    return OwnedImage(loaded);
+}
+
 /// Opens the picture and reads its header, no pixel.
 Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const& options) {
     RequireRoom(WORKING_ROOM);
@@ -199,6 +219,9 @@ Header OpenHeader(fs::path const& path, InputFile const& file, ReadOptions const
     if (header.image == nullptr) FailInLibrary(path);
     header.memory = EstimateMemory(header.image.get(), kind, facts);
     if (options.acceptDamaged) Salvage(header, *loader, facts, file.Get());
+    if (header.image == nullptr) FailInLibrary(path);
+    int const shrink = options.acceptDamaged ? 1 : ChooseShrink(header.image.get(), kind, options.enoughSide);
+    if (shrink > 1) header.image = LoadShrunk(file, loader->operation, shrink);
     if (header.image == nullptr) FailInLibrary(path);
     if (kind == ReadKind::Jpeg) TakeJpegProfile(header.image.get(), file.Get());
     header.rows = facts.wholeRows.value_or(static_cast<std::uint64_t>(vips_image_get_height(header.image.get())));

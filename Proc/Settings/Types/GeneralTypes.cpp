@@ -4,7 +4,9 @@
 #include "Proc/Settings/SettingsEffectAlphaExtractor.h"
 #include "Proc/Settings/SettingsEffectAlphaInserter.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
+#include "Proc/Settings/SettingsEffectCrop.h"
 #include "Proc/Settings/SettingsEffectExtraAlphaExtractor.h"
+#include "Proc/Settings/SettingsEffectFlip.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
 #include "Proc/Settings/SettingsEffectNoiseVideo.h"
 #include "Proc/Settings/SettingsEffectPad.h"
@@ -24,7 +26,9 @@ namespace Velnor::Proc {
     Do(SettingsEffectAlphaExtractor) \
     Do(SettingsEffectAlphaInserter) \
     Do(SettingsEffectColorBalance) \
+    Do(SettingsEffectCrop) \
     Do(SettingsEffectExtraAlphaExtractor) \
+    Do(SettingsEffectFlip) \
     Do(SettingsEffectImageBlender) \
     Do(SettingsEffectNoiseVideo) \
     Do(SettingsEffectPad) \

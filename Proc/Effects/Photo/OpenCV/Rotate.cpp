@@ -1,8 +1,8 @@
 // Rotate: turns the picture about its centre, counter-clockwise, on OpenCV.
 //
 // Quarter turns move samples and are exact; any other angle is interpolated bicubically, against the fill colour at the
-// picture's border. The result is as large as the picture, as the whole turned picture, or as the largest upright
-// rectangle of the picture's shape that lies inside of the turned picture: its sides are s times the picture's, with
+// picture's border. The result is as large as the picture, as the whole turned picture (quarter turns, unless something
+// else is asked for), or as the largest upright rectangle of the picture's shape that lies inside of the turned picture: its sides are s times the picture's, with
 //
 //     s = min(width / (width |cos| + height |sin|), height / (width |sin| + height |cos|))
 //
@@ -25,11 +25,13 @@ namespace {
 
 /// Sides of the result. `quarters` is the number of quarter turns, or -1 for any other angle.
 cv::Size ResultSize(cv::Size size, double angle, int quarters, SettingsEffectRotate::OutputSizeMode mode) {
+    bool const isExact = quarters >= 0;
+    if (mode == SettingsEffectRotate::AUTO) mode = isExact ? SettingsEffectRotate::WHOLE : SettingsEffectRotate::SAME;
     if (mode == SettingsEffectRotate::SAME) return size;
     bool const isUpright = quarters == 0 || quarters == 2;
     double const radians = angle * std::numbers::pi / 180.0;
-    double const c = quarters < 0 ? std::abs(std::cos(radians)) : (isUpright ? 1.0 : 0.0);
-    double const s = quarters < 0 ? std::abs(std::sin(radians)) : (isUpright ? 0.0 : 1.0);
+    double const c = !isExact ? std::abs(std::cos(radians)) : (isUpright ? 1.0 : 0.0);
+    double const s = !isExact ? std::abs(std::sin(radians)) : (isUpright ? 0.0 : 1.0);
     double const across = size.width * c + size.height * s;
     double const down = size.width * s + size.height * c;
     // Sums of sines and cosines that should be whole numbers are so but for their last digits.
