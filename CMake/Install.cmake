@@ -13,6 +13,13 @@ foreach(module IN LISTS velnor_modules)
   install(FILES $<TARGET_FILE:${module}>.needed DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
 endforeach()
 install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
+# What velnor-words made, where it was built, and the recipes.
+foreach(folder man bash-completion zsh fish)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/share/${folder} DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)
+endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/share/velnor/effects.schema.json ${PROJECT_BINARY_DIR}/share/velnor/recipe.schema.json
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/velnor OPTIONAL)
+install(DIRECTORY Recipes/ DESTINATION ${CMAKE_INSTALL_DATADIR}/velnor/recipes FILES_MATCHING PATTERN "*.json")
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)
 
 foreach(directory Core Proc/Interfaces Proc/Settings Proc/Effects/Kit Proc/Host Proc/StandardHost)

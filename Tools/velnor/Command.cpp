@@ -1,5 +1,11 @@
 #include "Tools/velnor/Command.h"
 
+#include "Tools/velnor/HelpFormatter.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+
 namespace Velnor::Tool {
 
 char const* const EXIT_CODES = R"(Exit codes:
@@ -14,7 +20,13 @@ When several photographs are given and none could be done, the code is that of t
 
 std::vector<Command> DeclareCommands(CLI::App& app) {
     app.footer(EXIT_CODES);
-    return {DeclareApply(app), DeclareCutout(app), DeclareEffects(app), DeclareDescribe(app), DeclareCheck(app)};
+    app.formatter(std::make_shared<HelpFormatter>()); // The commands take it over.
+    std::vector<Command> commands{DeclareApply(app), DeclareCutout(app), DeclareEffects(app), DeclareDescribe(app),
+                                  DeclareCheck(app)};
+    std::ranges::move(DeclareRecipe(app), std::back_inserter(commands));
+    for (auto const declare : {DeclarePreview, DeclareGallery, DeclareManual, DeclareCompletion, DeclareComplete})
+        commands.push_back(declare(app));
+    return commands;
 }
 
 } // namespace Velnor::Tool

@@ -21,6 +21,12 @@ Command DeclareCutout(CLI::App& app);
 Command DeclareEffects(CLI::App& app);
 Command DeclareDescribe(CLI::App& app);
 Command DeclareCheck(CLI::App& app);
+std::vector<Command> DeclareRecipe(CLI::App& app);
+Command DeclarePreview(CLI::App& app);
+Command DeclareGallery(CLI::App& app);
+Command DeclareManual(CLI::App& app);
+Command DeclareCompletion(CLI::App& app);
+Command DeclareComplete(CLI::App& app);
 
 /// All of them, in the order of the help.
 std::vector<Command> DeclareCommands(CLI::App& app);

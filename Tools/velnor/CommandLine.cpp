@@ -4,12 +4,13 @@
 #include "Tools/velnor/Command.h"
 #include "Tools/velnor/Console.h"
 #include "Tools/velnor/Failure.h"
+#include "Tools/velnor/Json.h"
 #include "Tools/velnor/LastWords.h"
 #include "Tools/velnor/Logging.h"
 #include "Tools/velnor/Suggestions.h"
+#include "Tools/velnor/Words.h"
 
 #include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 
 #include <algorithm>
 
@@ -24,21 +25,27 @@ std::vector<std::string> GetOptionNames(CLI::App const& command) {
     return names;
 }
 
+/// What shows the help of a command, or of the program.
+std::string GetHelpCall(CLI::App const& command) {
+    std::string const name = GetCommandName(command);
+    return "velnor " + (name.empty() ? name : name + " ") + "--help";
+}
+
 void RequireNoExtras(CLI::App const& command) {
     for (std::string const& extra : command.remaining()) {
         if (extra == "--") continue; // The mark that options end here, which the parser leaves among the extras.
         std::string const typed = extra.substr(0, extra.find('='));
         if (typed.starts_with('-'))
-            throw WrongCall(command.get_name() + " has no option " + typed +
-                            SuggestNearest(typed, GetOptionNames(command),
-                                           "`velnor " + command.get_name() + " --help` lists them"));
-        throw WrongCall(command.get_name() + " takes no further argument \"" + extra + "\"");
+            throw WrongCall(
+                GetCommandName(command) + " has no option " + typed +
+                SuggestNearest(typed, GetOptionNames(command), "`" + GetHelpCall(command) + "` lists them"));
+        throw WrongCall(GetCommandName(command) + " takes no further argument \"" + extra + "\"");
     }
 }
 
 std::vector<std::string> GetCommandNames(CLI::App const& app) {
     std::vector<std::string> names;
-    for (CLI::App const* const command : app.get_subcommands({})) names.push_back(command->get_name());
+    for (CLI::App const* const command : GetShownCommands(app)) names.push_back(command->get_name());
     return names;
 }
 
@@ -53,10 +60,16 @@ void RequireCommandFirst(CLI::App const& app) {
     throw WrongCall("there is no command \"" + first + "\"" + SuggestNearest(first, GetCommandNames(app)));
 }
 
+/// The command that is given, as "save" of "recipe save"; the program for none.
+CLI::App const& FindGiven(CLI::App const& app) {
+    std::vector<CLI::App*> const commands = app.get_subcommands();
+    return commands.empty() ? app : FindGiven(*commands.front());
+}
+
 /// The parser's own complaints, in the words of this command.
 std::string Explain(CLI::ParseError const& error, CLI::App const& app) {
-    if (app.get_subcommands().empty()) return error.what();
-    return app.get_subcommands().front()->get_name() + ": " + error.what();
+    CLI::App const& given = FindGiven(app);
+    return &given == &app ? error.what() : GetCommandName(given) + ": " + error.what();
 }
 
 /// What the environment says of the work that any command may do.
@@ -70,13 +83,16 @@ void RequireEnvironment() {
 
 ExitCode RunParsed(CLI::App const& app, std::vector<Command> const& commands) {
     RequireCommandFirst(app);
-    if (app.get_subcommands().empty())
-        throw WrongCall("no command is given; there is " + JoinAlternatives(GetCommandNames(app), "and") +
-                        " (`velnor --help` tells more)");
-    CLI::App const* const given = app.get_subcommands().front();
-    RequireNoExtras(*given);
+    CLI::App const& given = FindGiven(app);
+    auto const command = std::ranges::find(commands, &given, &Command::words);
+    if (command == commands.end()) {
+        if (&given != &app) RequireNoExtras(given);
+        throw WrongCall((&given == &app ? "" : GetCommandName(given) + ": ") + "no command is given; there is " +
+                        JoinAlternatives(GetCommandNames(given), "and") + " (`" + GetHelpCall(given) + "` tells more)");
+    }
+    RequireNoExtras(given);
     RequireEnvironment();
-    return std::ranges::find(commands, given, &Command::words)->run();
+    return command->run();
 }
 
 ExitCode Run(int argumentsCount, char const* const* given) {
@@ -95,10 +111,25 @@ ExitCode Run(int argumentsCount, char const* const* given) {
         return ExitCode::Done;
     } catch (CLI::ParseError const& error) {
         RequireCommandFirst(app);
-        for (CLI::App const* command : app.get_subcommands()) RequireNoExtras(*command);
+        if (CLI::App const& command = FindGiven(app); &command != &app) RequireNoExtras(command);
         throw WrongCall(Explain(error, app));
     }
     return RunParsed(app, commands);
+}
+
+/// Of a call that failed, however far its parsing came.
+bool AsksForJson(std::vector<std::string> const& words) {
+    auto const end = std::ranges::find(words, "--");
+    return std::find(words.begin(), end, "--json") != end;
+}
+
+/// The failure as one line of JSON on standard output, as far as that takes it.
+void PrintReport(Report const& report) {
+    try {
+        Print(WriteLine({{"code", static_cast<int>(report.code)}, {"error", report.text}}));
+    } catch (Failure const&) {
+        return; // It is told on standard error.
+    }
 }
 
 } // namespace
@@ -112,6 +143,7 @@ int RunCommandLine(int argumentsCount, char const* const* arguments) {
     } catch (...) {
         Report const report = ReportCurrentException();
         PrintError(report.text);
+        if (AsksForJson({arguments, arguments + argumentsCount})) PrintReport(report);
         return static_cast<int>(report.code);
     }
 }

@@ -20,6 +20,7 @@
 #include <cctype>
 #include <cstdint>
 #include <cstdlib>
+#include <set>
 #include <utility>
 
 namespace Velnor::Tool {
@@ -145,14 +146,133 @@ private:
     intrusive_ptr<Core::IProgressController> const controller;
 };
 
-void RequireCall(CutoutOptions const& options) {
-    if (options.photo.empty()) throw WrongCall("cutout: no photograph is given");
-    if (options.strokes.empty()) throw WrongCall("cutout: --strokes is missing; it names the picture with the strokes");
-    if (options.output.empty()) throw WrongCall("cutout: -o is missing; it names the file to write");
-    RequireOptions(options.output, options.files.ForWriting());
-    CheckOutputs({options.output}, options.files.writing.overwrite);
-    RequireRoomForAlpha(options.output);
+std::vector<std::filesystem::path> NameFiles(std::vector<std::string> const& photos, std::string const& given) {
+    OutputNaming const naming(given, photos.size());
+    std::vector<std::filesystem::path> files;
+    for (std::string const& photo : photos) files.push_back(naming.Plan({PhotoName{photo}}, files.size() + 1).output);
+    return files;
 }
+
+/// The file that goes with each photograph: by a pattern or in a folder one for each, else the one file for all.
+std::vector<std::filesystem::path> MatchFiles(std::vector<std::string> const& photos, std::string const& given) {
+    bool const isOne = given.find('{') == std::string::npos && !std::filesystem::is_directory(given);
+    if (isOne) return {photos.size(), given};
+    return NameFiles(photos, given);
+}
+
+/// The outputs, one for each photograph, free to write.
+std::vector<std::filesystem::path> PlanWritable(CutoutOptions const& options, std::string const& given) {
+    if (given.empty()) return {};
+    std::vector<std::filesystem::path> const files = NameFiles(options.photos, given);
+    std::set<std::filesystem::path> const different(files.begin(), files.end());
+    if (different.size() < files.size())
+        throw WrongCall("cutout: " + given +
+                        " gives two photographs one name; a pattern with {index} tells them apart");
+    for (std::filesystem::path const& file : files) RequireOptions(file, options.files.ForWriting());
+    CheckOutputs(files, options.files.writing.overwrite);
+    return files;
+}
+
+void RequireCall(CutoutOptions const& options) {
+    if (options.photos.empty()) throw WrongCall("cutout: no photograph is given");
+    if (options.strokes.empty()) throw WrongCall("cutout: --strokes is missing; it names the picture with the strokes");
+    if (options.output.empty() && options.mask.empty())
+        throw WrongCall("cutout: -o is missing; it names the file to write");
+}
+
+/// Done; SomeFailed when at least one was done; else the code of the first failure.
+ExitCode Summarise(std::vector<PhotoReport> const& photos) {
+    ExitCode first = ExitCode::Done;
+    bool isAnyDone = false;
+    for (PhotoReport const& photo : photos) {
+        if (photo.report.code == ExitCode::Stopped) return ExitCode::Stopped;
+        if (first == ExitCode::Done) first = photo.report.code;
+        isAnyDone = isAnyDone || photo.report.code == ExitCode::Done;
+    }
+    return isAnyDone && first != ExitCode::Done ? ExitCode::SomeFailed : first;
+}
+
+/// The cut-outs of a call, one after the other.
+class Cutouts {
+public:
+    Cutouts(CutoutOptions const& given, intrusive_ptr<Core::IProgressController> const& progress)
+        : options(given),
+          settings(ParseSettings(given.settings)),
+          strokes(MatchFiles(given.photos, given.strokes)),
+          controller(progress),
+          outputs(PlanWritable(given, given.output)),
+          masks(PlanWritable(given, given.mask)),
+          catalogue(given.plugins),
+          cutout(catalogue, progress) {
+        for (std::filesystem::path const& file : outputs) RequireRoomForAlpha(file.string());
+    }
+
+    /// Never throws for what is wrong with the photograph.
+    PhotoReport Process(std::size_t index) {
+        PhotoReport report;
+        report.inputs = {options.photos[index]};
+        try {
+            ProcessThrowing(index, report);
+        } catch (...) {
+            report.report = ReportCurrentException();
+            if (controller->IsStopRequested()) report.report = {ExitCode::Stopped, "stopped"};
+        }
+        return report;
+    }
+
+private:
+    void ProcessThrowing(std::size_t index, PhotoReport& report) {
+        std::string const& photo = options.photos[index];
+        Proc::LoadedPicture const loaded =
+            Proc::ReadPicture(photo, *catalogue.GetHost().GetContext(), options.files.ForReading());
+        report.Warn(photo, loaded.warnings);
+        DataHandle picture = loaded.picture;
+        DataHandle mask = MakeMask(index, picture, report);
+        DataHandle const written = Proc::AsVideo(mask).MakeCopy(Proc::CopyMode::Value);
+        if (!outputs.empty()) {
+            cutout.SetAlpha(picture, mask);
+            Save(picture, outputs[index], true, loaded.metadata.get(), report);
+        }
+        if (!masks.empty()) Save(written, masks[index], false, nullptr, report);
+    }
+
+    DataHandle MakeMask(std::size_t index, DataHandle const& picture, PhotoReport& report) {
+        std::string const file = strokes[index].string();
+        DataHandle marks =
+            Proc::ReadPicture(file, *catalogue.GetHost().GetContext(), options.files.ForReading()).picture;
+        cutout.ReadStrokes(marks);
+        Proc::FrameFormat const& size = picture->GetFrameFormat();
+        Proc::FrameFormat const& marksSize = marks->GetFrameFormat();
+        if (marksSize.width != size.width || marksSize.height != size.height)
+            throw Failure(ExitCode::OutputFailed, file + " is " + Describe(marksSize) + ", " + options.photos[index] +
+                                                      " " + Describe(size) + ": they must be of one size");
+        if (RoundToMarks(marks, settings))
+            report.Warn(file, {"most of what is painted is neither " + std::to_string(settings.GetForeground()) +
+                               " (object) nor " + std::to_string(settings.GetBackground()) +
+                               " (background) and marks nothing"});
+        DataHandle mask = picture;
+        std::string const warning = cutout.MakeMask(mask, marks, settings);
+        if (!warning.empty()) throw Failure(ExitCode::InputFailed, file + ": " + warning);
+        cutout.Feather(mask, options.feather);
+        return mask;
+    }
+
+    void Save(DataHandle picture, std::filesystem::path const& file, bool hasAlpha,
+              Proc::PictureMetadata const* metadata, PhotoReport& report) const {
+        report.Warn(report.inputs.front(), SavePicture(std::move(picture), file, hasAlpha, metadata,
+                                                       options.files.ForWriting(), *catalogue.GetHost().GetFactory()));
+        report.outputs.push_back(file);
+    }
+
+    CutoutOptions const& options;
+    Proc::SettingsEffectGrabCut const settings;
+    std::vector<std::filesystem::path> const strokes;
+    intrusive_ptr<Core::IProgressController> const controller;
+    std::vector<std::filesystem::path> const outputs; ///< Empty, or one for each photograph.
+    std::vector<std::filesystem::path> const masks;
+    EffectCatalogue const catalogue;
+    Cutout cutout;
+};
 
 } // namespace
 
@@ -176,38 +296,19 @@ std::string DescribeCutoutSetting(std::string const& name) {
 
 ExitCode RunCutout(CutoutOptions const& options) {
     RequireCall(options);
-    Proc::SettingsEffectGrabCut const settings = ParseSettings(options.settings);
     auto const controller = Core::ProgressController::Create();
     StopSignals const signals(controller);
-    EffectCatalogue const catalogue(options.plugins);
-    Proc::IEffectContext& context = *catalogue.GetHost().GetContext();
-    Cutout cutout(catalogue, controller);
-
-    Proc::LoadedPicture const photo = Proc::ReadPicture(options.photo, context, options.files.ForReading());
-    DataHandle picture = photo.picture;
-    DataHandle strokes = Proc::ReadPicture(options.strokes, context, options.files.ForReading()).picture;
-    cutout.ReadStrokes(strokes);
-    Proc::FrameFormat const& size = picture->GetFrameFormat();
-    Proc::FrameFormat const& strokesSize = strokes->GetFrameFormat();
-    if (!IsSameSize(strokesSize, size))
-        throw Failure(ExitCode::OutputFailed, options.strokes + " is " + SizeText(strokesSize) + " pixels, " +
-                                                  options.photo + " " + SizeText(size) +
-                                                  " pixels: they must be of one size");
-    if (RoundToMarks(strokes, settings))
-        PrintError(options.strokes + ": most of what is painted is neither " +
-                   std::to_string(settings.GetForeground()) + " (object) nor " +
-                   std::to_string(settings.GetBackground()) + " (background) and marks nothing");
-    DataHandle mask = picture;
-    std::string const warning = cutout.MakeMask(mask, strokes, settings);
-    if (!warning.empty()) throw Failure(ExitCode::InputFailed, options.strokes + ": " + warning);
-    cutout.Feather(mask, options.feather);
-    cutout.SetAlpha(picture, mask);
-    PhotoReport report;
-    report.Warn(options.photo, photo.warnings);
-    report.Warn(options.photo, SavePicture(std::move(picture), options.output, true, photo.metadata.get(),
-                                           options.files.ForWriting(), *catalogue.GetHost().GetFactory()));
-    for (std::string const& line : report.warnings) PrintError(line);
-    return ExitCode::Done;
+    Cutouts cutouts(options, controller);
+    std::vector<PhotoReport> reports;
+    for (std::size_t i = 0; i < options.photos.size(); ++i) {
+        reports.push_back(cutouts.Process(i));
+        PhotoReport const& photo = reports.back();
+        if (!photo.report.text.empty()) PrintError(photo.report.text);
+        for (std::string const& warning : photo.warnings) PrintError(warning);
+        if (options.asJson) Print(FormatJson(photo));
+        if (photo.report.code == ExitCode::Stopped) break;
+    }
+    return Summarise(reports);
 }
 
 } // namespace Velnor::Tool

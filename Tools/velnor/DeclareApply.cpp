@@ -2,6 +2,7 @@
 #include "Tools/velnor/Command.h"
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/OptionGroups.h"
+#include "Tools/velnor/RecipeCommand.h"
 
 #include <memory>
 
@@ -23,6 +24,7 @@ they are converted to it.)";
 
 struct Given {
     ApplyOptions options;
+    RecipeUse recipes;
     LogOptions log;
 };
 
@@ -34,10 +36,14 @@ Proc::Color ParseColor(std::string const& text) {
     }
 }
 
-ExitCode Run(Given& given) {
+ExitCode Run(Given const& given) {
     if (given.options.photos.empty()) throw WrongCall("apply: no photograph is given");
-    given.options.isVerbose = given.log.Start();
-    return RunApply(given.options);
+    ApplyOptions options = given.options;
+    options.isVerbose = given.log.Start();
+    std::vector<std::string> const before =
+        UseRecipes(given.recipes.recipes, given.recipes.values, options.photos.front());
+    options.effects.insert(options.effects.begin(), before.begin(), before.end());
+    return RunApply(options);
 }
 
 } // namespace
@@ -51,9 +57,8 @@ Command DeclareApply(CLI::App& app) {
                      "Photographs to read; folders with --recursive; @FILE and @- stand for the names in a list; - is "
                      "standard input, and after -- names may begin with a dash")
         ->type_name("PHOTO");
-    apply->add_option("-e,--effect", options.effects, "Effect to run; may be repeated")
-        ->type_name("EFFECT")
-        ->allow_extra_args(false);
+    AddEffectOption(*apply, options.effects);
+    AddRecipeOptions(*apply, given->recipes);
     apply
         ->add_option(
             "-o,--output", options.output,

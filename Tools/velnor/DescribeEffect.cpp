@@ -1,9 +1,12 @@
+#include "Proc/Settings/SettingsGuide.h"
 #include "Tools/velnor/EffectCatalogue.h"
+#include "Tools/velnor/EffectExample.h"
 #include "Tools/velnor/EffectMemory.h"
 #include "Tools/velnor/EffectParameters.h"
 #include "Tools/velnor/Json.h"
 #include "Tools/velnor/ListCommands.h"
 #include "Tools/velnor/Suggestions.h"
+#include "Tools/velnor/TextWrap.h"
 
 #include <algorithm>
 
@@ -11,28 +14,6 @@ namespace Velnor::Tool {
 namespace {
 
 using Fields = std::vector<Proc::SettingsField>;
-
-/// As a shell reads it.
-std::string Quote(std::string const& text) {
-    constexpr char const* PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_./:=,%@+#";
-    if (text.find_first_not_of(PLAIN) == std::string::npos) return text;
-    std::string quoted;
-    for (char const c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return "'" + quoted + "'";
-}
-
-/// A call with the parameters whose example shows something, or with the first one.
-std::string MakeExample(std::string const& effect, Fields const& fields) {
-    std::string parameters;
-    auto const add = [&](Proc::SettingsField const& field) {
-        parameters += (parameters.empty() ? ":" : ",") + field.name + "=" + field.example;
-    };
-    for (Proc::SettingsField const& field : fields)
-        if (!field.isOutput && field.example != field.defaultText) add(field);
-    bool const hasFirst = !fields.front().isOutput && fields.size() > 1 && !fields.front().example.empty();
-    if (parameters.empty() && hasFirst) add(fields.front());
-    return "velnor apply photo.jpg -e " + Quote(effect + parameters) + " -o out.jpg";
-}
 
 std::string FormatField(Proc::SettingsField const& field, std::size_t width) {
     std::string facts = field.type;
@@ -44,13 +25,14 @@ std::string FormatField(Proc::SettingsField const& field, std::size_t width) {
         if (!field.defaultText.empty()) facts += ", default " + field.defaultText;
         if (!field.example.empty()) facts += ", example " + field.example;
     }
-    std::string indent(width + 5, ' ');
-    indent.front() = '\n';
-    std::string text = "  " + field.name + std::string(width + 2 - field.name.size(), ' ') + facts;
-    text += indent + field.help;
-    if (!field.choices.empty() && field.type != "switch")
-        text += indent + "one of " + JoinAlternatives(field.choices, "and");
-    return text + "\n";
+    std::size_t const column = width + 4;
+    std::string text = FormatEntry(field.name, facts, 2, column);
+    auto const add = [&](std::string const& more) {
+        text += std::string(column, ' ') + WrapParagraph(more, column, column) + "\n";
+    };
+    add(field.help);
+    if (!field.choices.empty() && field.type != "switch") add("one of " + JoinAlternatives(field.choices, "and"));
+    return text;
 }
 
 std::string FormatSection(std::string const& title, Fields const& fields, bool ofResults) {
@@ -66,11 +48,14 @@ std::string FormatAsText(CatalogueEntry const& entry, Proc::SettingsType const& 
     std::vector<std::string> implementations;
     for (Proc::RegisteredEffect const& effect : entry.implementations)
         implementations.push_back(ToLower(effect.implName) + " (" + effect.origin + ")");
-    return entry.name + ": " + type.summary + "\n" + "Works on " + GetKindText(entry.GetDefault().kind, type) +
-           ". Class " + entry.classId + ", implemented by " + JoinAlternatives(implementations, "and") + ".\n" +
-           "Holds about " + std::to_string(GetEffectMemory(entry.name, entry.GetDefault().implName)) +
-           " bytes of memory for each pixel.\n" + FormatSection("Parameters", fields, false) +
-           FormatSection("Results", fields, true) + "\nExample\n  " + MakeExample(entry.name, fields) + "\n";
+    return WrapParagraph(entry.name + ": " + type.summary, 0) + "\n" +
+           WrapParagraph("Works on " + GetKindText(entry.GetDefault().kind, type) + ". Class " + entry.classId +
+                             ", implemented by " + JoinAlternatives(implementations, "and") + ". Holds about " +
+                             std::to_string(GetEffectMemory(entry.name, entry.GetDefault().implName)) +
+                             " bytes of memory for each pixel.",
+                         0) +
+           "\n" + FormatSection("Parameters", fields, false) + FormatSection("Results", fields, true) +
+           "\nExample\n  " + MakeExample(entry, type, fields) + "\n";
 }
 
 Json DescribeField(Proc::SettingsField const& field) {
@@ -86,13 +71,15 @@ Json DescribeField(Proc::SettingsField const& field) {
 
 std::string FormatAsJson(CatalogueEntry const& entry, Proc::SettingsType const& type, Fields const& fields) {
     Json document{{"name", entry.name}, {"class", entry.classId}, {"summary", type.summary}};
+    document["family"] = Proc::FindGuide(entry.classId).family;
     document["implementations"] = Json::array();
     for (Proc::RegisteredEffect const& effect : entry.implementations)
         document["implementations"].push_back(effect.implName);
     document["memory"] = GetEffectMemory(entry.name, entry.GetDefault().implName); // Bytes a pixel.
     document["parameters"] = Json::array();
     for (Proc::SettingsField const& field : fields) document["parameters"].push_back(DescribeField(field));
-    document["example"] = MakeExample(entry.name, fields);
+    document["example"] = MakeExample(entry, type, fields);
+    document["example-effect"] = MakeExampleEffect(entry, fields);
     return Write(document);
 }
 

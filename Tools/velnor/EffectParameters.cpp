@@ -1,7 +1,9 @@
 #include "Tools/velnor/EffectParameters.h"
 
 #include "Proc/Interfaces/SettingsText.h"
+#include "Proc/Settings/SettingsGuide.h"
 #include "Tools/velnor/Failure.h"
+#include "Tools/velnor/PickedColor.h"
 #include "Tools/velnor/Suggestions.h"
 
 #include <algorithm>
@@ -9,15 +11,31 @@
 namespace Velnor::Tool {
 namespace {
 
-Proc::SettingsField MakeInputParameter(Proc::EffectKind kind) {
+Proc::SettingsField MakeInputParameter(Proc::SettingsType const& type, Proc::EffectKind kind) {
+    Proc::SettingsGuide const& guide = Proc::FindGuide(type.classId);
+    bool const isOne = kind == Proc::EffectKind::TwoInput;
     Proc::SettingsField field;
     field.name = INPUT_PARAMETER;
     field.type = "file";
-    if (kind == Proc::EffectKind::TwoInput) {
-        field.help = "the second picture, which the effect reads";
-        field.example = "second.png";
-    } else
-        field.help = "a further picture, after the photograph; may be repeated";
+    field.help = guide.furtherPictures;
+    if (field.help.empty()) field.help = isOne ? "the second picture" : "a further picture, after the photograph";
+    if (!isOne) field.help += "; may be repeated";
+    field.example = guide.furtherExample;
+    if (isOne && field.example.empty()) field.example = "second.png";
+    return field;
+}
+
+/// Checked like any other, but no part of the settings: the photograph must be there to give it a meaning.
+Proc::SettingsField MakePlaceParameter() {
+    Proc::SettingsField field;
+    field.name = PLACE_PARAMETER;
+    field.type = "place";
+    field.help = "place in the photograph, from the left and the top, whose mean colour in a small disc is the "
+                 "reference; also in percent: 30%,50%";
+    field.unit = "pixels";
+    field.parse = [](Proc::Settings&, std::string_view text) { ParsePickedPlace(text); };
+    field.parseAny = field.parse;
+    field.print = [](Proc::Settings const&) { return std::string(); };
     return field;
 }
 
@@ -46,9 +64,20 @@ std::string DescribeAccepted(Proc::SettingsField const& field, std::string const
 
 } // namespace
 
+bool TakesPlace(Proc::SettingsType const& type) {
+    bool takes = false;
+    for (Proc::SettingsField const& field : type.describe()) {
+        if (field.name == PLACE_PARAMETER) return false; // Its own.
+        takes = takes || (field.name == REFERENCE_FIELD && field.type == Proc::TextForm<Proc::Color>::TYPE);
+    }
+    return takes;
+}
+
 std::vector<Proc::SettingsField> DescribeParameters(Proc::SettingsType const& type, Proc::EffectKind kind) {
     std::vector<Proc::SettingsField> fields = type.describe();
-    if (kind != Proc::EffectKind::OneInput && type.pictures.size() != 1) fields.push_back(MakeInputParameter(kind));
+    if (kind != Proc::EffectKind::OneInput && type.pictures.size() != 1)
+        fields.push_back(MakeInputParameter(type, kind));
+    if (TakesPlace(type)) fields.push_back(MakePlaceParameter());
     fields.push_back(MakeBypassParameter());
     return fields;
 }

@@ -11,6 +11,7 @@
 #include "Tools/velnor/StandardStreams.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace Velnor::Tool {
 namespace {
@@ -65,12 +66,17 @@ EffectStep::EffectStep(EffectArgument const& argument, EffectCatalogue const& ca
             files.push_back(parameter.value);
         else
             SetParameter(*parsed, name, fields, parameter);
+    for (EffectArgument::Parameter const& parameter : argument.parameters)
+        if (parameter.key == PLACE_PARAMETER && TakesPlace(type)) pickedPlace = ParsePickedPlace(parameter.value);
+    if (pickedPlace && std::ranges::count(argument.parameters, REFERENCE_FIELD, &EffectArgument::Parameter::key) > 0)
+        throw WrongCall(name + ": at and reference go one without the other");
     for (Proc::SettingsField const& field : fields)
         if (HoldsColors(field) && std::ranges::count(argument.parameters, field.name, &EffectArgument::Parameter::key))
             typedColors.push_back(field);
     settings = std::move(parsed);
     ReadFurtherInputs(reading);
-    statistic = Make()->GetStatistic(); // Made here too, so that one that cannot be made is told before any work.
+    // Made here too, so that one that cannot be made is told before any work.
+    statistic = Make(*settings)->GetStatistic();
 }
 
 void EffectStep::ReadFurtherInputs(Proc::ReadOptions const& reading) {
@@ -98,22 +104,36 @@ bool EffectStep::Joins() const {
 
 bool EffectStep::Cuts() const { return chosen.kind == Proc::EffectKind::VarInput && roles.size() == 1; }
 
-intrusive_ptr<Proc::IEffect> EffectStep::Make(Proc::PictureMetadata const* metadata) const {
-    intrusive_ptr<Proc::IEffect> effect = factory->CreateEffect(chosen.classId, chosen.implName);
-    std::unique_ptr<Proc::Settings> const own = settings->Clone();
+std::unique_ptr<Proc::Settings> EffectStep::MakeSettings(Proc::PictureMetadata const* metadata) const {
+    std::unique_ptr<Proc::Settings> own = settings->Clone();
     for (Proc::SettingsField const& field : typedColors)
         field.parseAny(*own, ToPhotosColors(field.print(*own), metadata));
-    effect->SetSettings(*own);
+    return own;
+}
+
+intrusive_ptr<Proc::IEffect> EffectStep::Make(Proc::Settings const& own) const {
+    intrusive_ptr<Proc::IEffect> effect = factory->CreateEffect(chosen.classId, chosen.implName);
+    effect->SetSettings(own);
     return effect;
+}
+
+/// The reference is among the colours of the picture itself.
+void EffectStep::PickColors(Proc::Settings& own, Proc::IDataVideo const& picture, StepOutcome& outcome) const {
+    auto const field = std::ranges::find(fields, REFERENCE_FIELD, &Proc::SettingsField::name);
+    std::string const text = Proc::TextForm<Proc::Color>::Print(PickColor(picture, *pickedPlace, *factory));
+    field->parseAny(own, text);
+    outcome.results.push_back({&*field, text});
 }
 
 StepOutcome EffectStep::Run(std::vector<Piece> pieces, Proc::PictureMetadata const* metadata,
                             intrusive_ptr<Core::IProgressController> const& controller) const {
-    intrusive_ptr<Proc::IEffect> const effect = Make(metadata);
-    effect->SetProgressController(controller);
     StepOutcome outcome;
     Proc::DataHandle& picture = pieces.front().picture;
     if (IsMask(0)) picture = MakeMask(std::move(picture), *factory);
+    std::unique_ptr<Proc::Settings> const own = MakeSettings(metadata);
+    if (pickedPlace) PickColors(*own, Proc::AsVideo(picture), outcome);
+    intrusive_ptr<Proc::IEffect> const effect = Make(*own);
+    effect->SetProgressController(controller);
     // The typed entries take our only handle, so that an effect that replaces the picture can drop the old one at once.
     if (auto* const one = dynamic_cast<Proc::IOneInputEffect*>(effect.get()))
         RunOnOne(*one, picture, outcome);
@@ -126,7 +146,7 @@ StepOutcome EffectStep::Run(std::vector<Piece> pieces, Proc::PictureMetadata con
         TakeExtraAlpha(piece.picture, *factory);
     }
     outcome.pieces = std::move(pieces);
-    outcome.results = FindResults(effect->GetSettingsBase());
+    std::ranges::move(FindResults(effect->GetSettingsBase()), std::back_inserter(outcome.results));
     Core::Property const run = effect->GetStatistic();
     if (Core::Property const* const warning = run.FindChild(Proc::WARNING_NODE)) outcome.warning = warning->GetValue();
     std::lock_guard const lock(mutex);
@@ -184,7 +204,7 @@ std::vector<Piece> EffectStep::RunOnMany(Proc::IEffect& many, std::vector<Piece>
 bool EffectStep::ChangesNothing() const {
     Proc::DataHandle specimen = MakeSpecimen(*context);
     std::uint64_t const before = Digest(Proc::AsVideo(specimen));
-    intrusive_ptr<Proc::IEffect> const effect = Make();
+    intrusive_ptr<Proc::IEffect> const effect = Make(*settings);
     auto* const one = dynamic_cast<Proc::IOneInputEffect*>(effect.get());
     try {
         if (one != nullptr) one->ProcessData(specimen);

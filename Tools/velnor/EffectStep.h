@@ -6,11 +6,13 @@
 #include "Tools/velnor/EffectArgument.h"
 #include "Tools/velnor/EffectCatalogue.h"
 #include "Tools/velnor/Failure.h"
+#include "Tools/velnor/PickedColor.h"
 #include "Tools/velnor/Pieces.h"
 
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -71,7 +73,8 @@ public:
     std::vector<std::string> const& GetFiles() const { return files; } ///< Of the further pictures.
 
 private:
-    intrusive_ptr<Proc::IEffect> Make(Proc::PictureMetadata const* metadata = nullptr) const;
+    std::unique_ptr<Proc::Settings> MakeSettings(Proc::PictureMetadata const* metadata) const;
+    intrusive_ptr<Proc::IEffect> Make(Proc::Settings const& own) const;
     void ReadFurtherInputs(Proc::ReadOptions const& reading);
     bool IsMask(std::size_t input) const;
     void RunOnOne(Proc::IOneInputEffect& one, Proc::DataHandle& picture, StepOutcome& outcome) const;
@@ -80,6 +83,7 @@ private:
     std::vector<Piece> RunOnMany(Proc::IEffect& many, std::vector<Piece> const& pieces) const;
     std::vector<EffectResult> FindResults(Proc::Settings const& after) const;
     Failure NoPicture() const;
+    void PickColors(Proc::Settings& own, Proc::IDataVideo const& picture, StepOutcome& outcome) const;
 
     std::string const name;
     Proc::FactoryHandle const factory;
@@ -88,6 +92,7 @@ private:
     std::vector<Proc::PictureRole> roles; ///< Of its pictures, where it says so.
     std::vector<Proc::SettingsField> fields;
     std::vector<Proc::SettingsField> typedColors; ///< The fields with colours that were typed.
+    std::optional<PickedPlace> pickedPlace;       ///< Where in the picture its reference is to be read.
     std::unique_ptr<Proc::Settings const> settings;
     std::vector<Proc::DataHandle> furtherInputs; ///< One for an effect on two pictures.
     std::vector<std::string> files;

@@ -29,6 +29,23 @@ bool LogOptions::Start() const {
     return highest > 0;
 }
 
+void AddEffectOption(CLI::App& command, std::vector<std::string>& effects) {
+    command.add_option("-e,--effect", effects, "Effect to run; may be repeated")
+        ->type_name("EFFECT")
+        ->allow_extra_args(false);
+}
+
+void AddRecipeOptions(CLI::App& command, RecipeUse& use) {
+    command
+        .add_option("--recipe", use.recipes,
+                    "Recipe to run, by its name or file, before the effects of -e; may be repeated")
+        ->type_name("RECIPE")
+        ->allow_extra_args(false);
+    command.add_option("--set", use.values, "Value for a variable of the recipes; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->allow_extra_args(false);
+}
+
 void AddPluginOption(CLI::App& command, std::vector<std::string>& plugins) {
     command
         .add_option("--plugin", plugins,

@@ -36,8 +36,16 @@ struct LogOptions {
     bool Start() const;
 };
 
+/// Recipes to run, and values for their variables.
+struct RecipeUse {
+    std::vector<std::string> recipes;
+    std::vector<std::string> values;
+};
+
 // Options that several commands have. What they fill in outlives the parser.
 
+void AddEffectOption(CLI::App& command, std::vector<std::string>& effects);
+void AddRecipeOptions(CLI::App& command, RecipeUse& use);
 void AddPluginOption(CLI::App& command, std::vector<std::string>& plugins);
 void AddJsonOption(CLI::App& command, bool& asJson);
 void AddLogOptions(CLI::App& command, LogOptions& log);

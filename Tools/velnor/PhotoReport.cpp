@@ -4,6 +4,8 @@
 #include "Tools/velnor/StandardStreams.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <ranges>
 
 namespace Velnor::Tool {
 namespace {
@@ -12,6 +14,12 @@ Json ListFiles(std::vector<std::filesystem::path> const& files) {
     Json list = Json::array();
     for (std::filesystem::path const& file : files) list.push_back(file.string());
     return list;
+}
+
+/// Long lists, such as the counts of a histogram, are for programs: they are in the JSON alone.
+bool IsForPeople(EffectResult const& result) {
+    constexpr std::ptrdiff_t MOST = 32;
+    return result.field->type != "list" || std::ranges::count(result.text, ',') < MOST;
 }
 
 } // namespace
@@ -27,7 +35,7 @@ std::string FormatResults(PhotoReport const& photo) {
     for (PhotoReport::Found const& found : photo.found) {
         std::string place;
         if (found.place) place = " at " + std::to_string(found.place->x) + "," + std::to_string(found.place->y);
-        for (EffectResult const& result : found.results)
+        for (EffectResult const& result : found.results | std::views::filter(IsForPeople))
             text += NamePhoto(found.input) + place + ": " + found.effect + ": " + result.field->name + "=" +
                     result.text + "\n";
     }
