@@ -57,7 +57,8 @@ template <SourceName Name>
 inline constexpr char const* SOURCE_NAME = Name.text;
 
 template <class Error>
-[[noreturn]] VELNOR_API void ThrowDescribed(Error error, std::string const& description, boost::source_location const& where) {
+[[noreturn]] VELNOR_API void ThrowDescribed(Error error, std::string const& description,
+                                            boost::source_location const& where) {
     error << TagDescription(description) << TagCallStack(GetCallStack());
     boost::throw_exception(error, where);
 }

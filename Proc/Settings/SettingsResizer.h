@@ -46,13 +46,13 @@ public:
     VELNOR_FLAG(KeepAttributes, true, "whether the time attributes go on to the result")
     VELNOR_FLAG(AtLeastOnePixel, true, "whether a side that would come out as 0 becomes 1; else it is an error")
     VELNOR_FIELD(std::uint32_t, Width, 0, "width to reach, with no mode; the height follows unless it is set too",
-                 Unit("pixels"), Range(0, 1048576))
+                 Unit("pixels"), Range(0, LARGEST_PICTURE_SIDE))
     VELNOR_FIELD(std::uint32_t, Height, 0,
                  "height to reach, with no mode; of both, the picture keeps its shape inside unless fitting says else",
-                 Unit("pixels"), Range(0, 1048576))
+                 Unit("pixels"), Range(0, LARGEST_PICTURE_SIDE))
     VELNOR_FIELD(std::uint32_t, LongSide, 0,
                  "length of the longer side, with no mode; fitting shrink-inside never enlarges", Unit("pixels"),
-                 Range(0, 1048576))
+                 Range(0, LARGEST_PICTURE_SIDE))
     VELNOR_SETTINGS_END
 
     bool IsEmpty() const override { return Settings::IsEmpty() || (valueMode == OFF && !HasSides()); }

@@ -244,8 +244,9 @@ private:
         Proc::FrameFormat const& size = picture->GetFrameFormat();
         Proc::FrameFormat const& marksSize = marks->GetFrameFormat();
         if (marksSize.width != size.width || marksSize.height != size.height)
-            throw Failure(ExitCode::OutputFailed, file + " is " + Describe(marksSize) + ", " + options.photos[index] +
-                                                      " " + Describe(size) + ": they must be of one size");
+            throw Failure(ExitCode::OutputFailed, file + " is " + SizeText(marksSize) + " pixels, " +
+                                                      options.photos[index] + " " + SizeText(size) +
+                                                      " pixels: they must be of one size");
         if (RoundToMarks(marks, settings))
             report.Warn(file, {"most of what is painted is neither " + std::to_string(settings.GetForeground()) +
                                " (object) nor " + std::to_string(settings.GetBackground()) +
