@@ -5,10 +5,11 @@
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 namespace Velnor::Proc::Testing {
 
-/// A host with the plug-in's effects, and one call to run one of them on a copy of a picture.
+/// A host with the plug-in's effects, and one call to run one of them on a picture, which it must leave as it is.
 struct HostRun {
     HostRun() { Registrator(&host.GetRegistry()); }
 
@@ -21,7 +22,7 @@ struct HostRun {
 
     template <class SettingsClass>
     VideoHandle Apply(SettingsClass const& settings, VideoHandle const& picture, VideoHandle const& second = nullptr) {
-        std::vector<DataHandle> inputs{picture->MakeCopy(CopyMode::Value)};
+        std::vector<DataHandle> inputs{picture};
         if (second) inputs.push_back(second);
         return VideoHandle(&AsVideo(Make(settings)->ProcessData(inputs)));
     }
@@ -30,8 +31,15 @@ struct HostRun {
         return Apply(SettingsColorspaceConverter(format, true), picture);
     }
 
+    template <class SettingsClass, class... Pictures>
+    std::string Refusal(SettingsClass const& settings, Pictures const&... pictures) {
+        return RefusalOf([&] { Apply(settings, pictures...); });
+    }
+
     StandardHost host;
     IEffectContext& context = *host.GetContext();
 };
+
+class HostRunTest : public ::testing::Test, protected HostRun {};
 
 } // namespace Velnor::Proc::Testing

@@ -7,6 +7,9 @@
 //     run 1
 
 #include "Proc/Interfaces/IEffectFactory.h"
+#include "Tests/Support/Pictures.h"
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <map>
@@ -14,6 +17,8 @@
 #include <vector>
 
 namespace Velnor::Proc::Testing {
+
+using Calls = std::vector<std::string>;
 
 /// The fields that differ from their defaults, as "name=value", separated by blanks.
 inline std::string DescribeChanges(Settings const& settings) {
@@ -28,7 +33,7 @@ struct Recorder {
     using OneInput = std::function<void(DataHandle&)>;
     using TwoInput = std::function<void(DataHandle&, ConstDataHandle const&)>;
 
-    std::vector<std::string> calls;
+    Calls calls;
     std::map<int, OneInput> oneInput; ///< What effect n does when it runs; nothing when it is not here.
     std::map<int, TwoInput> twoInput;
     std::map<int, std::function<void(Settings&)>> findings; ///< What effect n writes into its settings when it runs.
@@ -39,7 +44,7 @@ struct Recorder {
         calls.push_back(call);
         if (onCall) onCall(call);
     }
-    std::vector<std::string> Take() { return std::exchange(calls, {}); }
+    Calls Take() { return std::exchange(calls, {}); }
 };
 
 template <class Kind>
@@ -138,6 +143,28 @@ private:
     }
 
     Recorder& recorder;
+};
+
+/// An effect whose sub-effects do what the recorder says.
+template <auto Create>
+class CompositionTest : public ::testing::Test {
+protected:
+    DataHandle Run(DataHandle const& picture) { return effect->ProcessData(std::vector<DataHandle>{picture}); }
+
+    /// The work fails with the call that begins so, and what was called until then is forgotten.
+    template <class Work>
+    void ExpectFailureAt(std::string const& failing, Work const& work) {
+        recorder.onCall = [&](std::string const& call) {
+            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
+        };
+        EXPECT_THROW(work(), ProcException) << failing;
+        recorder.onCall = nullptr;
+        recorder.Take();
+    }
+
+    Recorder recorder;
+    ContextHandle const context = CreateContext();
+    intrusive_ptr<IEffect> const effect = Create(MakeShared<RecordingFactory>(recorder), context);
 };
 
 } // namespace Velnor::Proc::Testing

@@ -2,6 +2,8 @@
 
 #include "Proc/Interfaces/ProcException.h"
 
+#include <gmock/gmock.h>
+
 #include <string>
 
 namespace Velnor::Proc::Testing {
@@ -15,6 +17,13 @@ std::string RefusalOf(Work const& work) {
         return DescribeException(error);
     }
     return "";
+}
+
+/// The work throws an exception of that class that says all of these.
+template <class Exception = ProcException, class Work>
+void ExpectRefusal(Work const& work, std::initializer_list<std::string> words) {
+    std::string const said = RefusalOf<Exception>(work);
+    for (std::string const& each : words) EXPECT_THAT(said, ::testing::HasSubstr(each));
 }
 
 } // namespace Velnor::Proc::Testing

@@ -10,7 +10,6 @@ namespace Velnor::Proc {
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 template <class Base>
 class ColourProbe : public Base {

@@ -16,7 +16,6 @@ using namespace Testing;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::SizeIs;
-using Calls = std::vector<std::string>;
 
 // The sub-effects by order of creation.
 constexpr int BLENDER = 1;
@@ -30,10 +29,7 @@ constexpr int LUMA = 8;
 
 int First(IDataVideo const& picture) { return *picture.GetPlane(0).GetRow(0); }
 
-struct AutoEnhanceTest : ::testing::Test {
-    Recorder recorder;
-    ContextHandle const context = CreateContext();
-    intrusive_ptr<IEffect> const effect = CreateAutoEnhance(MakeShared<RecordingFactory>(recorder), context);
+struct AutoEnhanceTest : CompositionTest<CreateAutoEnhance> {
 
     AutoEnhanceTest() {
         recorder.oneInput[LUMA] = [this](DataHandle& data) { data = MakeLevel(PixFmt::YUV444P, First(AsVideo(data))); };

@@ -13,7 +13,6 @@ VELNOR_DECLARE_EFFECT(BiColorToning)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 SettingsEffectBiColorToning Tones(Color const& shadow, Color const& highlight) {
     SettingsEffectBiColorToning settings;
@@ -22,11 +21,7 @@ SettingsEffectBiColorToning Tones(Color const& shadow, Color const& highlight) {
     return settings;
 }
 
-struct BiColorToningTest : ::testing::Test {
-    Recorder recorder;
-    ContextHandle const context = CreateContext();
-    intrusive_ptr<IEffect> const effect = CreateBiColorToning(MakeShared<RecordingFactory>(recorder), context);
-};
+struct BiColorToningTest : CompositionTest<CreateBiColorToning> {};
 
 TEST_F(BiColorToningTest, CreatesInOneOrderAndRunsInAnother) {
     EXPECT_EQ(recorder.Take(),

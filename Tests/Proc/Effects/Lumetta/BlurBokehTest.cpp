@@ -12,7 +12,6 @@ VELNOR_DECLARE_EFFECT(BlurBokeh)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 SettingsEffectBlurBokeh Make(double size, double strength = 1) {
     SettingsEffectBlurBokeh settings;
@@ -23,7 +22,7 @@ SettingsEffectBlurBokeh Make(double size, double strength = 1) {
 
 /// The effects are 1 output converter, 2 generator, 3 mask converter, 4 restore, 5 working and 6 kernel resizer,
 /// 7 blender, 8 alpha extractor, 9 input converter.
-class BlurBokehTest : public ::testing::Test {
+class BlurBokehTest : public CompositionTest<CreateBlurBokeh> {
 protected:
     BlurBokehTest() {
         created = recorder.Take();
@@ -56,16 +55,13 @@ protected:
 
     Calls Process(std::uint32_t width = 1000, std::uint32_t height = 700) {
         VideoHandle const input = MakeFlat(*context, PixFmt::RGB24, width, height, {10});
-        DataHandle const result = effect->ProcessData(std::vector<DataHandle>{input});
+        DataHandle const result = Run({input});
         EXPECT_EQ(input->GetPlane(0).GetRow(0)[0], 10);
         EXPECT_TRUE(std::as_const(*input).GetExtraAlpha(0).IsEmpty());
         rectangle = AsVideo(result).GetRectangle();
         return recorder.Take();
     }
 
-    Recorder recorder;
-    ContextHandle context = CreateContext();
-    intrusive_ptr<IEffect> effect = CreateBlurBokeh(MakeShared<RecordingFactory>(recorder), context);
     Calls created;
     FrameFormat work = FrameFormat::Square(60, 40);
     FrameFormat kernel = FrameFormat::Square(5, 4);
@@ -182,12 +178,7 @@ TEST_F(BlurBokehTest, ASubEffectThatFailsLeavesNothingHalfBuilt) {
         effect->SetSettings(Make(0.1));
         effect->SetSettings(Make(0.2));
         recorder.Take();
-        recorder.onCall = [&](std::string const& call) {
-            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
-        };
-        EXPECT_THROW(Process(300, 200), ProcException);
-        recorder.onCall = nullptr;
-        recorder.Take();
+        ExpectFailureAt(failing, [&] { Process(300, 200); });
         Calls const calls = Process();
         EXPECT_EQ(std::ranges::count(calls, "set 4 method=bicublin mode=to-frame fitting=stretch target=1000x700"), 1);
         EXPECT_EQ(std::ranges::count(calls, "run 2"), 1);

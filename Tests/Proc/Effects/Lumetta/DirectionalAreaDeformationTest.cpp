@@ -20,7 +20,6 @@ namespace {
 using namespace Testing;
 using Kernels::Box;
 using Kernels::DisplacementField;
-using Calls = std::vector<std::string>;
 
 TEST(DisplacementField, BoxesAreExactAndStopsTouchNothing) {
     struct Case {

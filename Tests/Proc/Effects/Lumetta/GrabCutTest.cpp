@@ -23,10 +23,7 @@ using Bytes = std::vector<int>;
 constexpr int ALPHA_EXTRACTOR = 2;
 constexpr int SEGMENTATION = 3; ///< With the first settings.
 
-struct GrabCutTest : ::testing::Test {
-    Recorder recorder;
-    ContextHandle const context = CreateContext();
-    intrusive_ptr<IEffect> const effect = CreateGrabCut(MakeShared<RecordingFactory>(recorder), context);
+struct GrabCutTest : CompositionTest<CreateGrabCut> {
     SettingsEffectGrabCut settings;
 
     GrabCutTest() {

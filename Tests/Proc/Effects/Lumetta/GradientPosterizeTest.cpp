@@ -17,7 +17,6 @@ VELNOR_DECLARE_EFFECT(GradientPosterize)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 SettingsEffectGradientPosterize Colors(unsigned char count) {
     SettingsEffectGradientPosterize settings;
@@ -26,7 +25,7 @@ SettingsEffectGradientPosterize Colors(unsigned char count) {
 }
 
 /// The effect beside a posterize effect that the test decides: number 2 to be created.
-class GradientPosterizeTest : public ::testing::Test {
+class GradientPosterizeTest : public CompositionTest<CreateGradientPosterize> {
 protected:
     void ClassesAre(std::function<unsigned char(std::uint64_t x, std::uint64_t y)> const& classOf) {
         recorder.oneInput[2] = [this, classOf](DataHandle& data) {
@@ -44,10 +43,6 @@ protected:
     std::string Refusal(DataHandle const& data) {
         return RefusalOf<EffectException>([&] { Apply(data); });
     }
-
-    Recorder recorder;
-    ContextHandle const context = CreateContext();
-    intrusive_ptr<IEffect> const effect = CreateGradientPosterize(MakeShared<RecordingFactory>(recorder), context);
 };
 
 TEST_F(GradientPosterizeTest, ConfiguresPosterizeAtEachChangeOfSettingsAndAtNoPicture) {

@@ -31,7 +31,7 @@ SettingsEffectGrabCutSegmentation Values(int foreground, int background) {
     return settings;
 }
 
-class GridGraphTest : public ::testing::Test {
+class GridGraphTest : public CompositionTest<CreateGridGraph> {
 protected:
     void SetUp() override { effect->SetSettings(Values(F, B)); }
 
@@ -50,10 +50,6 @@ protected:
         auto const width = static_cast<std::uint32_t>(strokes.size());
         return Samples(AsVideo(Run(Picture(format, width, 1, pixels), Picture(PixFmt::GRAY8, width, 1, strokes))));
     }
-
-    Recorder recorder;
-    ContextHandle context = CreateContext();
-    intrusive_ptr<IEffect> effect = CreateGridGraph(MakeShared<RecordingFactory>(recorder), context);
 };
 
 TEST(SimilarityTable, IsTheFormula) {

@@ -17,10 +17,7 @@ using namespace Testing;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-struct HorizonDetectorTest : ::testing::Test {
-    Recorder recorder;
-    ContextHandle const context = CreateContext();
-    intrusive_ptr<IEffect> const effect = CreateHorizonDetector(MakeShared<RecordingFactory>(recorder), context);
+struct HorizonDetectorTest : CompositionTest<CreateHorizonDetector> {
 
     bool Verdict() const {
         return dynamic_cast<SettingsEffectHorizonDetector const&>(effect->GetSettingsBase()).HasHorizon();

@@ -18,7 +18,6 @@ VELNOR_DECLARE_EFFECT(Implode)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 using Place = std::pair<float, float>;
 
 SettingsEffectImplode Make(double strength, SettingsEffectImplode::Mode mode) {

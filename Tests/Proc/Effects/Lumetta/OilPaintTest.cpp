@@ -11,7 +11,6 @@ VELNOR_DECLARE_EFFECT(OilPaint)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 SettingsEffectOilPaint Radius(double radius) {
     SettingsEffectOilPaint settings;
@@ -20,11 +19,11 @@ SettingsEffectOilPaint Radius(double radius) {
 }
 
 /// The effects are 1 painter, 2 downscaler, 3 upscaler.
-class OilPaintTest : public ::testing::Test {
+class OilPaintTest : public CompositionTest<CreateOilPaint> {
 protected:
     Calls Process(std::uint32_t width, std::uint32_t height) {
         DataHandle data = context->CreateImage(PixFmt::GRAY8, FrameFormat::Square(width, height));
-        DataHandle const result = effect->ProcessData(std::vector<DataHandle>{data});
+        DataHandle const result = Run({data});
         rectangle = AsVideo(result).GetRectangle();
         return recorder.Take();
     }
@@ -42,9 +41,6 @@ protected:
         return calls;
     }
 
-    Recorder recorder;
-    ContextHandle context = CreateContext();
-    intrusive_ptr<IEffect> effect = CreateOilPaint(MakeShared<RecordingFactory>(recorder), context);
     Calls created = recorder.Take();
     Rectangle rectangle;
 };
@@ -89,12 +85,7 @@ TEST_F(OilPaintTest, NewSettingsReachThePainterWithTheNextPicture) {
 TEST_F(OilPaintTest, ASubEffectThatFailsIsConfiguredAgain) {
     for (std::string const failing : {"set 1", "set 2", "set 3"}) {
         Process(20, 20);
-        recorder.onCall = [&](std::string const& call) {
-            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
-        };
-        EXPECT_THROW(Process(2050, 2050), ProcException);
-        recorder.onCall = nullptr;
-        recorder.Take();
+        ExpectFailureAt(failing, [&] { Process(2050, 2050); });
         EXPECT_EQ(Process(20, 20), Painted(Configuration("20x20", "20x20"))) << failing;
     }
 }

@@ -11,7 +11,6 @@ VELNOR_DECLARE_EFFECT(TiltShift)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 SettingsEffectTiltShift Make(int blur, double feather = 70) {
     SettingsEffectTiltShift settings;
@@ -24,7 +23,7 @@ SettingsEffectTiltShift Make(int blur, double feather = 70) {
 
 /// The effects are 1 converter, 2 smart blur, 3 shape mask, 4 blender, 5 alpha extractor, 6 alpha inserter,
 /// 7 downscaler, 8 upscaler.
-class TiltShiftTest : public ::testing::Test {
+class TiltShiftTest : public CompositionTest<CreateTiltShift> {
 protected:
     TiltShiftTest() {
         recorder.oneInput[3] = [this](DataHandle& data) {
@@ -34,7 +33,7 @@ protected:
     }
 
     Calls Process(FrameFormat const& frame = {31, 23, 1, 1}, PixFmt format = PixFmt::RGB24) {
-        effect->ProcessData(std::vector<DataHandle>{context->CreateImage(format, frame)});
+        Run({context->CreateImage(format, frame)});
         Calls calls = recorder.Take();
         for (std::string& call : calls)
             if (call.starts_with("set 3")) call = "set 3";
@@ -44,9 +43,6 @@ protected:
     static constexpr char const* DOWN = "set 7 method=fast-bilinear mode=to-frame fitting=inside target=1024x768";
     static constexpr char const* BLUR = "set 2 luma-blur=60 chroma-blur=60";
 
-    Recorder recorder;
-    ContextHandle context = CreateContext();
-    intrusive_ptr<IEffect> effect = CreateTiltShift(MakeShared<RecordingFactory>(recorder), context);
     Calls created;
 };
 
@@ -111,12 +107,7 @@ TEST_F(TiltShiftTest, ASubEffectThatFailsLeavesNothingHalfBuilt) {
         effect->SetSettings(Make(33));
         Process();
         effect->SetSettings(Make(60));
-        recorder.onCall = [&](std::string const& call) {
-            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
-        };
-        EXPECT_THROW(Process(other, PixFmt::YUV420P), ProcException);
-        recorder.onCall = nullptr;
-        recorder.Take();
+        ExpectFailureAt(failing, [&] { Process(other, PixFmt::YUV420P); });
         // Back to the frame that was cached before: nothing of the other one may be left.
         Calls calls = Process();
         bool const isBlurLeft = std::ranges::count(calls, BLUR) == 1;
@@ -150,7 +141,7 @@ TEST_F(TiltShiftTest, BlendsTheWorkCutToThePicturesSizeOverThePictureItself) {
     for (FrameFormat const& frame : {FrameFormat{31, 23, 1, 1}, FrameFormat{3, 23, 1, 1}}) {
         VideoHandle const input = MakeFlat(*context, PixFmt::RGB24, frame.width, frame.height, {10, 20, 30});
         VideoHandle const caller = input->MakeCopy(CopyMode::Share);
-        effect->ProcessData(std::vector<DataHandle>{input});
+        Run({input});
         EXPECT_EQ(input->GetPlane(0).GetRow(0)[0], 10);
         EXPECT_EQ(caller->GetPlane(0).GetRow(0)[0], 10);
     }

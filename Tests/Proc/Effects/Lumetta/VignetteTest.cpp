@@ -11,7 +11,6 @@ VELNOR_DECLARE_EFFECT(Vignette)
 namespace {
 
 using namespace Testing;
-using Calls = std::vector<std::string>;
 
 constexpr FrameFormat FRAME{20, 14, 1, 1};
 
@@ -25,7 +24,7 @@ SettingsEffectVignette Make(Color color, double feather = 75) {
 }
 
 /// The effects are 1 converter, 2 shape mask, 3 blender, 4 alpha extractor, 5 alpha inserter.
-class VignetteTest : public ::testing::Test {
+class VignetteTest : public CompositionTest<CreateVignette> {
 protected:
     VignetteTest() {
         recorder.oneInput[2] = [this](DataHandle& data) {
@@ -41,16 +40,13 @@ protected:
 
     /// What is called for one picture, without settings' values.
     Calls Process(FrameFormat const& frame = FRAME, PixFmt format = PixFmt::RGBA) {
-        effect->ProcessData(std::vector<DataHandle>{context->CreateImage(format, frame)});
+        Run({context->CreateImage(format, frame)});
         Calls calls = recorder.Take();
         for (std::string& call : calls)
             if (call.starts_with("set 2")) call = "set 2";
         return calls;
     }
 
-    Recorder recorder;
-    ContextHandle context = CreateContext();
-    intrusive_ptr<IEffect> effect = CreateVignette(MakeShared<RecordingFactory>(recorder), context);
     Calls created;
     ConstDataHandle layer;
     int layerAlpha = 0;
@@ -113,12 +109,7 @@ TEST_F(VignetteTest, ASubEffectThatFailsLeavesNothingHalfBuilt) {
         effect->SetSettings(Make(Color(1, 2, 3, 255), static_cast<double>(failing[0] + failing[4])));
         Process();
         effect->SetSettings(Make(Color(3, 2, 1, 255), 3));
-        recorder.onCall = [&](std::string const& call) {
-            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
-        };
-        EXPECT_THROW(Process(), ProcException);
-        recorder.onCall = nullptr;
-        recorder.Take();
+        ExpectFailureAt(failing, [&] { Process(); });
         layer = nullptr;
         Calls const again = Process();
         std::size_t const stage = failing.ends_with('2') ? 0 : failing.ends_with('4') ? 2 : 4;
@@ -137,7 +128,7 @@ TEST_F(VignetteTest, SubEffectsThatWriteInPlaceReachNeitherTheCallersPictureNorT
     };
     VideoHandle const input = MakeNoise(*context, PixFmt::RGBA, 20, 14);
     auto const before = Samples(*input);
-    effect->ProcessData(std::vector<DataHandle>{input});
+    Run({input});
     EXPECT_EQ(Samples(*input), before);
     EXPECT_EQ(layerAlpha, 77);
 }
