@@ -11,7 +11,9 @@ namespace Velnor::Proc::Testing {
 
 /// A host with the plug-in's effects, and one call to run one of them on a picture, which it must leave as it is.
 struct HostRun {
-    HostRun() { Registrator(&host.GetRegistry()); }
+    explicit HostRun(bool hasPlugin = true) {
+        if (hasPlugin) Registrator(&host.GetRegistry());
+    }
 
     template <class SettingsClass>
     intrusive_ptr<IEffect> Make(SettingsClass const& settings) {
@@ -40,6 +42,9 @@ struct HostRun {
     IEffectContext& context = *host.GetContext();
 };
 
-class HostRunTest : public ::testing::Test, protected HostRun {};
+class HostRunTest : public ::testing::Test, protected HostRun {
+protected:
+    explicit HostRunTest(bool hasPlugin = true) : HostRun(hasPlugin) {}
+};
 
 } // namespace Velnor::Proc::Testing

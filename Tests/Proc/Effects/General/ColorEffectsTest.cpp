@@ -1,14 +1,10 @@
 // Colour balance, vibrance, split toning and posterize.
-#include "Proc/Interfaces/ImplNames.h"
-#include "Proc/Interfaces/ProcException.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectColorBalance.h"
 #include "Proc/Settings/SettingsEffectPosterize.h"
 #include "Proc/Settings/SettingsEffectSplitToning.h"
 #include "Proc/Settings/SettingsEffectVibrance.h"
-#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
-#include "Tests/Support/Pictures.h"
+#include "Tests/Support/HostRun.h"
 
 #include <gtest/gtest.h>
 
@@ -19,15 +15,8 @@ namespace {
 
 using namespace Testing;
 
-class ColorEffectsTest : public ::testing::Test {
+class ColorEffectsTest : public HostRunTest {
 protected:
-    template <class SettingsClass>
-    VideoHandle Apply(SettingsClass const& settings, DataHandle data) {
-        auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsClass::CLASS_ID, ImplNames::DEFAULT);
-        effect->SetSettings(settings);
-        effect->ProcessData(data);
-        return VideoHandle(&AsVideo(data));
-    }
     static SettingsEffectColorBalance Balance(int gamma, int brightness) {
         SettingsEffectColorBalance settings;
         settings.SetGamma(gamma);
@@ -56,9 +45,6 @@ protected:
         std::vector<unsigned char> const bytes = Samples(*Apply(settings, MakeFlat(context, format, 1, 1, pixel)));
         return {bytes.begin(), bytes.end()};
     }
-
-    StandardHost host;
-    IEffectContext& context = *host.GetContext();
 };
 
 TEST_F(ColorEffectsTest, BalanceMapsColourOrLumaAndNothingElse) {

@@ -1,11 +1,8 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectImageBlender.h"
-#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
-#include "Tests/Support/Pictures.h"
-#include "Tests/Support/Refusal.h"
+#include "Tests/Support/HostRun.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +14,7 @@ namespace {
 using namespace Testing;
 using Blend = SettingsEffectImageBlender;
 
-class ImageBlenderTest : public ::testing::Test {
+class ImageBlenderTest : public HostRunTest {
 protected:
     VideoHandle Apply(Blend const& settings, DataHandle first, ConstDataHandle const& second) {
         effect->SetSettings(settings);
@@ -27,17 +24,7 @@ protected:
     std::string Refusal(Blend const& settings, DataHandle const& first, ConstDataHandle const& second) {
         return RefusalOf([&] { Apply(settings, first, second); });
     }
-    VideoHandle Convert(VideoHandle const& picture, PixFmt format) {
-        auto const converter =
-            host.GetFactory()->CreateOneInputEffect(SettingsColorspaceConverter::CLASS_ID, ImplNames::DEFAULT);
-        converter->SetSettings(SettingsColorspaceConverter(format, true));
-        DataHandle data = picture->MakeCopy(CopyMode::Value);
-        converter->ProcessData(data);
-        return VideoHandle(&AsVideo(data));
-    }
 
-    StandardHost host;
-    IEffectContext& context = *host.GetContext();
     intrusive_ptr<ITwoInputEffectVideo> const effect =
         host.GetFactory()->CreateTwoInputEffect(Blend::CLASS_ID, ImplNames::DEFAULT);
 };

@@ -1,10 +1,6 @@
-#include "Proc/Interfaces/ImplNames.h"
-#include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectPad.h"
-#include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
-#include "Tests/Support/Pictures.h"
-#include "Tests/Support/Refusal.h"
+#include "Tests/Support/HostRun.h"
 
 #include <gtest/gtest.h>
 
@@ -14,22 +10,7 @@ namespace {
 using namespace Testing;
 using S = SettingsEffectPad;
 
-class PadTest : public ::testing::Test {
-protected:
-    VideoHandle Apply(S const& settings, DataHandle data) {
-        effect->SetSettings(settings);
-        effect->ProcessData(data);
-        return VideoHandle(&AsVideo(data));
-    }
-    std::string Refusal(S const& settings, DataHandle const& data) {
-        return RefusalOf([&] { Apply(settings, data); });
-    }
-
-    StandardHost host;
-    IEffectContext& context = *host.GetContext();
-    intrusive_ptr<IOneInputEffectVideo> const effect =
-        host.GetFactory()->CreateOneInputEffect(S::CLASS_ID, ImplNames::DEFAULT);
-};
+class PadTest : public HostRunTest {};
 
 /// The place in a line of `size` samples that one walking to and fro between its ends comes to.
 int Walk(int place, int size, S::Mode mode) {

@@ -6,6 +6,7 @@
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -218,14 +219,8 @@ TEST_F(GridGraphTest, AStopAnywhereLeavesThePictureAndCounts) {
 
 TEST_F(GridGraphTest, RefusesStrokesThatDoNotFit) {
     VideoHandle const picture = MakeNoise(*context, PixFmt::RGB24, 6, 4);
-    for (auto const& strokes : {MakeNoise(*context, PixFmt::GRAY8, 6, 5), MakeNoise(*context, PixFmt::RGB24, 6, 4)}) {
-        try {
-            Run(picture, strokes);
-            FAIL();
-        } catch (EffectException const& refusal) {
-            EXPECT_NE(DescribeException(refusal).find("strokes"), std::string::npos);
-        }
-    }
+    for (auto const& strokes : {MakeNoise(*context, PixFmt::GRAY8, 6, 5), MakeNoise(*context, PixFmt::RGB24, 6, 4)})
+        ExpectRefusal<EffectException>([&] { Run(picture, strokes); }, {"strokes"});
 }
 
 TEST_F(GridGraphTest, CutsAPictureThatIsLargeEnoughForThreads) {

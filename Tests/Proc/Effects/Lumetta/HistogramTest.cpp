@@ -74,12 +74,8 @@ TEST(HistogramEffect, RefusesAPictureThatNoConverterBroughtToACountedFormat) {
     ContextHandle const context = CreateContext();
     intrusive_ptr<IEffect> const effect = CreateHistogram(MakeShared<RecordingFactory>(recorder), context);
     EXPECT_EQ(recorder.Take()[1], "set 1 formats=rgb24,yuv444p,yuv420p");
-    try {
-        effect->ProcessData({MakeNoise(*context, PixFmt::BGR24, 4, 3)});
-        ADD_FAILURE();
-    } catch (EffectException const& refusal) {
-        EXPECT_EQ(*boost::get_error_info<TagDescription>(refusal), "Unsupported pixel format");
-    }
+    EXPECT_EQ(RefusalOf<EffectException>([&] { effect->ProcessData({MakeNoise(*context, PixFmt::BGR24, 4, 3)}); }),
+              "Unsupported pixel format");
     EXPECT_EQ(dynamic_cast<SettingsEffectHistogram const&>(effect->GetSettingsBase()).GetPixels(), 0U);
 }
 

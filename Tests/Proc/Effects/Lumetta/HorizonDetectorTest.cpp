@@ -4,6 +4,7 @@
 #include "Proc/Settings/SettingsEffectNeuralPredict.h"
 #include "Tests/Support/Pictures.h"
 #include "Tests/Support/RecordingFactory.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gmock/gmock.h>
 
@@ -39,12 +40,7 @@ TEST_F(HorizonDetectorTest, TheSecondScoreMustBeTheLarger) {
     EXPECT_FALSE(VerdictFor({0.6F, 0.4F}));
     EXPECT_FALSE(VerdictFor({none, 0.4F}));
     EXPECT_FALSE(VerdictFor({0.4F, none}));
-    try {
-        VerdictFor({1.0F});
-        FAIL();
-    } catch (EffectException const& error) {
-        EXPECT_THAT(DescribeException(error), HasSubstr("gives 1 scores"));
-    }
+    ExpectRefusal<EffectException>([&] { VerdictFor({1.0F}); }, {"gives 1 scores"});
 }
 
 TEST_F(HorizonDetectorTest, TheNetworkAloneDecidesWhetherTheVerdictStays) {

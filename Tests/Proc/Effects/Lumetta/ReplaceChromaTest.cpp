@@ -10,11 +10,11 @@ namespace {
 
 using namespace Testing;
 
-struct ReplaceChromaTest : ::testing::Test {
+struct ReplaceChromaTest : HostRunTest {
     /// What becomes of one colour.
     Colour4 Replace(SettingsEffectReplaceChroma const& settings, Colour4 const& color, PixFmt format = PixFmt::RGBA) {
-        VideoHandle const flat = Paint(run.context, format, 3, 2, [&](std::uint32_t, std::uint32_t) { return color; });
-        return ReadColour(*run.Apply(settings, flat), 1, 1);
+        VideoHandle const flat = Paint(context, format, 3, 2, [&](std::uint32_t, std::uint32_t) { return color; });
+        return ReadColour(*Apply(settings, flat), 1, 1);
     }
     static SettingsEffectReplaceChroma RedToBlue() {
         SettingsEffectReplaceChroma settings;
@@ -26,7 +26,6 @@ struct ReplaceChromaTest : ::testing::Test {
         auto const lab = Kernels::ToOkLab({float(c.red), float(c.green), float(c.blue)});
         return std::atan2(lab.b, lab.a);
     }
-    HostRun run;
 };
 
 TEST_F(ReplaceChromaTest, TheKeyColourTakesTheNewHueInLightAndShadeAndKeepsItsLuma) {
@@ -87,8 +86,8 @@ TEST_F(ReplaceChromaTest, ANeutralKeyIsColouredAndANeutralNewColourTakesTheColou
 }
 
 TEST_F(ReplaceChromaTest, NewSettingsReplaceTheKeptTable) {
-    auto const effect = run.Make(RedToBlue());
-    VideoHandle const red = MakeFlat(run.context, PixFmt::RGB24, 2, 2, {200, 40, 40});
+    auto const effect = Make(RedToBlue());
+    VideoHandle const red = MakeFlat(context, PixFmt::RGB24, 2, 2, {200, 40, 40});
     EXPECT_GT(Samples(AsVideo(effect->ProcessData({red->MakeCopy(CopyMode::Value)})))[2], 150);
     SettingsEffectReplaceChroma green = RedToBlue();
     green.SetNewColor(Color(40, 160, 40, 255));

@@ -32,25 +32,10 @@ using Paint = std::function<int(int x, int y)>;
 
 class StyleEffectsTest : public ::testing::Test {
 protected:
-    /// A picture of one level a pixel, the same in each component.
     static VideoHandle MakeGrey(PixFmt format, int width, int height, Paint const& paint) {
-        VideoHandle picture;
-        PluginHost().GetContext()->CreateImage(
-            &picture, format,
-            FrameFormat::Square(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)));
-        MutablePlane const plane = picture->GetMutablePlane(0);
-        std::uint64_t const bytes = plane.GetSampleBytes();
-        for (int y = 0; y < height; ++y)
-            for (int i = 0; i < static_cast<int>(plane.GetWidth()); ++i)
-                plane.GetRow(static_cast<std::uint64_t>(y))[i] =
-                    static_cast<unsigned char>(paint(i / static_cast<int>(bytes), y));
-        return picture;
+        return Testing::MakeGrey(*PluginHost().GetContext(), format, width, height, paint);
     }
-
-    static int At(DataHandle const& picture, int x, int y) {
-        ConstPlane const plane = AsVideo(picture).GetPlane(0);
-        return plane.GetRow(static_cast<std::uint64_t>(y))[static_cast<std::uint64_t>(x) * plane.GetSampleBytes()];
-    }
+    static int At(DataHandle const& picture, int x, int y) { return Testing::At(AsVideo(picture), x, y); }
 
     template <class S>
     static DataHandle Apply(S const& settings, VideoHandle const& picture) {

@@ -1,14 +1,11 @@
 #include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Interfaces/EffectExceptions.h"
-#include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectBlackWhite.h"
 #include "Proc/Settings/SettingsEffectColorBalanceAuto.h"
 #include "Proc/Settings/SettingsEffectGradient.h"
 #include "Proc/Settings/SettingsEffectTintTemperature.h"
-#include "Proc/StandardHost/StandardHost.h"
-#include "Tests/Support/Pictures.h"
-#include "Tests/Support/Refusal.h"
+#include "Tests/Support/HostRun.h"
 
 #include <gtest/gtest.h>
 
@@ -23,33 +20,18 @@ namespace {
 using namespace Testing;
 using Bytes = std::vector<unsigned char>;
 
-class ToneEffectsTest : public ::testing::Test {
+class ToneEffectsTest : public HostRunTest {
 protected:
-    ToneEffectsTest() { Registrator(&host.GetRegistry()); }
-
-    template <class SettingsClass>
-    VideoHandle Apply(SettingsClass const& settings, DataHandle const& data) {
-        auto const effect = host.GetFactory()->CreateOneInputEffect(SettingsClass::CLASS_ID, ImplNames::DEFAULT);
-        effect->SetSettings(settings);
-        DataHandle const result = static_cast<IEffect&>(*effect).ProcessData({AsVideo(data).MakeCopy(CopyMode::Value)});
-        return VideoHandle(&AsVideo(result));
-    }
-    VideoHandle Convert(DataHandle const& data, PixFmt format) {
-        return Apply(SettingsColorspaceConverter(format, true), data);
-    }
     Bytes FirstPixel(VideoHandle const& picture, std::size_t bytes) {
         Bytes const all = Samples(*picture);
         return Bytes(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(bytes));
     }
-    Bytes LumaOf(DataHandle const& data) {
+    Bytes LumaOf(VideoHandle const& data) {
         VideoHandle const converted = Convert(data, PixFmt::YUV444P);
         Bytes bytes = Samples(*converted);
         bytes.resize(bytes.size() / 3);
         return bytes;
     }
-
-    StandardHost host;
-    IEffectContext& context = *host.GetContext();
 };
 
 TEST_F(ToneEffectsTest, WarmthMovesRedAgainstBlueInBothByteOrdersAndKeepsBrightness) {

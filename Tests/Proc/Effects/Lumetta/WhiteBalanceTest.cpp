@@ -1,10 +1,7 @@
 #include "Proc/Settings/SettingsEffectWhiteBalance.h"
 
 #include "Proc/Effects/Kit/EffectEntry.h"
-#include "Proc/Interfaces/ImplNames.h"
-#include "Proc/Settings/SettingsColorspaceConverter.h"
-#include "Proc/StandardHost/StandardHost.h"
-#include "Tests/Support/Pictures.h"
+#include "Tests/Support/HostRun.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>
@@ -20,37 +17,23 @@ using namespace Testing;
 // Component 0: c = 250, grey 150: the table rises by 2 above 250 and ends at 160.
 Color const STEEP(250, 100, 100, 255);
 
-class WhiteBalanceTest : public ::testing::Test {
+class WhiteBalanceTest : public HostRunTest {
 protected:
-    WhiteBalanceTest() { Registrator(&host.GetRegistry()); }
-
-    DataHandle Balance(DataHandle const& data, Color const& reference) {
-        auto const effect =
-            host.GetFactory()->CreateOneInputEffect(SettingsEffectWhiteBalance::CLASS_ID, ImplNames::VELNOR);
-        effect->SetSettings(SettingsEffectWhiteBalance(reference));
-        return static_cast<IEffect&>(*effect).ProcessData({data});
+    VideoHandle Balance(VideoHandle const& picture, Color const& reference) {
+        return Apply(SettingsEffectWhiteBalance(reference), picture);
     }
-    DataHandle Convert(DataHandle const& data, PixFmt format) {
-        auto const effect =
-            host.GetFactory()->CreateOneInputEffect(SettingsColorspaceConverter::CLASS_ID, ImplNames::DEFAULT);
-        effect->SetSettings(SettingsColorspaceConverter(format, true));
-        return static_cast<IEffect&>(*effect).ProcessData({data});
-    }
-
-    StandardHost host;
-    IEffectContext& context = *host.GetContext();
 };
 
 TEST_F(WhiteBalanceTest, MapsTheFirstThreeBytesByPositionAndNothingElse) {
     // Two pixels: the reference itself, and one above it in every component.
     std::vector<unsigned char> const mapped3{150, 150, 150, 160, 183, 183};
     VideoHandle const three = MakeFlat(context, PixFmt::BGR24, 2, 3, {250, 100, 100, 255, 150, 150});
-    std::vector<unsigned char> const got3 = Samples(AsVideo(Balance(three, STEEP)));
+    std::vector<unsigned char> const got3 = Samples(*Balance(three, STEEP));
     EXPECT_TRUE(std::equal(mapped3.begin(), mapped3.end(), got3.begin()));
     EXPECT_TRUE(std::equal(mapped3.begin(), mapped3.end(), got3.begin() + 12));
 
     VideoHandle const four = MakeFlat(context, PixFmt::BGRA, 2, 1, {250, 100, 100, 7, 255, 150, 150, 9});
-    EXPECT_EQ(Samples(AsVideo(Balance(four, STEEP))), (std::vector<unsigned char>{150, 150, 150, 7, 160, 183, 183, 9}));
+    EXPECT_EQ(Samples(*Balance(four, STEEP)), (std::vector<unsigned char>{150, 150, 150, 7, 160, 183, 183, 9}));
 }
 
 TEST_F(WhiteBalanceTest, SharedInputAndTheBytesBetweenRowsStay) {
@@ -59,8 +42,8 @@ TEST_F(WhiteBalanceTest, SharedInputAndTheBytesBetweenRowsStay) {
     VideoHandle wrapped;
     context.WrapImage(&wrapped, PixFmt::BGR24, FrameFormat::Square(2, 3), {rows}, nullptr);
     std::vector<unsigned char> const before = Samples(*wrapped);
-    DataHandle const result = Balance(wrapped->MakeCopy(CopyMode::Value), STEEP);
-    EXPECT_NE(Samples(AsVideo(result)), before);
+    VideoHandle const result = Balance(wrapped->MakeCopy(CopyMode::Value), STEEP);
+    EXPECT_NE(Samples(*result), before);
     EXPECT_EQ(Samples(*wrapped), before);
     EXPECT_EQ(memory, std::vector<unsigned char>(60, 77));
 }
@@ -69,7 +52,7 @@ TEST_F(WhiteBalanceTest, NeutralReferencesLeaveThePictureAlone) {
     VideoHandle const picture = MakeNoise(context, PixFmt::RGB24, 31, 7);
     std::vector<unsigned char> const before = Samples(*picture);
     for (auto const grey : std::initializer_list<unsigned char>{0, 128, 255})
-        EXPECT_EQ(Samples(AsVideo(Balance(picture->MakeCopy(CopyMode::Value), {grey, grey, grey, 255}))), before);
+        EXPECT_EQ(Samples(*Balance(picture->MakeCopy(CopyMode::Value), {grey, grey, grey, 255})), before);
 }
 
 TEST_F(WhiteBalanceTest, TheColourNamedComesOutGreyInEveryFormat) {
@@ -79,9 +62,9 @@ TEST_F(WhiteBalanceTest, TheColourNamedComesOutGreyInEveryFormat) {
         if (format.model == ColorModel::Grey || format.model == ColorModel::Palette) continue;
         VideoHandle const picture = context.CreateImage(format.format, FrameFormat::Square(16, 8));
         picture->Fill(cast);
-        DataHandle const result = Balance(picture, cast);
+        VideoHandle const result = Balance(picture, cast);
         EXPECT_EQ(result->GetPixFmt(), format.format) << format.name;
-        std::vector<unsigned char> const rgb = Samples(AsVideo(Convert(result, PixFmt::RGB24)));
+        std::vector<unsigned char> const rgb = Samples(*Convert(result, PixFmt::RGB24));
         int const tolerance = format.model == ColorModel::Luma ? 3 : 0; // 8-bit luma and chroma are coarser than RGB
         for (unsigned int i = 0; i < 3; ++i)
             EXPECT_LE(std::abs(rgb[i] - grey), tolerance) << format.name << " component " << i;

@@ -1,6 +1,4 @@
 #include "Proc/Interfaces/IResize.h"
-#include "Proc/Interfaces/ImplNames.h"
-#include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectBlur.h"
 #include "Proc/Settings/SettingsEffectCLAHE.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -9,9 +7,7 @@
 #include "Proc/Settings/SettingsEffectRotate.h"
 #include "Proc/Settings/SettingsEffectSmartBlur.h"
 #include "Proc/Settings/SettingsResizer.h"
-#include "Proc/StandardHost/StandardHost.h"
-#include "Tests/Support/Pictures.h"
-#include "Tests/Support/Refusal.h"
+#include "Tests/Support/HostRun.h"
 
 #include <gtest/gtest.h>
 
@@ -25,43 +21,14 @@ namespace {
 
 using namespace Testing;
 
-class OpenCVEffectsTest : public ::testing::Test {
+class OpenCVEffectsTest : public HostRunTest {
 protected:
-    template <class S>
-    VideoHandle Apply(S const& settings, VideoHandle const& picture) {
-        auto const effect = host.GetFactory()->CreateOneInputEffect(S::CLASS_ID, ImplNames::DEFAULT);
-        effect->SetSettings(settings);
-        DataHandle data = picture;
-        effect->ProcessData(data);
-        return VideoHandle(&AsVideo(data));
-    }
-    template <class S>
-    VideoHandle Apply(S const& settings, VideoHandle const& first, VideoHandle const& second) {
-        auto const effect = host.GetFactory()->CreateTwoInputEffect(S::CLASS_ID, ImplNames::DEFAULT);
-        effect->SetSettings(settings);
-        DataHandle data = first;
-        effect->ProcessData(data, second);
-        return VideoHandle(&AsVideo(data));
-    }
-    template <class... Arguments>
-    std::string Refusal(Arguments const&... arguments) {
-        return RefusalOf([&] { Apply(arguments...); });
-    }
-    /// A grey picture whose levels are a function of the place.
-    template <class Level>
-    VideoHandle MakeGrey(std::uint32_t width, std::uint32_t height, Level const& level) {
-        VideoHandle const picture = context.CreateImage(PixFmt::GRAY8, FrameFormat::Square(width, height));
-        for (std::uint32_t y = 0; y < height; ++y)
-            for (std::uint32_t x = 0; x < width; ++x)
-                picture->GetMutablePlane(0).GetRow(y)[x] = static_cast<unsigned char>(level(int(x), int(y)));
-        return picture;
-    }
-    static int At(IDataVideo const& picture, int x, int y) {
-        return picture.GetPlane(0).GetRow(static_cast<std::uint64_t>(y))[x];
-    }
+    OpenCVEffectsTest() : HostRunTest(false) {}
 
-    StandardHost host;
-    IEffectContext& context = *host.GetContext();
+    template <class Level>
+    VideoHandle MakeGrey(int width, int height, Level const& level) {
+        return Testing::MakeGrey(context, PixFmt::GRAY8, width, height, level);
+    }
 };
 
 double Weight(SettingsEffectBlur const& s, double deviation, int distance, int halfWidth) {
@@ -96,9 +63,8 @@ TEST_F(OpenCVEffectsTest, BlurIsTheDirectSumWithinALevel) {
                 settings.SetDevY(devY);
                 settings.SetKernelLength(2);
                 // Halves of black and white show an error of the kernel's sum at its worst.
-                VideoHandle const picture =
-                    MakeGrey(std::uint32_t(width), std::uint32_t(height),
-                             [w = width](int x, int y) { return x * 2 < w ? 0 : (y % 7 == 3 ? 40 : 255); });
+                VideoHandle const picture = MakeGrey(
+                    width, height, [w = width](int x, int y) { return x * 2 < w ? 0 : (y % 7 == 3 ? 40 : 255); });
                 VideoHandle const result = Apply(settings, picture);
                 auto columns = std::vector(std::size_t(width), std::vector(std::size_t(height), 0.0));
                 for (int y = 0; y < height; ++y) {
@@ -286,9 +252,8 @@ TEST_F(OpenCVEffectsTest, SmartBlurIsTheGuidedFilterByDirectSums) {
     auto const alike = [](int) { return 1.0; };
     auto const bell = [](int x) { return std::exp(-x * x / (2 * 1.5 * 1.5)); };
     for (auto const& [w, h, reach] : {std::tuple{1, 1, 1}, {40, 2, 1}, {3, 35, 1}, {210, 150, 5}}) {
-        VideoHandle const picture = MakeGrey(std::uint32_t(w), std::uint32_t(h), [](int x, int y) {
-            return (x + y < 130 ? 60 : 170) + (x * x * 7 + y * 13 + x * y) % 41;
-        });
+        VideoHandle const picture =
+            MakeGrey(w, h, [](int x, int y) { return (x + y < 130 ? 60 : 170) + (x * x * 7 + y * 13 + x * y) % 41; });
         std::vector<double> values, squares;
         for (int i = 0; i < w * h; ++i) values.push_back(At(*picture, i % w, i / w));
         for (double const value : values) squares.push_back(value * value);
