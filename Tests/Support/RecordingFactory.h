@@ -14,11 +14,20 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Velnor::Proc::Testing {
 
 using Calls = std::vector<std::string>;
+
+/// Calls from one text, in which "; " stands between them.
+inline Calls Steps(std::string_view text) {
+    Calls calls;
+    for (std::size_t end = 0; end != text.npos; text.remove_prefix(end == text.npos ? 0 : end + 2))
+        calls.emplace_back(text.substr(0, end = text.find("; ")));
+    return calls;
+}
 
 /// The fields that differ from their defaults, as "name=value", separated by blanks.
 inline std::string DescribeChanges(Settings const& settings) {

@@ -8,6 +8,8 @@
 
 namespace Velnor::Proc::Testing {
 
+using ::testing::HasSubstr;
+
 /// What an exception of that class says that the work throws; empty when it throws none.
 template <class Exception = ProcException, class Work>
 std::string RefusalOf(Work const& work) {
@@ -23,7 +25,7 @@ std::string RefusalOf(Work const& work) {
 template <class Exception = ProcException, class Work>
 void ExpectRefusal(Work const& work, std::initializer_list<std::string> words) {
     std::string const said = RefusalOf<Exception>(work);
-    for (std::string const& each : words) EXPECT_THAT(said, ::testing::HasSubstr(each));
+    for (std::string const& each : words) EXPECT_THAT(said, HasSubstr(each));
 }
 
 } // namespace Velnor::Proc::Testing

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -23,6 +25,18 @@ public:
     TemporaryFolder& operator=(TemporaryFolder const&) = delete;
 
     std::filesystem::path const& GetPath() const { return path; }
+    std::filesystem::path operator/(std::string const& name) const { return path / name; }
+    std::size_t CountFiles() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(path), {}));
+    }
+
+    std::string Read(std::string const& name) const {
+        std::ifstream file(path / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void Write(std::string const& name, std::string const& bytes) const {
+        std::ofstream(path / name, std::ios::binary) << bytes;
+    }
 
 private:
     std::filesystem::path path;

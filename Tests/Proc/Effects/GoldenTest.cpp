@@ -11,8 +11,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <map>
 #include <ostream>
+#include <sstream>
 
 namespace Velnor::Proc {
 namespace {
@@ -26,9 +26,8 @@ struct Input {
 };
 
 struct Golden {
-    std::string file;
-    std::string classId;
-    std::map<std::string, std::string> parameters;
+    std::string file;       ///< Named as the effect is at the command line.
+    std::string parameters; ///< name=value, with blanks between them.
     int tolerance; ///< Levels that a sample may be off: conversions are the library's, which may round otherwise.
     std::string photo = "chelsea.png";
     Rectangle part{100, 60, 121, 97};
@@ -57,11 +56,16 @@ TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
     Golden const& golden = GetParam();
     StandardHost host;
     host.LoadPlugin(LUMETTA_FILE);
-    auto const effect = host.GetFactory()->CreateEffect(golden.classId, ImplNames::DEFAULT);
-    auto const settings = SettingsType::Find(golden.classId)->create();
-    for (SettingsField const& field : settings->GetType().describe())
-        if (auto const given = golden.parameters.find(field.name); given != golden.parameters.end())
-            field.parse(*settings, given->second);
+    std::vector<std::string> const classIds = host.GetFactory()->GetClassIds();
+    auto const classId = std::ranges::find_if(
+        classIds, [&](std::string const& id) { return SettingsType::Find(id)->GetEffectName() == golden.file; });
+    ASSERT_NE(classId, classIds.end());
+    auto const effect = host.GetFactory()->CreateEffect(*classId, ImplNames::DEFAULT);
+    auto const settings = SettingsType::Find(*classId)->create();
+    std::istringstream parameters(golden.parameters);
+    for (std::string given; parameters >> given;)
+        for (SettingsField const& field : settings->GetType().describe())
+            if (given.starts_with(field.name + "=")) field.parse(*settings, given.substr(field.name.size() + 1));
     effect->SetSettings(*settings);
 
     std::vector<DataHandle> inputs{ReadPart(host, {"Samples/" + golden.photo, golden.part})};
@@ -99,82 +103,41 @@ Input const MASK{"Tests/golden/grab-cut.png", {0, 0, CUT.width, CUT.height}};
 INSTANTIATE_TEST_SUITE_P(
     Effects, GoldenTest,
     ::testing::Values(
-        Golden{"white-balance", "SettingsEffectWhiteBalance", {{"reference", "#b39c96"}}, 0},
-        Golden{"auto-enhance", "SettingsEffectAutoEnhance", {}, 3},
-        Golden{"histogram", "SettingsEffectHistogram", {{"draw", "true"}, {"size", "60"}}, 1},
+        Golden{"white-balance", "reference=#b39c96", 0}, Golden{"auto-enhance", "", 3},
+        Golden{"histogram", "draw=true size=60", 1}, Golden{"replace-chroma", "key-color=#a87850 new-color=#5078a8", 1},
+        Golden{"balance-luma", "shadows=80", 1}, Golden{"color-reduce", "colors=8 dither=false", 1},
+        Golden{"pixelate", "strength=60", 1}, Golden{"tint-temperature", "temperature=20", 2},
+        Golden{"color-balance-auto", "light-balance=true", 0}, Golden{"black-white", "threshold=0.4", 0},
+        Golden{"gradient", "", 2}, Golden{"bi-color-toning", "", 1},
         Golden{
-            "replace-chroma", "SettingsEffectReplaceChroma", {{"key-color", "#a87850"}, {"new-color", "#5078a8"}}, 1},
-        Golden{"balance-luma", "SettingsEffectBalanceLuma", {{"shadows", "80"}}, 1},
-        Golden{"color-reduce", "SettingsEffectColorReduce", {{"colors", "8"}, {"dither", "false"}}, 1},
-        Golden{"pixelate", "SettingsEffectPixelate", {{"strength", "60"}}, 1},
-        Golden{"tint-temperature", "SettingsEffectTintTemperature", {{"temperature", "20"}}, 2},
-        Golden{"color-balance-auto", "SettingsEffectColorBalanceAuto", {{"light-balance", "true"}}, 0},
-        Golden{"black-white", "SettingsEffectBlackWhite", {{"threshold", "0.4"}}, 0},
-        Golden{"gradient", "SettingsEffectGradient", {}, 2},
-        Golden{"bi-color-toning", "SettingsEffectBiColorToning", {}, 1},
-        Golden{"blend-palette",
-               "SettingsEffectBlendPalette",
-               {},
-               1,
-               "chelsea.png",
-               {100, 60, 121, 97},
-               {{"Samples/coffee.png", {200, 100, 150, 150}}}},
-        Golden{"blur-bokeh", "SettingsEffectBlurBokeh", {}, 1, "coffee.png", {320, 60, 121, 97}},
-        Golden{"colored-glass", "SettingsEffectColoredGlass", {}, 1, "astronaut.png", PORTRAIT},
-        Golden{"sketch", "SettingsEffectSketch", {}, 1},
-        Golden{"blur-radial", "SettingsEffectBlurRadial", {{"strength", "40"}}, 1},
-        Golden{"details-enhance", "SettingsEffectDetailsEnhance", {}, 1},
-        Golden{"directional-area-deformation",
-               "SettingsEffectDirectionalAreaDeformation",
-               {{"strokes", "30,30>60,30;90,70>70,50"}, {"size", "50"}, {"strength", "100"}},
-               1},
-        Golden{"gradient-posterize", "SettingsEffectGradientPosterize", {{"color-count", "4"}}, 1},
-        Golden{"implode", "SettingsEffectImplode", {{"strength", "80"}}, 1},
-        Golden{"restorer", "SettingsEffectRestorer", {{"denoise", "60"}}, 2, "astronaut.png", PORTRAIT},
-        Golden{"shape-mask", "SettingsEffectShapeMask", {{"shape", "polygon"}, {"rotation", "20"}}, 1},
-        Golden{"tilt-shift", "SettingsEffectTiltShift", {{"shape-mask.height", "30"}}, 1},
-        Golden{"vignette", "SettingsEffectVignette", {}, 1},
-        Golden{"auto-glare-remove",
-               "SettingsEffectAutoGlareRemove",
-               {{"strength", "100"}},
-               1,
-               "coffee.png",
-               {320, 225, 121, 97}},
-        Golden{"aligner", "SettingsEffectAligner", {{"eyes-distance", "35"}}, 1, "astronaut.png", PORTRAIT},
-        Golden{"face-mask", "SettingsEffectFaceMask", {}, 1, "astronaut.png", PORTRAIT},
-        Golden{"face-thinning", "SettingsEffectFaceThinning", {{"strength", "100"}}, 1, "astronaut.png", PORTRAIT},
-        Golden{"grab-cut", "SettingsEffectGrabCut", {}, 0, "astronaut.png", CUT, {STROKES}},
-        Golden{"grab-cut-segmentation", "SettingsEffectGrabCutSegmentation", {}, 0, "astronaut.png", CUT, {STROKES}},
-        Golden{"edge-remove", "SettingsEffectEdgeRemove", {}, 2, "astronaut.png", CUT, {MASK}},
-        Golden{"reduce-local-luma",
-               "SettingsEffectReduceLocalLuma",
-               {{"strength", "80"}},
-               1,
-               "astronaut.png",
-               CUT,
-               {MASK}},
-        Golden{"remove-background",
-               "SettingsEffectRemoveBackground",
-               {{"result", "color"}, {"color", "#3060a0"}},
-               3,
-               "astronaut.png",
-               CUT,
-               {STROKES}},
+            "blend-palette", "", 1, "chelsea.png", {100, 60, 121, 97}, {{"Samples/coffee.png", {200, 100, 150, 150}}}},
+        Golden{"blur-bokeh", "", 1, "coffee.png", {320, 60, 121, 97}},
+        Golden{"colored-glass", "", 1, "astronaut.png", PORTRAIT}, Golden{"sketch", "", 1},
+        Golden{"blur-radial", "strength=40", 1}, Golden{"details-enhance", "", 1},
+        Golden{"directional-area-deformation", "strokes=30,30>60,30;90,70>70,50 size=50 strength=100", 1},
+        Golden{"gradient-posterize", "color-count=4", 1}, Golden{"implode", "strength=80", 1},
+        Golden{"restorer", "denoise=60", 2, "astronaut.png", PORTRAIT},
+        Golden{"shape-mask", "shape=polygon rotation=20", 1}, Golden{"tilt-shift", "shape-mask.height=30", 1},
+        Golden{"vignette", "", 1}, Golden{"auto-glare-remove", "strength=100", 1, "coffee.png", {320, 225, 121, 97}},
+        Golden{"aligner", "eyes-distance=35", 1, "astronaut.png", PORTRAIT},
+        Golden{"face-mask", "", 1, "astronaut.png", PORTRAIT},
+        Golden{"face-thinning", "strength=100", 1, "astronaut.png", PORTRAIT},
+        Golden{"grab-cut", "", 0, "astronaut.png", CUT, {STROKES}},
+        Golden{"grab-cut-segmentation", "", 0, "astronaut.png", CUT, {STROKES}},
+        Golden{"edge-remove", "", 2, "astronaut.png", CUT, {MASK}},
+        Golden{"reduce-local-luma", "strength=80", 1, "astronaut.png", CUT, {MASK}},
+        Golden{"remove-background", "result=color color=#3060a0", 3, "astronaut.png", CUT, {STROKES}},
         Golden{"stitcher",
-               "SettingsEffectStitcher",
-               {{"overlap-x", "19"}},
+               "overlap-x=19",
                0,
                "chelsea.png",
                {100, 60, 70, 97},
                {{"Samples/chelsea.png", {151, 60, 70, 97}}}},
-        Golden{"draw-face", "SettingsEffectDrawFace", {{"line-width", "1"}}, 0, "astronaut.png", PORTRAIT},
-        Golden{"eye-extending", "SettingsEffectEyeExtending", {{"strength", "80"}}, 0, "astronaut.png", PORTRAIT},
-        Golden{"oil-paint", "SettingsEffectOilPaint", {{"radius", "3"}}, 0},
-        Golden{"blur", "SettingsEffectBlur", {{"dev-x", "4"}, {"dev-y", "2"}}, 1},
-        Golden{"clahe", "SettingsEffectCLAHE", {{"clip-limit", "3"}}, 2},
-        Golden{"morphology", "SettingsEffectMorphology", {{"operation", "smooth"}, {"radius", "3"}}, 0},
-        Golden{"rotate", "SettingsEffectRotate", {{"angle", "12"}, {"output-size-mode", "whole"}}, 1},
-        Golden{"smart-blur", "SettingsEffectSmartBlur", {{"luma-blur", "60"}}, 2}),
+        Golden{"draw-face", "line-width=1", 0, "astronaut.png", PORTRAIT},
+        Golden{"eye-extending", "strength=80", 0, "astronaut.png", PORTRAIT}, Golden{"oil-paint", "radius=3", 0},
+        Golden{"blur", "dev-x=4 dev-y=2", 1}, Golden{"clahe", "clip-limit=3", 2},
+        Golden{"morphology", "operation=smooth radius=3", 0}, Golden{"rotate", "angle=12 output-size-mode=whole", 1},
+        Golden{"smart-blur", "luma-blur=60", 2}),
     TestName);
 
 } // namespace

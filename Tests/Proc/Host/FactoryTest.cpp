@@ -4,6 +4,7 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/Interfaces/ProcException.h"
 #include "Proc/Settings/SettingsEffectEmpty.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,8 @@
 
 namespace Velnor::Proc {
 namespace {
+
+using namespace Testing;
 
 /// An effect that only tells which implementation it is.
 template <class Kind>
@@ -62,16 +65,6 @@ intrusive_ptr<IEffect> MakeByFactory(FactoryHandle const& factory, ContextHandle
     return factory->CreateOneInputEffect("Plain", ImplNames::DEFAULT);
 }
 
-template <class Action>
-std::string ErrorOf(Action const& action) {
-    try {
-        action();
-    } catch (ProcException const& error) {
-        return DescribeException(error);
-    }
-    return "no exception";
-}
-
 class FactoryTest : public testing::Test {
 protected:
     FactoryTest() {
@@ -91,7 +84,7 @@ protected:
         return effect->GetStatistic().GetName();
     }
     std::string ErrorOfOne(std::string const& classId, std::string const& implName) {
-        return ErrorOf([&] { factory->CreateOneInputEffect(classId, implName); });
+        return RefusalOf([&] { factory->CreateOneInputEffect(classId, implName); });
     }
 
     std::shared_ptr<Registry> registry = std::make_shared<Registry>("host");
@@ -131,12 +124,12 @@ TEST_F(FactoryTest, FailuresNameWhatIsRegistered) {
               "The factory function of effect \"Null\", implementation \"First\" of host, returned null.");
     EXPECT_EQ(ErrorOfOne("Wrong", "First"), "The factory function of effect \"Wrong\", implementation \"First\" of "
                                             "host, is registered as one-input and made another kind.");
-    EXPECT_NE(ErrorOf([&] { factory->GetKind("Unknown", "Velnor"); }), "no exception");
-    EXPECT_NE(ErrorOf([&] { factory->CreateVarInputEffect("Plain", "Default"); }), "no exception");
+    EXPECT_NE(RefusalOf([&] { factory->GetKind("Unknown", "Velnor"); }), "");
+    EXPECT_NE(RefusalOf([&] { factory->CreateVarInputEffect("Plain", "Default"); }), "");
 
     intrusive_ptr<IOneInputEffectVideo> kept = factory->CreateOneInputEffect("Plain", "First");
     IOneInputEffectVideo* const before = kept.get();
-    ErrorOf([&] { factory->CreateOneInputEffect(&kept, "Unknown", "First"); });
+    RefusalOf([&] { factory->CreateOneInputEffect(&kept, "Unknown", "First"); });
     EXPECT_EQ(kept.get(), before);
 }
 
@@ -153,9 +146,9 @@ TEST_F(FactoryTest, EffectsOutliveTheHandles) {
 
 TEST_F(FactoryTest, RegistersAPairOnce) {
     std::size_t const count = registry->GetAll().size();
-    EXPECT_EQ(ErrorOf([&] { registry->RegisterVarInputEffect("Plain", "First", MakeB, nullptr); }),
+    EXPECT_EQ(RefusalOf([&] { registry->RegisterVarInputEffect("Plain", "First", MakeB, nullptr); }),
               "Effect \"Plain\" has an implementation \"First\" already, registered by host.");
-    EXPECT_EQ(ErrorOf([&] { registry->RegisterOneInputEffect("Plain", "Second", nullptr, nullptr); }),
+    EXPECT_EQ(RefusalOf([&] { registry->RegisterOneInputEffect("Plain", "Second", nullptr, nullptr); }),
               "Effect \"Plain\" has no factory function for its implementation \"Second\": the pointer is null.");
     EXPECT_EQ(registry->GetAll().size(), count);
     EXPECT_EQ(registry->FindOneInputEffect("Plain", "First"), &MakeA);
@@ -172,7 +165,7 @@ TEST_F(FactoryTest, StagedEffectsArriveTogetherOrNotAtAll) {
 
     // Another plug-in comes first: nothing of this one arrives.
     registry->RegisterOneInputEffect("Newer", "First", MakeA, nullptr);
-    EXPECT_NE(ErrorOf([&] { registry->Merge(staged); }), "no exception");
+    EXPECT_NE(RefusalOf([&] { registry->Merge(staged); }), "");
     EXPECT_FALSE(factory->Has("New", "First"));
 
     Registry next("plug-in", registry.get());

@@ -57,11 +57,6 @@ protected:
         return WritePicture(In(to), *loaded.picture, loaded.metadata.get(), options);
     }
 
-    std::string ReadBytes(std::string const& name) const {
-        std::ifstream file(In(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
     TemporaryFolder const folder;
     ContextHandle const context = MakeShared<Context>();
 };
@@ -95,7 +90,7 @@ std::string MakeBlockWithMakerNote() {
 
 TEST_F(MetadataTest, MakerNotesKeepTheirPlaceAndThumbnailsGo) {
     MakePicture("plain.jpg");
-    std::string const plain = ReadBytes("plain.jpg");
+    std::string const plain = folder.Read("plain.jpg");
     std::string const content = std::string("Exif\0\0", 6) + MakeBlockWithMakerNote();
     std::ofstream(In("in.jpg"), std::ios::binary)
         << plain.substr(0, 2) << "\xff\xe1" << '\0' << static_cast<char>(content.size() + 2) << content
@@ -104,8 +99,8 @@ TEST_F(MetadataTest, MakerNotesKeepTheirPlaceAndThumbnailsGo) {
     std::string const files = "a.jpg a.png a.tif a.webp a.avif a.jxl again.jpg ";
     for (char const* name : {"a.jpg", "a.png", "a.tif", "a.webp", "a.avif", "a.jxl"}) {
         Convert("in.jpg", name);
-        EXPECT_EQ(ReadBytes(name).find("THUMBNAIL!"), std::string::npos) << name;
-        EXPECT_TRUE(std::string(name) == "a.tif" || ReadBytes(name).find(note) != std::string::npos) << name;
+        EXPECT_EQ(folder.Read(name).find("THUMBNAIL!"), std::string::npos) << name;
+        EXPECT_TRUE(std::string(name) == "a.tif" || folder.Read(name).find(note) != std::string::npos) << name;
     }
     Convert("a.tif", "again.jpg");
     for (auto const& [file, values] : ReadValues(files)) {

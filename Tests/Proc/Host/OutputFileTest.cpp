@@ -29,14 +29,6 @@ protected:
         file.Write(content.data(), content.size());
         file.Commit();
     }
-    void Put(std::string const& name, std::string const& content) const { std::ofstream(In(name)) << content; }
-    std::string Get(std::string const& name) const {
-        std::ifstream file(In(name));
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    std::size_t CountFiles() const {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder.GetPath()), {}));
-    }
 
     /// Runs an action in a process of its own and returns how that ended, as waitpid tells.
     template <class Action>
@@ -60,29 +52,29 @@ TEST_P(OutputFileTest, AppearsAtCommitAndNotBefore) {
         file.Write("new", 3);
         EXPECT_FALSE(fs::exists(In("a")));
         file.Commit();
-        EXPECT_EQ(Get("a"), "new");
+        EXPECT_EQ(folder.Read("a"), "new");
     }
-    EXPECT_EQ(Get("a"), "new");
+    EXPECT_EQ(folder.Read("a"), "new");
     { OutputFile(In("b"), false, GetParam()).Write("dropped", 7); }
-    EXPECT_EQ(CountFiles(), 1U);
+    EXPECT_EQ(folder.CountFiles(), 1U);
 }
 
 TEST_P(OutputFileTest, ReplacesOnlyWhenAsked) {
-    Put("a", "old");
+    folder.Write("a", "old");
     ASSERT_EQ(chmod(In("a").c_str(), 0640), 0);
     EXPECT_THROW(Write("a", "new", false), FileOutputException);
-    EXPECT_EQ(Get("a"), "old");
+    EXPECT_EQ(folder.Read("a"), "old");
     {
         OutputFile late(In("b"), false, GetParam());
         late.Write("late", 4);
-        Put("b", "meanwhile");
+        folder.Write("b", "meanwhile");
         EXPECT_THROW(late.Commit(), FileOutputException);
     }
-    EXPECT_EQ(Get("b"), "meanwhile");
+    EXPECT_EQ(folder.Read("b"), "meanwhile");
     Write("a", "new", true);
-    EXPECT_EQ(Get("a"), "new");
+    EXPECT_EQ(folder.Read("a"), "new");
     EXPECT_EQ(fs::status(In("a")).permissions(), static_cast<fs::perms>(0640));
-    EXPECT_EQ(CountFiles(), 2U);
+    EXPECT_EQ(folder.CountFiles(), 2U);
 }
 
 TEST_P(OutputFileTest, NewFilesFollowTheUmask) {
@@ -94,11 +86,11 @@ TEST_P(OutputFileTest, NewFilesFollowTheUmask) {
 
 TEST_P(OutputFileTest, ALinkStaysAndWhatItLeadsToIsReplaced) {
     fs::create_directory(In("far"));
-    Put("far/a", "old");
+    folder.Write("far/a", "old");
     fs::create_symlink("far/a", In("link"));
     Write("link", "new", true);
     EXPECT_TRUE(fs::is_symlink(In("link")));
-    EXPECT_EQ(Get("far/a"), "new");
+    EXPECT_EQ(folder.Read("far/a"), "new");
     fs::create_symlink("nowhere", In("broken"));
     EXPECT_THROW(Write("broken", "new", false), FileOutputException);
     EXPECT_THROW(Write("broken", "new", true), FileOutputException);
@@ -111,11 +103,11 @@ TEST_P(OutputFileTest, RefusesWhatIsNoRegularFile) {
     EXPECT_THROW(Write("folder", "x", true), FileOutputException);
     ASSERT_EQ(mkfifo(In("pipe").c_str(), 0600), 0);
     EXPECT_THROW(Write("pipe", "x", true), FileOutputException);
-    EXPECT_EQ(CountFiles(), 2U);
+    EXPECT_EQ(folder.CountFiles(), 2U);
 }
 
 TEST_P(OutputFileTest, NoRoomLeavesTheOldFile) {
-    Put("a", "old");
+    folder.Write("a", "old");
     int const status = RunInChild([this] {
         // A limit on file sizes fails a write in the middle, as a full disk does.
         signal(SIGXFSZ, SIG_IGN);
@@ -128,36 +120,36 @@ TEST_P(OutputFileTest, NoRoomLeavesTheOldFile) {
         }
     });
     EXPECT_EQ(WEXITSTATUS(status), 7);
-    EXPECT_EQ(Get("a"), "old");
-    EXPECT_EQ(CountFiles(), 1U);
+    EXPECT_EQ(folder.Read("a"), "old");
+    EXPECT_EQ(folder.CountFiles(), 1U);
 }
 
 TEST_P(OutputFileTest, AKilledWriterLeavesTheOldFileAndTheNextRunClearsUp) {
     bool const isNamed = GetParam() == OutputFile::Temporary::Named;
-    Put("a", "old");
+    folder.Write("a", "old");
     int const status = RunInChild([this] {
         OutputFile file(In("a"), true, GetParam());
         file.Write("half", 4);
         raise(SIGKILL);
     });
     EXPECT_EQ(WTERMSIG(status), SIGKILL);
-    EXPECT_EQ(Get("a"), "old");
-    EXPECT_EQ(CountFiles(), isNamed ? 2U : 1U);
+    EXPECT_EQ(folder.Read("a"), "old");
+    EXPECT_EQ(folder.CountFiles(), isNamed ? 2U : 1U);
     // What is not ours or not dead stays: of another machine, of a process that runs, a file of another name, a folder.
     std::string const self = std::to_string(getpid());
     for (std::string const& name : {std::string(".velnor-elsewhere-1-0.tmp"), ".velnor-" + self + "-0.tmp",
                                     std::string(".velnor-notes"), std::string(".velnor-old-1-0.tmp")})
-        Put(name, "x");
+        folder.Write(name, "x");
     fs::create_directory(In(".velnor-1-2.tmp"));
     fs::last_write_time(In(".velnor-old-1-0.tmp"), fs::file_time_type::clock::now() - std::chrono::hours(25));
     int const living = RunInChild([this] {
         OutputFile const file(In("a"), true, OutputFile::Temporary::Named); // It is locked.
-        if (CountFiles() != 6) _exit(1);
+        if (folder.CountFiles() != 6) _exit(1);
         Write("./b", "new", false); // By another name of the folder, since each is looked through once.
-        if (CountFiles() != 7) _exit(2);
+        if (folder.CountFiles() != 7) _exit(2);
     });
     EXPECT_EQ(living, 0);
-    EXPECT_EQ(CountFiles(), 6U) << "a, b and the four";
+    EXPECT_EQ(folder.CountFiles(), 6U) << "a, b and the four";
     EXPECT_FALSE(fs::exists(In(".velnor-old-1-0.tmp")));
 }
 

@@ -92,8 +92,8 @@ TEST_F(AlphaEffectsTest, TheInserterRefusesOtherMasks) {
     for (VideoHandle const& mask : {MakeNoise(context, PixFmt::GRAY8, 18, 7), MakeNoise(context, PixFmt::GRAY8, 19, 8),
                                     MakeNoise(context, PixFmt::YA8, 19, 7)}) {
         std::string const text = RefusalOf([&] { Insert(picture, mask); });
-        EXPECT_NE(text.find("19 x 7 pixels of format bgra"), std::string::npos) << text;
-        EXPECT_NE(text.find(mask->GetDescription().name), std::string::npos) << text;
+        EXPECT_THAT(text, HasSubstr("19 x 7 pixels of format bgra"));
+        EXPECT_THAT(text, HasSubstr(mask->GetDescription().name));
     }
     EXPECT_NE(RefusalOf([&] { Insert(picture, nullptr); }), "");
     EXPECT_NE(RefusalOf([&] { Insert(nullptr, picture); }), "");
@@ -121,7 +121,7 @@ TEST_F(AlphaEffectsTest, TheMaskComesAtTheResolutionOfTheChroma) {
     EXPECT_NE(unknown.find("pixel-format is 9"), std::string::npos) << unknown;
     std::string const noMask = RefusalOf(
         [&] { Apply(SettingsEffectExtraAlphaExtractor(PixFmt::NV12), MakeNoise(context, PixFmt::RGB24, 2, 2)); });
-    EXPECT_NE(noMask.find("rgb24"), std::string::npos) << noMask;
+    EXPECT_THAT(noMask, HasSubstr("rgb24"));
 }
 
 } // namespace

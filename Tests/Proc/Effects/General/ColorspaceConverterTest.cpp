@@ -4,6 +4,7 @@
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gtest/gtest.h>
 

@@ -142,11 +142,11 @@ TEST_F(ImageBlenderTest, ChromaWithoutAnAlphaOfItsOwnTakesTheMeanOfTheMask) {
 TEST_F(ImageBlenderTest, AnyNumberIsAnAlphaAndAPosition) {
     VideoHandle const first = MakeNoise(context, PixFmt::RGB24, 9, 4, 1);
     VideoHandle const second = MakeNoise(context, PixFmt::RGB24, 9, 4, 2);
-    constexpr int low = std::numeric_limits<int>::min();
-    constexpr int high = std::numeric_limits<int>::max();
-    EXPECT_EQ(Samples(*Apply(Blend(0, 0, low, BLEND_PRODUCT), first, second)), Samples(*first));
-    EXPECT_EQ(Samples(*Apply(Blend(0, 0, high, BLEND_PRODUCT), first, second)), Samples(*second));
-    for (auto const& [x, y] : {std::pair{low, 0}, {high, 0}, {0, low}, {high, high}})
+    constexpr int LOW = std::numeric_limits<int>::min();
+    constexpr int HIGH = std::numeric_limits<int>::max();
+    EXPECT_EQ(Samples(*Apply(Blend(0, 0, LOW, BLEND_PRODUCT), first, second)), Samples(*first));
+    EXPECT_EQ(Samples(*Apply(Blend(0, 0, HIGH, BLEND_PRODUCT), first, second)), Samples(*second));
+    for (auto const& [x, y] : {std::pair{LOW, 0}, {HIGH, 0}, {0, LOW}, {HIGH, HIGH}})
         EXPECT_EQ(Samples(*Apply(Blend(x, y, 255, BLEND_PRODUCT), first, second)), Samples(*first));
 }
 

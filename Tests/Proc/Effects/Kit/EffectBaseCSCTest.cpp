@@ -90,27 +90,6 @@ TEST_F(EffectBaseCSCTest, AnEffectMayKeepItsWorkingFormat) {
     EXPECT_EQ(data->GetPixFmt(), PixFmt::GRAY8);
 }
 
-TEST_F(EffectBaseCSCTest, AConverterThatFailsOnceIsConfiguredAgain) {
-    for (std::string const& failing : {std::string("create 2"), std::string("set 2"), std::string("set 1")}) {
-        recorder = {};
-        auto const effect = MakeShared<CscProbe>(factory, context, std::vector<PixFmt>{PixFmt::BGR24}, true);
-        ConvertsTo(2, PixFmt::BGR24);
-        ConvertsTo(3, PixFmt::BGR24);
-        recorder.onCall = [&](std::string const& call) {
-            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
-        };
-        DataHandle data = Picture(PixFmt::GRAY8);
-        EXPECT_THROW(effect->ProcessData(data), ProcException) << failing;
-        recorder.onCall = nullptr;
-        recorder.Take();
-        data = Picture(PixFmt::GRAY8);
-        effect->ProcessData(data);
-        Calls const calls = recorder.Take();
-        EXPECT_NE(std::ranges::find(calls, "set 1 formats=gray8"), calls.end()) << failing;
-        EXPECT_EQ(calls.back(), "run 1") << failing;
-    }
-}
-
 TEST_F(EffectBaseCSCTest, HookIsForwardedToConvertersThatExist) {
     auto const effect = MakeShared<CscProbe>(factory, context, std::vector<PixFmt>{PixFmt::BGR24}, true);
     recorder.Take();
@@ -155,6 +134,27 @@ TEST_F(EffectBaseCSCTest, LumaIsThatOfTheGreyPicture) {
     DataHandle data = Picture(PixFmt::RGBA);
     effect->ProcessData(data);
     EXPECT_EQ(recorder.Take(), (Calls{"run 2", "run 3", "set 1 formats=rgba", "run 1"}));
+}
+
+TEST_F(EffectBaseCSCTest, AConverterThatFailsOnceIsConfiguredAgain) {
+    for (std::string const& failing : {std::string("create 2"), std::string("set 2"), std::string("set 1")}) {
+        recorder = {};
+        auto const effect = MakeShared<CscProbe>(factory, context, std::vector<PixFmt>{PixFmt::BGR24}, true);
+        ConvertsTo(2, PixFmt::BGR24);
+        ConvertsTo(3, PixFmt::BGR24);
+        recorder.onCall = [&](std::string const& call) {
+            if (call.starts_with(failing)) VELNOR_THROW(ProcException, "once");
+        };
+        DataHandle data = Picture(PixFmt::GRAY8);
+        EXPECT_THROW(effect->ProcessData(data), ProcException) << failing;
+        recorder.onCall = nullptr;
+        recorder.Take();
+        data = Picture(PixFmt::GRAY8);
+        effect->ProcessData(data);
+        Calls const calls = recorder.Take();
+        EXPECT_NE(std::ranges::find(calls, "set 1 formats=gray8"), calls.end()) << failing;
+        EXPECT_EQ(calls.back(), "run 1") << failing;
+    }
 }
 
 } // namespace

@@ -14,7 +14,6 @@ namespace {
 
 using namespace Testing;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::SizeIs;
 
 // The sub-effects by order of creation.
@@ -72,32 +71,10 @@ TEST_F(AutoEnhanceTest, CreatesAndRunsInItsOrder) {
                "create 6 SettingsEffectExtraAlphaExtractor/Default", "set 6",
                "create 7 SettingsColorspaceConverter/Default", "set 7", "create 8 SettingsColorspaceConverter/Default",
                "set 8 formats=yuv444p"}));
-    Calls core{"run 8",
-               "run 3",
-               "set 4 gamma=-30",
-               "run 4",
-               "set 2 kernel-length=2 dev-x=100 dev-y=100",
-               "run 2",
-               "set 4 gamma=-25",
-               "run 4",
-               "set 4 gamma=25",
-               "run 4",
-               "run 1",
-               "run 8",
-               "run 1",
-               "set 4 gamma=5",
-               "run 4",
-               "set 5 exposure=10",
-               "run 5",
-               "set 6 pixel-format=rgb24",
-               "run 6",
-               "set 1",
-               "run 1",
-               "set 1 alpha=127",
-               "run 8",
-               "run 1",
-               "set 5 light-balance=true",
-               "run 5"};
+    Calls core = Steps("run 8; run 3; set 4 gamma=-30; run 4; set 2 kernel-length=2 dev-x=100 dev-y=100; run 2; "
+                       "set 4 gamma=-25; run 4; set 4 gamma=25; run 4; run 1; run 8; run 1; set 4 gamma=5; run 4; "
+                       "set 5 exposure=10; run 5; set 6 pixel-format=rgb24; run 6; set 1; run 1; set 1 alpha=127; "
+                       "run 8; run 1; set 5 light-balance=true; run 5");
     EXPECT_EQ(Run()->GetPixFmt(), PixFmt::YUV444P);
     Calls first = core;
     first.insert(first.begin(), "set 7 formats=rgb24");
@@ -123,28 +100,9 @@ TEST_F(AutoEnhanceTest, TheBlendersOpacityIsCarriedOverFromCallToCall) {
     SetIntensity(SettingsEffectAutoEnhance::DEFAULT_INTENSITY);
     Run();
     Run();
-    EXPECT_THAT(Opacities(recorder.calls), ElementsAreArray({127,
-                                                             127,
-                                                             255,
-                                                             127,
-                                                             /* then */ 127,
-                                                             127,
-                                                             255,
-                                                             127,
-                                                             204,
-                                                             /* then */ 204,
-                                                             204,
-                                                             255,
-                                                             127,
-                                                             204,
-                                                             /* then */ 204,
-                                                             204,
-                                                             255,
-                                                             127,
-                                                             /* then */ 127,
-                                                             127,
-                                                             255,
-                                                             127}));
+    EXPECT_THAT(Opacities(recorder.calls),
+                ElementsAre(127, 127, 255, 127, /* then */ 127, 127, 255, 127, 204, /* then */ 204, 204, 255, 127, 204,
+                            /* then */ 204, 204, 255, 127, /* then */ 127, 127, 255, 127));
     for (auto const& [intensity, opacity] : std::vector<std::pair<double, int>>{
              {0, 255}, {50, 127}, {33.3, 170}, {99.99, 0}, {200, -255}, {-10, 280}, {-1e300, 2147483647}}) {
         SetIntensity(intensity);

@@ -66,18 +66,6 @@ TEST_F(BiColorToningTest, TheTonedPictureGoesFirstAndTheInputIsAsItWas) {
     EXPECT_EQ(Samples(*input), before);
 }
 
-TEST_F(BiColorToningTest, AConverterThatFailedIsConfiguredAgain) {
-    recorder.Take();
-    recorder.onCall = [](std::string const& call) {
-        if (call == "set 5 formats=rgb24") throw std::bad_alloc();
-    };
-    EXPECT_THROW(effect->ProcessData({MakeNoise(*context, PixFmt::RGB24, 4, 3)}), std::bad_alloc);
-    recorder.onCall = nullptr;
-    recorder.Take();
-    effect->ProcessData({MakeNoise(*context, PixFmt::RGB24, 4, 3)});
-    EXPECT_EQ(recorder.Take()[0], "set 5 formats=rgb24");
-}
-
 TEST(BiColorToning, WithTheHostTintsShadowsAndHighlightsOfEveryFormat) {
     StandardHost host;
     Registrator(&host.GetRegistry());
@@ -96,6 +84,18 @@ TEST(BiColorToning, WithTheHostTintsShadowsAndHighlightsOfEveryFormat) {
             EXPECT_NEAR(Luma(toned), level + 10, 3);
         }
     }
+}
+
+TEST_F(BiColorToningTest, AConverterThatFailedIsConfiguredAgain) {
+    recorder.Take();
+    recorder.onCall = [](std::string const& call) {
+        if (call == "set 5 formats=rgb24") throw std::bad_alloc();
+    };
+    EXPECT_THROW(effect->ProcessData({MakeNoise(*context, PixFmt::RGB24, 4, 3)}), std::bad_alloc);
+    recorder.onCall = nullptr;
+    recorder.Take();
+    effect->ProcessData({MakeNoise(*context, PixFmt::RGB24, 4, 3)});
+    EXPECT_EQ(recorder.Take()[0], "set 5 formats=rgb24");
 }
 
 } // namespace

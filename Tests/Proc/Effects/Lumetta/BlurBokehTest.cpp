@@ -86,20 +86,11 @@ TEST_F(BlurBokehTest, TheKernelIsKeptAndTheResizersFollowTheFrame) {
     effect->SetSettings(Make(0.16, 0.5));
     EXPECT_EQ(recorder.Take(), (Calls{"set 2", "set 7 alpha=127 alpha-mode=larger"}));
     Calls const first = Process();
-    Calls const configured{"create 9 SettingsColorspaceConverter/Default",
-                           "set 9 formats=rgb24,bgr24",
-                           "run 9",
-                           "set 5 method=fast-bilinear mode=to-frame fitting=inside target=512x512",
-                           "set 4 method=bicublin mode=to-frame fitting=stretch target=1000x700",
-                           "run 5",
-                           "run 2",
-                           "set 6 method=bicublin mode=by-factor factor=0.08",
-                           "run 6",
-                           "run 3",
-                           "run 4",
-                           "run 3",
-                           "run 8",
-                           "run 7"};
+    Calls const configured =
+        Steps("create 9 SettingsColorspaceConverter/Default; set 9 formats=rgb24,bgr24; run 9; "
+              "set 5 method=fast-bilinear mode=to-frame fitting=inside target=512x512; "
+              "set 4 method=bicublin mode=to-frame fitting=stretch target=1000x700; run 5; run 2; "
+              "set 6 method=bicublin mode=by-factor factor=0.08; run 6; run 3; run 4; run 3; run 8; run 7");
     EXPECT_EQ(first, configured);
     Calls const kept{"run 9", "run 5", "run 4", "run 3", "run 8", "run 7"};
     EXPECT_EQ(Process(), kept);

@@ -107,9 +107,9 @@ TEST_F(GradientPosterizeTest, RefusesClassesBeyondItsColours) {
     std::vector<unsigned char> const before = Samples(*picture);
     effect->SetSettings(Colors(3));
     ClassesAre([](std::uint64_t x, std::uint64_t y) { return x == 4 && y == 3 ? 3 : 0; });
-    EXPECT_NE(Refusal(picture).find("class 3"), std::string::npos);
+    EXPECT_THAT(Refusal(picture), HasSubstr("class 3"));
     recorder.oneInput.clear(); // A posterize effect that does nothing.
-    EXPECT_NE(Refusal(picture).find("another kind"), std::string::npos);
+    EXPECT_THAT(Refusal(picture), HasSubstr("another kind"));
     EXPECT_EQ(Samples(*picture), before);
     ClassesAre([](auto, auto) { return 2; });
     EXPECT_EQ(Refusal(picture), "");
@@ -118,9 +118,9 @@ TEST_F(GradientPosterizeTest, RefusesClassesBeyondItsColours) {
 TEST(ChromaClasses, SumsAreOf32BitsAndWrap) {
     std::vector<unsigned char> samples(1 << 16, 255);
     std::vector<unsigned char> const classes(1 << 16, 0);
-    constexpr std::int64_t side = 256;
-    MutablePlane const plane(samples.data(), side, side, side);
-    Kernels::ChromaClasses const picture{{classes.data(), side, side, side}, plane, plane, 0, 0};
+    constexpr std::int64_t SIDE = 256;
+    MutablePlane const plane(samples.data(), SIDE, SIDE, SIDE);
+    Kernels::ChromaClasses const picture{{classes.data(), SIDE, SIDE, SIDE}, plane, plane, 0, 0};
     std::array<Kernels::ChromaSum, 1> sums{};
     std::uint64_t exact = 0;
     for (int i = 0; i < 260; ++i) {

@@ -66,6 +66,13 @@ TEST_F(PixelateTest, AnyWordOfTheFrameOrNewSettingsConfigureAgain) {
     EXPECT_EQ(configured(), 2);
 }
 
+TEST_F(PixelateTest, ResultIsCutToTheSizeThatThePictureHadBeforeBothRuns) {
+    recorder.oneInput[1] = [this](DataHandle& data) { data = MakeNoise(*context, PixFmt::RGB24, 3, 2); };
+    recorder.oneInput[2] = [this](DataHandle& data) { data = MakeNoise(*context, PixFmt::RGB24, 42, 32); };
+    DataHandle const result = Run({context->CreateImage(PixFmt::RGB24, FrameFormat::Square(41, 31))});
+    EXPECT_EQ(AsVideo(result).GetRectangle(), (Rectangle{0, 0, 41, 31}));
+}
+
 TEST_F(PixelateTest, AResizerThatFailsOnceIsConfiguredAgain) {
     recorder.Take();
     for (std::string const& failing : {std::string("set 1"), std::string("set 2")}) {
@@ -76,13 +83,6 @@ TEST_F(PixelateTest, AResizerThatFailsOnceIsConfiguredAgain) {
         EXPECT_TRUE(calls[0].starts_with("set 1") && calls[1].starts_with("set 2")) << failing;
         effect->SetSettings(Strength(failing == "set 1" ? 11 : 12));
     }
-}
-
-TEST_F(PixelateTest, ResultIsCutToTheSizeThatThePictureHadBeforeBothRuns) {
-    recorder.oneInput[1] = [this](DataHandle& data) { data = MakeNoise(*context, PixFmt::RGB24, 3, 2); };
-    recorder.oneInput[2] = [this](DataHandle& data) { data = MakeNoise(*context, PixFmt::RGB24, 42, 32); };
-    DataHandle const result = Run({context->CreateImage(PixFmt::RGB24, FrameFormat::Square(41, 31))});
-    EXPECT_EQ(AsVideo(result).GetRectangle(), (Rectangle{0, 0, 41, 31}));
 }
 
 } // namespace

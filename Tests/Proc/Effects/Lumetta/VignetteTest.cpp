@@ -102,24 +102,6 @@ TEST_F(VignetteTest, TheLayerHasTheColourAndTheMasksOpacity) {
     EXPECT_EQ(AsVideo(layer).GetExtraAlpha(1).GetRow(0)[0], 77);
 }
 
-TEST_F(VignetteTest, ASubEffectThatFailsLeavesNothingHalfBuilt) {
-    Calls const all = Process();
-    for (std::string const failing : {"set 2", "run 2", "set 4", "run 4", "run 5"}) {
-        SCOPED_TRACE(failing);
-        effect->SetSettings(Make(Color(1, 2, 3, 255), static_cast<double>(failing[0] + failing[4])));
-        Process();
-        effect->SetSettings(Make(Color(3, 2, 1, 255), 3));
-        ExpectFailureAt(failing, [&] { Process(); });
-        layer = nullptr;
-        Calls const again = Process();
-        std::size_t const stage = failing.ends_with('2') ? 0 : failing.ends_with('4') ? 2 : 4;
-        Calls expected{"run 1"};
-        expected.insert(expected.end(), all.begin() + 1 + static_cast<std::ptrdiff_t>(stage), all.end());
-        EXPECT_EQ(again, expected);
-        EXPECT_EQ(layerAlpha, 77);
-    }
-}
-
 TEST_F(VignetteTest, SubEffectsThatWriteInPlaceReachNeitherTheCallersPictureNorTheMask) {
     recorder.oneInput[4] = [](DataHandle& data) { AsVideo(data).GetMutablePlane(0).GetRow(0)[0] = 9; };
     recorder.twoInput[3] = [this](DataHandle& first, ConstDataHandle const& second) {
@@ -140,6 +122,24 @@ TEST_F(VignetteTest, IsEmptyWhenTheMaskIsForegroundAlone) {
     settings.SetShapeMask(mask);
     effect->SetSettings(settings);
     EXPECT_EQ(Process(), Calls{});
+}
+
+TEST_F(VignetteTest, ASubEffectThatFailsLeavesNothingHalfBuilt) {
+    Calls const all = Process();
+    for (std::string const failing : {"set 2", "run 2", "set 4", "run 4", "run 5"}) {
+        SCOPED_TRACE(failing);
+        effect->SetSettings(Make(Color(1, 2, 3, 255), static_cast<double>(failing[0] + failing[4])));
+        Process();
+        effect->SetSettings(Make(Color(3, 2, 1, 255), 3));
+        ExpectFailureAt(failing, [&] { Process(); });
+        layer = nullptr;
+        Calls const again = Process();
+        std::size_t const stage = failing.ends_with('2') ? 0 : failing.ends_with('4') ? 2 : 4;
+        Calls expected{"run 1"};
+        expected.insert(expected.end(), all.begin() + 1 + static_cast<std::ptrdiff_t>(stage), all.end());
+        EXPECT_EQ(again, expected);
+        EXPECT_EQ(layerAlpha, 77);
+    }
 }
 
 } // namespace

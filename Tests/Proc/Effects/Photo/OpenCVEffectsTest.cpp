@@ -407,10 +407,10 @@ TEST_F(OpenCVEffectsTest, GrabCutFindsTheDiscFromTwoStrokes) {
     EXPECT_EQ(At(*Apply(settings, marred, more), 31, 30), 128);
 
     VideoHandle const one = MakeFlat(context, PixFmt::GRAY8, 64, 50, {255});
-    EXPECT_NE(Refusal(settings, picture, one).find("background (value 128) cover 0 pixels"), std::string::npos);
+    EXPECT_THAT(Refusal(settings, picture, one), HasSubstr("background (value 128) cover 0 pixels"));
     VideoHandle const small = MakeFlat(context, PixFmt::GRAY8, 4, 4, {255});
-    EXPECT_NE(Refusal(settings, picture, small).find("4 x 4"), std::string::npos);
-    EXPECT_NE(Refusal(settings, picture, MakeNoise(context, PixFmt::RGB24, 64, 50)).find("rgb24"), std::string::npos);
+    EXPECT_THAT(Refusal(settings, picture, small), HasSubstr("4 x 4"));
+    EXPECT_THAT(Refusal(settings, picture, MakeNoise(context, PixFmt::RGB24, 64, 50)), HasSubstr("rgb24"));
 }
 
 TEST_F(OpenCVEffectsTest, TooLargeForOpenCVIsRefusedAndTheNextPictureIsDone) {

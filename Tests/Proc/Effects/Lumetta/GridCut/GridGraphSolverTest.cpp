@@ -450,8 +450,8 @@ TEST(GridGraphSolver, RefusesWhatItCannotHold) {
     EXPECT_THROW(GridGraphSolver(0, 5, 12, 640, progress), EffectException);
     EXPECT_THROW(GridGraphSolver(70000, 70000, 12, 640, progress), EffectException);
     // 40 million pixels are not too many, their tiles are.
-    ExpectRefusal<EffectException>([&] { GridGraphSolver(40000000, 1, 12, 640, progress); },
-                                   {"it has 40000008 x 8 nodes, 268435455"});
+    Testing::ExpectRefusal<EffectException>([&] { GridGraphSolver(40000000, 1, 12, 640, progress); },
+                                            {"it has 40000008 x 8 nodes, 268435455"});
     EXPECT_THROW(GridGraphSolver(8, 8, 12, 12, progress), EffectException);
     EXPECT_THROW(GridGraphSolver(8, 8, 12, 648, progress), EffectException);
     EXPECT_THROW(GridGraphSolver(8, 8, 0, 640, progress), EffectException);
