@@ -3,6 +3,7 @@
 #include "Proc/Interfaces/EffectExceptions.h"
 #include "Proc/Interfaces/SettingsText.h"
 #include "Proc/StandardHost/StandardHost.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/Refusal.h"
 #include "Tests/Support/RegisteredEffects.h"
 #include "Tools/check/CheckPlugin.h"
@@ -22,7 +23,7 @@ constexpr int LEVEL = 3;
 
 Host& GuardedHost() {
     static StandardHost host{Check::GuardedMemory([](std::string const& what) { ADD_FAILURE() << what; })};
-    static bool const isLoaded = (host.LoadPlugin(LUMETTA_FILE), true);
+    static bool const isLoaded = (host.LoadPlugin(Testing::LUMETTA_FILE), true);
     (void)isLoaded;
     return host;
 }
@@ -40,7 +41,7 @@ class EveryEffect : public ::testing::TestWithParam<RegisteredEffect> {};
 
 TEST_P(EveryEffect, KeepsItsPromises) {
     bool const isPlugins = GetParam().origin != "host";
-    Check::Subject const subject(GuardedHost(), GetParam(), LEVEL, isPlugins ? LUMETTA_FILE : "");
+    Check::Subject const subject(GuardedHost(), GetParam(), LEVEL, isPlugins ? Testing::LUMETTA_FILE : "");
     Expectations expectations;
     for (Check::Promise const& promise : Check::GetPromises()) {
         if (promise.level > LEVEL || !Check::FindWaiver(GetParam(), promise).empty()) continue;

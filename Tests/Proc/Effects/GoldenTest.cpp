@@ -6,6 +6,7 @@
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Places.h"
 
 #include <gtest/gtest.h>
 
@@ -48,14 +49,14 @@ VideoHandle ToRgb(Host& host, DataHandle data, bool hasAlpha) {
 }
 
 DataHandle ReadPart(Host& host, Input const& input) {
-    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/" + input.file, *host.GetContext());
+    LoadedPicture const photo = ReadPicture(std::string(Testing::SOURCE_DIR) + "/" + input.file, *host.GetContext());
     return photo.picture->MakePart(input.part);
 }
 
 TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
     Golden const& golden = GetParam();
     StandardHost host;
-    host.LoadPlugin(LUMETTA_FILE);
+    host.LoadPlugin(Testing::LUMETTA_FILE);
     std::vector<std::string> const classIds = host.GetFactory()->GetClassIds();
     auto const classId = std::ranges::find_if(
         classIds, [&](std::string const& id) { return SettingsType::Find(id)->GetEffectName() == golden.file; });
@@ -74,7 +75,7 @@ TEST_P(GoldenTest, LooksAsItDidWhenItWasAccepted) {
     bool const hasAlpha = made->GetDescription().hasAlpha;
     VideoHandle const result = ToRgb(host, made, hasAlpha);
 
-    std::string const path = VELNOR_SOURCE_DIR "/Tests/golden/" + golden.file + ".png";
+    std::string const path = std::string(Testing::SOURCE_DIR) + "/Tests/golden/" + golden.file + ".png";
     if (std::getenv("VELNOR_REFRESH_GOLDENS") != nullptr) {
         WritePicture(path, *result, nullptr, {.overwrite = true});
         GTEST_SKIP() << path << " was made anew";

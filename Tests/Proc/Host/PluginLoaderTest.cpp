@@ -2,6 +2,7 @@
 #include "Proc/Host/NeededLibraries.h"
 #include "Proc/Host/Registry.h"
 #include "Proc/Interfaces/ProcException.h"
+#include "Tests/Support/Places.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path const FOLDER = VELNOR_TEST_PLUGINS;
+fs::path const FOLDER = Testing::TEST_PLUGINS;
 
 intrusive_ptr<IEffect> MakeNothing(FactoryHandle const&, ContextHandle const&) { return {}; }
 

@@ -2,6 +2,7 @@
 
 #include "Proc/Host/PluginPath.h"
 #include "Proc/StandardHost/StandardHost.h"
+#include "Tests/Support/Places.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -122,8 +123,8 @@ TEST_F(PluginPathTest, RefusesWhatBelongsToAnotherUser) {
 TEST_F(PluginPathTest, ABrokenPluginDoesNotHinderTheOthers) {
     fs::path const folder = top / "share/velnor/plugins";
     MakeFile("share/velnor/plugins/a.so");
-    fs::copy_file(fs::path(VELNOR_TEST_PLUGINS) / "GoodPlugin.so", folder / "b.so");
-    fs::copy_file(fs::path(VELNOR_TEST_PLUGINS) / "ThrowingPlugin.so", folder / "c.so");
+    fs::copy_file(fs::path(Testing::TEST_PLUGINS) / "GoodPlugin.so", folder / "b.so");
+    fs::copy_file(fs::path(Testing::TEST_PLUGINS) / "ThrowingPlugin.so", folder / "c.so");
     StandardHost host;
     EXPECT_FALSE(host.HasPlugin(folder / "b.so"));
     EXPECT_THAT(host.LoadUserPlugins(),

@@ -6,6 +6,7 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>
@@ -96,7 +97,7 @@ TEST(DisplacementField, PushesAddUpToTheLargerOfTwo) {
 
 class PushBrush : public ::testing::Test {
 protected:
-    PushBrush() { host.LoadPlugin(LUMETTA_FILE); }
+    PushBrush() { host.LoadPlugin(Testing::LUMETTA_FILE); }
 
     static SettingsEffectDirectionalAreaDeformation Stroke(PushStroke const& stroke, int size = 20,
                                                            double strength = 100) {

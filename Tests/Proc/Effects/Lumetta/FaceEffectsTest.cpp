@@ -15,6 +15,7 @@
 #include "Proc/Settings/SettingsEffectRemapping.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>
@@ -229,8 +230,9 @@ TEST_F(FaceEffects, TheAlignerReadsTheEyesAtTheirChosenPlaces) {
 
 TEST(FaceEffectsOnAPortrait, ChangeTheFaceAlone) {
     StandardHost host;
-    host.LoadPlugin(LUMETTA_FILE);
-    LoadedPicture const photo = ReadPicture(VELNOR_SOURCE_DIR "/Samples/astronaut.png", *host.GetContext());
+    host.LoadPlugin(Testing::LUMETTA_FILE);
+    LoadedPicture const photo =
+        ReadPicture(std::string(Testing::SOURCE_DIR) + "/Samples/astronaut.png", *host.GetContext());
     for (std::string const& id : {SettingsEffectEyeExtending::CLASS_ID, SettingsEffectFaceThinning::CLASS_ID}) {
         SCOPED_TRACE(id);
         auto const effect = host.GetFactory()->CreateOneInputEffect(id, ImplNames::VELNOR);

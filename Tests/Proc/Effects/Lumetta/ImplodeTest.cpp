@@ -7,6 +7,7 @@
 #include "Proc/Interfaces/ImplNames.h"
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>
@@ -89,7 +90,7 @@ TEST(Implode, TheMapIsMadeAnewForEachFrameAndSurvivesNewSettings) {
 
 TEST(Implode, ModeZeroShrinksTheMiddleAndTheOtherEnlargesIt) {
     StandardHost host;
-    host.LoadPlugin(LUMETTA_FILE);
+    host.LoadPlugin(Testing::LUMETTA_FILE);
     // A white square in the middle of a black picture: how many pixels it covers afterwards.
     auto const whiteAfter = [&](double strength, SettingsEffectImplode::Mode mode) {
         VideoHandle const picture = MakeFlat(*host.GetContext(), PixFmt::GRAY8, 100, 80, {0});

@@ -1,6 +1,7 @@
 #include "Proc/Effects/Kit/EffectEntry.h"
 #include "Proc/Effects/Lumetta/Exceptions.h"
 #include "Proc/Interfaces/ImplNames.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/RecordingFactory.h"
 
 #include <gtest/gtest.h>
@@ -128,7 +129,7 @@ TEST(Registrator, EachCallOfAFactoryFunctionMakesAnObjectOfItsOwn) {
 }
 
 TEST(Plugin, ExportsRegistratorAndNothingElse) {
-    FILE* const pipe = popen("nm -D --defined-only '" LUMETTA_FILE "'", "r");
+    FILE* const pipe = popen((std::string("nm -D --defined-only '") + Testing::LUMETTA_FILE + "'").c_str(), "r");
     ASSERT_NE(pipe, nullptr);
     std::vector<std::string> names;
     char line[512];
@@ -142,7 +143,7 @@ TEST(Plugin, ExportsRegistratorAndNothingElse) {
 }
 
 TEST(Plugin, WhatItThrowsIsCaughtByTypeOutside) {
-    void* const library = dlopen(LUMETTA_FILE, RTLD_NOW | RTLD_LOCAL);
+    void* const library = dlopen(Testing::LUMETTA_FILE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     auto const registrator = reinterpret_cast<RegistratorFunction>(dlsym(library, "Registrator"));
     ASSERT_NE(registrator, nullptr);

@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsEffectStitcher.h"
 #include "Tests/Proc/Effects/Photo/PhotoEffectTest.h"
 #include "Tests/Support/HostRun.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/Refusal.h"
 
 #include <gmock/gmock.h>
@@ -21,8 +22,8 @@ using S = SettingsEffectPanorama;
 
 /// A portrait, and two views on it that overlap by a third; the second is turned a little and darker.
 struct PanoramaTest : ::testing::Test, HostRun {
-    VideoHandle const photo =
-        Convert(ReadPicture(VELNOR_SOURCE_DIR "/Samples/astronaut.png", context).picture, PixFmt::RGB24);
+    VideoHandle const photo = Convert(
+        ReadPicture(std::string(Testing::SOURCE_DIR) + "/Samples/astronaut.png", context).picture, PixFmt::RGB24);
     VideoHandle const left = photo->MakePart({0, 0, 340, 512});
     VideoHandle const right = MakeRight();
 
@@ -165,7 +166,7 @@ TEST_F(PanoramaTest, IsWhatTheStitcherDoesWithPhotographs) {
 }
 
 TEST_F(PanoramaTest, SaysWhichPicturesDoNotMatch) {
-    VideoHandle const cat = ReadPicture(VELNOR_SOURCE_DIR "/Samples/chelsea.png", context).picture;
+    VideoHandle const cat = ReadPicture(std::string(Testing::SOURCE_DIR) + "/Samples/chelsea.png", context).picture;
     std::string const advice = "; overlaps of a third, with some detail in them, are needed.";
     EXPECT_EQ(Refusal(S(), {left, cat}), "Pictures 1 and 2 do not match" + advice);
     EXPECT_EQ(Refusal(SettingsEffectStitcher(), {left, cat}), "Pictures 1 and 2 do not match" + advice);

@@ -6,6 +6,7 @@
 #include "Proc/StandardHost/StandardHost.h"
 #include "Tests/Support/ColourPictures.h"
 #include "Tests/Support/Pictures.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/Refusal.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -32,7 +33,7 @@ protected:
     }
 
     VideoHandle ReadSample(std::string const& name) {
-        return ReadPicture(VELNOR_SOURCE_DIR "/Samples/" + name, context).picture;
+        return ReadPicture(std::string(Testing::SOURCE_DIR) + "/Samples/" + name, context).picture;
     }
     std::string WriteFile(std::string const& name, std::string const& content) const {
         std::filesystem::path const path = folder.GetPath() / name;
