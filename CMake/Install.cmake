@@ -12,7 +12,8 @@ install(TARGETS ${velnor_modules} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/ve
 foreach(module IN LISTS velnor_modules)
   install(FILES $<TARGET_FILE:${module}>.needed DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor)
 endforeach()
-install(FILES Networks/horizon.onnx DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
+install(FILES Networks/horizon.onnx Networks/u2netp.onnx Networks/u2netp.LICENSE
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/networks)
 # What velnor-words made, where it was built, and the recipes.
 foreach(folder man bash-completion zsh fish)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/share/${folder} DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)

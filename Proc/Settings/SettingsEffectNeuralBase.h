@@ -9,6 +9,10 @@ class VELNOR_API SettingsEffectNeuralBase final : public SettingsOf<SettingsEffe
 public:
     static constexpr std::uint32_t LARGEST_SIDE = 8192; ///< Of an input: more channels of float fill a memory.
     enum ChannelOrder : int { RGB = 0, BGR = 1 };
+    enum Normalization : int {
+        UNIFORM = 0,  ///< (level - mean) / scale, of the settings.
+        IMAGENET = 1, ///< By each component's mean and deviation over the photographs of ImageNet.
+    };
 
     VELNOR_SETTINGS(SettingsEffectNeuralBase, "A neural network and its input.")
     VELNOR_FIELD(std::string, Model, "",
@@ -21,6 +25,8 @@ public:
     VELNOR_FIELD(double, Mean, 127.5, "taken from each sample", Unit("levels"), Range(0, 255), AcceptsFinite())
     VELNOR_FIELD(double, Scale, 127.5, "what the difference is divided by", Unit("levels"), Range(0.001, 255),
                  AcceptsFiniteButZero())
+    VELNOR_FIELD(Normalization, Normalization, UNIFORM,
+                 "how levels become numbers: by mean and scale, or as networks are fed that were trained on ImageNet")
     VELNOR_SETTINGS_END
 };
 
@@ -28,6 +34,13 @@ template <>
 struct EnumNames<SettingsEffectNeuralBase::ChannelOrder> {
     using S = SettingsEffectNeuralBase;
     static constexpr std::array<EnumName<S::ChannelOrder>, 2> VALUES{{{S::RGB, "rgb"}, {S::BGR, "bgr"}}};
+};
+
+template <>
+struct EnumNames<SettingsEffectNeuralBase::Normalization> {
+    using S = SettingsEffectNeuralBase;
+    static constexpr std::array<EnumName<S::Normalization>, 2> VALUES{
+        {{S::UNIFORM, "uniform"}, {S::IMAGENET, "imagenet"}}};
 };
 
 } // namespace Velnor::Proc

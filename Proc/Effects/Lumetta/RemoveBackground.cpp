@@ -1,15 +1,19 @@
 // RemoveBackground: finds the subject and takes away what is behind it.
 //
-//     strokes = those given, else persons by their faces, or what stands out, found on a tiny copy
+//     strokes = those given, else what a network is sure of, if one is named, else persons by their faces or what stands
+//               out by its colours, found on a tiny copy
 //     cut     = segmentation of a small copy by the strokes
-//     mask    = the cut, refined at its edge by the picture's own detail
+//     mask    = the cut, refined at its edge by the picture's own detail; strokes that were given bind
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; maybe over a new one
 #include "Proc/Effects/Kit/ClearColours.h"
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Kit/RequirePictures.h"
 #include "Proc/Effects/Lumetta/Faces.h"
 #include "Proc/Effects/Lumetta/Kernels/Subject/GuidedMatte.h"
-#include "Proc/Effects/Lumetta/Kernels/Subject/SubjectStrokes.h"
+#include "Proc/Effects/Lumetta/Kernels/Subject/StrokeMarks.h"
+#include "Proc/Effects/Lumetta/Kernels/Subject/SubjectMap.h"
+#include "Proc/Effects/Lumetta/SubjectNetwork.h"
+#include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Proc/Settings/SettingsEffectEdgeRemove.h"
 #include "Proc/Settings/SettingsEffectGrabCutSegmentation.h"
@@ -27,27 +31,8 @@ namespace {
 using Pictures = std::vector<DataHandle>;
 using Byte = unsigned char;
 using Kernels::FaceBox;
-using Kernels::Stroke;
 
 ConstPlane Read(DataHandle const& picture) { return AsVideo(picture).GetPlane(0); }
-
-/// Every stroke of the large picture, however thin, shows in the small one.
-void ShrinkStrokes(ConstPlane const& large, MutablePlane const& small, Byte subject, Byte background) {
-    for (std::uint64_t y = 0; y < large.GetHeight(); ++y) {
-        Byte const* const from = large.GetRow(y);
-        Byte* const to = small.GetRow(y * small.GetHeight() / large.GetHeight());
-        for (std::uint64_t x = 0; x < large.GetWidth(); ++x)
-            if (from[x] == subject || from[x] == background) to[x * small.GetWidth() / large.GetWidth()] = from[x];
-    }
-}
-
-bool Contains(ConstPlane const& strokes, Byte value) {
-    for (std::uint64_t y = 0; y < strokes.GetHeight(); ++y)
-        if (std::find(strokes.GetRow(y), strokes.GetRow(y) + strokes.GetWidth(), value) !=
-            strokes.GetRow(y) + strokes.GetWidth())
-            return true;
-    return false;
-}
 
 /// What is clear in the picture stays clear.
 void KeepClear(ConstPlane const& rgba, MutablePlane const& mask) {
@@ -91,7 +76,12 @@ public:
         DataHandle work = AsVideo(inputs[0]).MakeCopy(CopyMode::Share);
         toRgba->ProcessData(work);
         CoverClearPixels(AsVideo(work));
-        DataHandle const subject = CutOut(work, hasStrokes ? inputs[1] : nullptr);
+        warning.clear();
+        settings.SetDoubt(0);
+        VideoHandle const mask = FindMask(work, hasStrokes ? TakeStrokes(inputs[1]) : nullptr);
+        mask->CopyAttributes(*inputs[0]);
+        if (settings.GetResult() == SettingsEffectRemoveBackground::MASK) return mask;
+        DataHandle const subject = CleanEdge(work, mask);
         work.reset();
         subject->CopyAttributes(*inputs[0]);
         if (settings.GetResult() == SettingsEffectRemoveBackground::CLEAR) return subject;
@@ -101,8 +91,6 @@ public:
 private:
     static constexpr std::uint32_t CUT_SIDE = 640;  ///< Of the copy that is cut.
     static constexpr std::uint32_t LOOK_SIDE = 256; ///< Of the copy on which the subject is looked for.
-    static constexpr Byte SUBJECT = 255;            ///< Values between the parts of this effect.
-    static constexpr Byte BACKGROUND = 128;
 
     static void RequireInputs(Pictures const& inputs, std::size_t further) {
         if (inputs.size() < 1 + further || inputs.size() > 2 + further)
@@ -115,24 +103,35 @@ private:
         RequireOneSize("The strokes are", inputs[1]->GetFrameFormat(), inputs[0]->GetFrameFormat());
     }
 
-    DataHandle CutOut(DataHandle const& rgba, DataHandle const& given) {
+    void AddStatistic(Core::Property& statistics) override {
+        if (!warning.empty()) statistics.SetChild(WARNING_NODE, warning);
+    }
+
+    /// @param given  as of TakeStrokes; null to find them
+    VideoHandle FindMask(DataHandle const& rgba, VideoHandle const& given) {
         DataHandle const small = Shrink(rgba, CUT_SIDE);
-        DataHandle const strokes = given ? TakeStrokes(given, small) : FindStrokes(small);
-        FrameFormat const frame = rgba->GetFrameFormat();
-        VideoHandle const mask = context->CreateImage(PixFmt::GRAY8, frame);
-        if (Contains(Read(strokes), SUBJECT) && Contains(Read(strokes), BACKGROUND)) {
+        VideoHandle const strokes = MakeStrokes(small);
+        if (given)
+            Kernels::ShrinkStrokes(Read(given), strokes->GetMutablePlane(0));
+        else
+            FindStrokes(small, strokes->GetMutablePlane(0));
+        VideoHandle const mask = context->CreateImage(PixFmt::GRAY8, rgba->GetFrameFormat());
+        if (Kernels::Contains(Read(strokes), Kernels::ON_SUBJECT) &&
+            Kernels::Contains(Read(strokes), Kernels::ON_BACKGROUND)) {
             DataHandle cut = AsVideo(small).MakeCopy(CopyMode::Share);
             segmentation->ProcessData(cut, strokes);
             FrameFormat const size = small->GetFrameFormat();
             double const radius = settings.GetDetail() / 100 * std::max(size.width, size.height);
-            Kernels::MakeMatte(Read(small), Read(cut), SUBJECT, static_cast<std::size_t>(std::lround(radius)),
-                               Read(rgba), mask->GetMutablePlane(0));
+            Kernels::MakeMatte(Read(small), Read(cut), Kernels::ON_SUBJECT,
+                               static_cast<std::size_t>(std::lround(radius)), Read(rgba), mask->GetMutablePlane(0));
         } else {
             VLOG(VERBOSE_LEVEL) << GetInstanceName() << " finds no subject that stands out from a background";
+            warning = "no subject stands out from a background, all of the picture is kept; strokes would help";
             mask->Fill(Color::White(Color::Opacity::Opaque));
         }
+        if (given) Kernels::BindStrokes(Read(given), mask->GetMutablePlane(0));
         KeepClear(Read(rgba), mask->GetMutablePlane(0));
-        return CleanEdge(rgba, mask);
+        return mask;
     }
 
     DataHandle Shrink(DataHandle const& picture, std::uint32_t side) const {
@@ -157,43 +156,43 @@ private:
         return strokes;
     }
 
-    DataHandle TakeStrokes(DataHandle const& given, DataHandle const& small) const {
+    /// Strokes of the picture's size, in the kernels' values.
+    VideoHandle TakeStrokes(DataHandle const& given) const {
         auto const subject = static_cast<Byte>(settings.GetForeground());
         auto const background = static_cast<Byte>(settings.GetBackground());
         if (subject == background)
             VELNOR_THROW(EffectException, "The settings foreground and background are both " + std::to_string(subject) +
                                               "; strokes of two values are needed.");
-        DataHandle large = AsVideo(given).MakeCopy(CopyMode::Share);
-        toGrey->ProcessData(large);
-        if (!Contains(Read(large), subject) || !Contains(Read(large), background))
+        DataHandle strokes = AsVideo(given).MakeCopy(CopyMode::Share);
+        toGrey->ProcessData(strokes);
+        if (!Kernels::Contains(Read(strokes), subject) || !Kernels::Contains(Read(strokes), background))
             VELNOR_THROW(EffectException, "The strokes picture needs strokes on the subject (value " +
                                               std::to_string(subject) + ") and on the background (value " +
                                               std::to_string(background) + ").");
-        VideoHandle const strokes = MakeStrokes(small);
-        MutablePlane const marks = strokes->GetMutablePlane(0);
-        ShrinkStrokes(Read(large), marks, subject, background);
-        for (std::uint64_t y = 0; y < marks.GetHeight(); ++y)
-            for (Byte& mark : std::span(marks.GetRow(y), marks.GetWidth()))
-                if (mark != 0) mark = mark == subject ? SUBJECT : BACKGROUND;
-        return strokes;
+        Kernels::TranslateStrokes(AsVideo(strokes).GetMutablePlane(0), subject, background);
+        return VideoHandle(&AsVideo(strokes));
     }
 
-    DataHandle FindStrokes(DataHandle const& small) {
+    void FindStrokes(DataHandle const& small, MutablePlane const& strokes) {
+        SettingsEffectNeuralBase const& network = settings.GetNeural();
+        if (network.GetModel().empty()) return FindStrokesByColor(small, strokes);
+        if (!predictor) predictor = MakeOneInput(SettingsEffectNeuralPredict());
+        std::vector<float> const values = SubjectNetwork(predictor).Predict(small, network);
+        if (values.empty())
+            warning = "there is no network " + network.GetModel() + ", colours tell the subject; strokes would help";
+        Kernels::SubjectMap const map{values, network.GetInputSize().width, network.GetInputSize().height};
+        if (!map.HasSubject()) return FindStrokesByColor(small, strokes);
+        settings.SetDoubt(map.GetDoubt());
+        if (map.GetDoubt() >= map.DOUBTFUL) warning = "parts of the subject are in doubt; strokes would help";
+        Kernels::PaintMarks(MarkSubject(map, strokes.GetWidth(), strokes.GetHeight()), strokes.GetWidth(), strokes);
+    }
+
+    void FindStrokesByColor(DataHandle const& small, MutablePlane const& strokes) {
         DataHandle const tiny = Shrink(small, LOOK_SIDE);
-        FrameFormat const size = tiny->GetFrameFormat();
+        std::uint32_t const width = tiny->GetFrameFormat().width;
         std::vector<FaceBox> const faces =
-            FindFaces(small, static_cast<float>(size.width) / static_cast<float>(small->GetFrameFormat().width));
-        std::vector<Stroke> const found = Kernels::FindSubjectStrokes(Read(tiny), faces);
-        VideoHandle const strokes = MakeStrokes(small);
-        MutablePlane const marks = strokes->GetMutablePlane(0);
-        for (std::uint64_t y = 0; y < marks.GetHeight(); ++y) {
-            std::size_t const row = static_cast<std::size_t>(y * size.height / marks.GetHeight()) * size.width;
-            for (std::uint64_t x = 0; x < marks.GetWidth(); ++x) {
-                Stroke const stroke = found[row + x * size.width / marks.GetWidth()];
-                if (stroke != Stroke::None) marks.GetRow(y)[x] = stroke == Stroke::Subject ? SUBJECT : BACKGROUND;
-            }
-        }
-        return strokes;
+            FindFaces(small, static_cast<float>(width) / static_cast<float>(small->GetFrameFormat().width));
+        Kernels::PaintMarks(Kernels::FindSubjectStrokes(Read(tiny), faces), width, strokes);
     }
 
     /// Those of the copy that is cut, in pixels of a copy that is `scale` times as large.
@@ -240,7 +239,9 @@ private:
     intrusive_ptr<IOneInputEffectVideo> resizer;
     intrusive_ptr<ITwoInputEffectVideo> segmentation;
     intrusive_ptr<IOneInputEffectVideo> faceDetector; ///< Made when it is needed first.
+    intrusive_ptr<IOneInputEffectVideo> predictor;    ///< The same.
     intrusive_ptr<IEffect> edgeRemove;                ///< The same.
+    std::string warning;                              ///< About the last picture; empty for none.
 };
 
 VELNOR_EFFECT(SettingsEffectRemoveBackground, VarInput, RemoveBackground)

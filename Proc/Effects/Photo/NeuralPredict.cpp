@@ -1,7 +1,7 @@
 // NeuralPredict: hands a small copy of the picture to a network and keeps what it answers. The picture itself stays.
 //
 // The network gets one blob of 1 x 3 x height x width: (level - mean) / scale, the channels in the order of the
-// settings. Without a smallest side the picture is stretched to the network's input size. With a smallest side of n
+// settings. Of several outputs the first counts. Without a smallest side the picture is stretched to the network's input size. With a smallest side of n
 // cells its shape is kept: the shorter side becomes n sixteenths of the shorter side of the input size, the longer one
 // at most four times that; only a network that takes any size can be run so.
 #include "Proc/Effects/Kit/EffectBase.h"
@@ -17,6 +17,7 @@
 #include <opencv2/dnn.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
 
@@ -49,20 +50,35 @@ void RequireCells(SettingsEffectNeuralPredict const& settings) {
                          std::to_string(SettingsEffectNeuralBase::LARGEST_SIDE) + " that are accepted.");
 }
 
+/// How levels of a component become the network's numbers.
+struct Standard {
+    double mean, scale;
+};
+
+/// For red, green and blue.
+std::array<Standard, 3> GetStandards(SettingsEffectNeuralBase const& neural) {
+    if (neural.GetNormalization() == SettingsEffectNeuralBase::IMAGENET)
+        return {{{0.485 * 255, 0.229 * 255}, {0.456 * 255, 0.224 * 255}, {0.406 * 255, 0.225 * 255}}};
+    Standard const uniform{neural.GetMean(), neural.GetScale()};
+    return {uniform, uniform, uniform};
+}
+
 /// 1 x 3 x height x width floats of packed red, green and blue.
 cv::Mat MakeBlob(ConstPlane const& rgb, SettingsEffectNeuralBase const& neural) {
     int const width = static_cast<int>(rgb.GetWidth() / 3);
     int const height = static_cast<int>(rgb.GetHeight());
     bool const isBgr = neural.GetChannelOrder() == SettingsEffectNeuralBase::BGR;
     cv::Mat blob(std::vector<int>{1, 3, height, width}, CV_32F);
-    for (int channel = 0; channel < 3; ++channel)
+    std::array<Standard, 3> const standards = GetStandards(neural);
+    for (int channel = 0; channel < 3; ++channel) {
+        int const component = isBgr ? 2 - channel : channel;
+        Standard const standard = standards[static_cast<std::size_t>(component)];
         for (int y = 0; y < height; ++y) {
-            unsigned char const* const from =
-                rgb.GetRow(static_cast<std::uint64_t>(y)) + (isBgr ? 2 - channel : channel);
+            unsigned char const* const from = rgb.GetRow(static_cast<std::uint64_t>(y)) + component;
             float* const to = blob.ptr<float>(0, channel, y);
-            for (int x = 0; x < width; ++x)
-                to[x] = static_cast<float>((from[x * 3] - neural.GetMean()) / neural.GetScale());
+            for (int x = 0; x < width; ++x) to[x] = static_cast<float>((from[x * 3] - standard.mean) / standard.scale);
         }
+    }
     return blob;
 }
 
@@ -126,7 +142,7 @@ private:
         try {
             network.setInput(MakeBlob(rgb, neural));
             cv::Mat scores;
-            network.forward().convertTo(scores, CV_32F);
+            network.forward(network.getUnconnectedOutLayersNames().front()).convertTo(scores, CV_32F);
             return {scores.ptr<float>(), scores.ptr<float>() + scores.total()};
         } catch (cv::Exception const& error) {
             loadedModel.clear(); // Half set up for this size: the next picture gets a fresh one.

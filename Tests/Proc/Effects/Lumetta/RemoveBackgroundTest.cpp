@@ -1,8 +1,11 @@
 #include "Proc/Effects/Kit/EffectEntry.h"
+#include "Proc/Host/PictureFile.h"
 #include "Proc/Interfaces/EffectExceptions.h"
+#include "Proc/Interfaces/WarningNode.h"
 #include "Proc/Settings/SettingsEffectRemoveBackground.h"
 #include "Tests/Support/HostRun.h"
 #include "Tests/Support/LogCapture.h"
+#include "Tests/Support/Places.h"
 #include "Tests/Support/RecordingFactory.h"
 #include "Tests/Support/Refusal.h"
 
@@ -153,6 +156,54 @@ TEST_F(RemoveBackgroundTest, KeepsAllWhenNothingStandsOut) {
                                                "subject that stands out from a background"));
     for (std::uint32_t y = 0; y < HEIGHT; y += 7)
         for (std::uint32_t x = 0; x < WIDTH; x += 7) EXPECT_EQ(At(result, x, y), GROUND);
+}
+
+TEST_F(RemoveBackgroundTest, TheMaskIsTheOpacityAndStrokesBindInIt) {
+    VideoHandle const picture = Draw({MIDDLE});
+    // A thread of background across the subject.
+    VideoHandle const strokes = MakeStrokes({55, 40, 9, 9}, {50, 60, 20, 1});
+    VideoHandle const clear = Run({}, {picture, strokes});
+    VideoHandle const mask = Run(To(S::MASK), {picture, strokes});
+    ASSERT_EQ(mask->GetPixFmt(), PixFmt::GRAY8);
+    for (std::uint32_t y = 0; y < HEIGHT; ++y)
+        for (std::uint32_t x = 0; x < WIDTH; ++x) ASSERT_EQ(mask->GetPlane(0).GetRow(y)[x], At(clear, x, y)[3]);
+    for (std::uint32_t x = 50; x < 70; ++x) EXPECT_EQ(mask->GetPlane(0).GetRow(60)[x], 0) << x;
+    EXPECT_EQ(mask->GetPlane(0).GetRow(44)[60], 255);
+}
+
+TEST_F(RemoveBackgroundTest, ANetworkFindsWhatColoursDoNot) {
+    VideoHandle const photo = ReadPicture(std::string(Testing::SOURCE_DIR) + "/Samples/astronaut.png", context).picture;
+    S settings = To(S::MASK);
+    settings.SetNeural(S::DefaultNetwork().SetModel("u2netp.onnx"));
+    VideoHandle const mask = Run(settings, {photo});
+    struct Place {
+        std::uint32_t x, y;
+        int opacity;
+    };
+    // Face, hair, suit, the black of the helmet; wall, flag, the model of a rocket behind her.
+    for (Place const& place : {Place{225, 120, 255},
+                               {225, 40, 255},
+                               {150, 300, 255},
+                               {400, 430, 255},
+                               {480, 30, 0},
+                               {20, 60, 0},
+                               {350, 60, 0}})
+        EXPECT_EQ(mask->GetPlane(0).GetRow(place.y)[place.x], place.opacity) << place.x << ' ' << place.y;
+    auto const& after = dynamic_cast<S const&>(effect->GetSettingsBase());
+    EXPECT_GT(after.GetDoubt(), 0);
+    EXPECT_LT(after.GetDoubt(), 15);
+    EXPECT_EQ(effect->GetStatistic().FindChild(WARNING_NODE), nullptr);
+}
+
+TEST_F(RemoveBackgroundTest, WithoutItsNetworkItSaysSoAndGoesByColours) {
+    S settings;
+    settings.SetNeural(S::DefaultNetwork().SetModel("absent.onnx"));
+    EXPECT_EQ(Samples(*Run(settings, {Draw({MIDDLE})})), Samples(*Run({}, {Draw({MIDDLE})})));
+    Run(settings, {Draw({MIDDLE})});
+    EXPECT_THAT(effect->GetStatistic().FindChild(WARNING_NODE)->GetValue(), HasSubstr("no network absent.onnx"));
+    settings.SetNeural(S::DefaultNetwork().SetModel("horizon.onnx"));
+    EXPECT_EQ(RefusalOf([&] { Run(settings, {Draw({MIDDLE})}); }),
+              "The network horizon.onnx gives 2 values; a map of its input's size, 320 x 320, is needed.");
 }
 
 TEST_F(RemoveBackgroundTest, TakesThinAndTinyPictures) {
