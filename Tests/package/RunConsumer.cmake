@@ -41,7 +41,7 @@ file(COPY ${plugin} DESTINATION ${own})
 execute_process(COMMAND ${CMAKE_COMMAND} -E env VELNOR_PLUGIN_PATH=${own}
   ${work_dir}/prefix/bin/velnor effects OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
 file(REMOVE_RECURSE ${own})
-if(NOT listing MATCHES "inversion +velnor +one-input +${own}/libInversion.so ")
+if(NOT listing MATCHES "inversion +Turns colours into their opposites. From[ \n]+${own}/libInversion.so")
   message(FATAL_ERROR "The plug-in is not found in its folder:\n${listing}")
 endif()
 

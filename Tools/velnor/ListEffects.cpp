@@ -66,6 +66,12 @@ std::vector<Listed> ListMatching(EffectCatalogue const& catalogue, std::vector<s
     return list;
 }
 
+/// Where an effect comes from that was not installed with the host.
+std::string NameOrigin(CatalogueEntry const& entry) {
+    std::string const& origin = entry.GetDefault().origin;
+    return origin.find('/') == origin.npos ? std::string() : " From " + origin + ".";
+}
+
 std::string NameImplementations(CatalogueEntry const& entry) {
     if (entry.implementations.size() < 2) return {};
     std::vector<std::string> names;
@@ -81,7 +87,8 @@ std::string FormatAsText(std::vector<Listed> const& effects) {
     for (Listed const& one : effects) {
         if (one.family != family) text.append(text.empty() ? "" : "\n").append(one.family).append("\n");
         family = one.family;
-        text += FormatEntry(one.entry->name, one.summary + NameImplementations(*one.entry), 2, width + 4);
+        text += FormatEntry(one.entry->name, one.summary + NameImplementations(*one.entry) + NameOrigin(*one.entry), 2,
+                            width + 4);
     }
     return text;
 }
