@@ -38,11 +38,13 @@ public:
 
     VELNOR_SETTINGS(SettingsResizer, "Resizes the picture.")
     VELNOR_FIELD(ResizeMethods, Method, BICUBIC, "resampling method")
-    VELNOR_FIELD(ResizeMode, Mode, OFF, "what the new size is made from; off where width, height or long-side is given")
+    VELNOR_FIELD(ResizeMode, Mode, OFF, "what the new size is made from; off where width, height or long-side is given",
+                 Example("to-frame"))
     VELNOR_FIELD(Fit, Fitting, EXACT, "how the picture's shape meets the target's, with mode to-frame")
-    VELNOR_FIELD(double, Factor, 1.0, "scale of both sides, with mode by-factor", Range(1e-6, 1000), AcceptsFrom(0))
+    VELNOR_FIELD(double, Factor, 1.0, "scale of both sides, with mode by-factor", Range(1e-6, 1000), Example("0.5"),
+                 AcceptsFrom(0))
     VELNOR_FIELD(FrameFormat, Target, {}, "size to reach, with the modes to-width, to-height and to-frame",
-                 Unit("pixels"))
+                 Unit("pixels"), Example("1024x768"))
     VELNOR_FLAG(KeepAttributes, true, "whether the time attributes go on to the result")
     VELNOR_FLAG(AtLeastOnePixel, true, "whether a side that would come out as 0 becomes 1; else it is an error")
     VELNOR_FIELD(std::uint32_t, Width, 0, "width to reach, with no mode; the height follows unless it is set too",

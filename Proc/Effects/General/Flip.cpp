@@ -39,10 +39,6 @@ public:
     std::vector<PixFmt> const& GetSupportedFormats() const override { return StandInFormats(); }
 
     void ProcessInternal(DataHandle& data) override {
-        int const direction = settings.GetDirection();
-        if (direction < SettingsEffectFlip::HORIZONTAL || direction > SettingsEffectFlip::BOTH)
-            VELNOR_THROW(EffectException, "The direction of the flip is " + std::to_string(direction) +
-                                              "; there are 0 (horizontal), 1 (vertical) and 2 (both).");
         if (IsPackedLuma(data->GetDescription()))
             EffectBaseCSC::ProcessInternal(data);
         else

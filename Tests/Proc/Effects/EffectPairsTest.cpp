@@ -62,6 +62,7 @@ public:
         bool const isFixedText = reason.find("Pixel format is not supported!") != reason.npos;
         if (Is("BlendPalette") || Is("ColoredGlass")) return isFixedText && !IsPackedRgb(format);
         if (Is("ExtraAlphaExtractor")) return format.format != PixFmt::GRAY8; // It takes a mask.
+        if (Is("Crop")) return reason.find("leave nothing of a picture") != reason.npos;
         return Is("Panorama") || Is("Stitcher"); // Noise has nothing that it could be joined by.
     }
 

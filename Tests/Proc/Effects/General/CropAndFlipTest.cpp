@@ -60,7 +60,7 @@ TEST_F(CropAndFlipTest, FlipKeepsAPaletteAndRefusesOtherDirections) {
     SettingsEffectFlip settings;
     settings.SetDirection(static_cast<SettingsEffectFlip::Direction>(7));
     EXPECT_EQ(RefusalOf([&] { Apply(settings, picture); }),
-              "The direction of the flip is 7; there are 0 (horizontal), 1 (vertical) and 2 (both).");
+              "The setting direction is 7; horizontal, vertical and both are accepted.");
 }
 
 TEST_F(CropAndFlipTest, CropIsTheInsideOfTheMargins) {
