@@ -9,7 +9,7 @@
 
 namespace Velnor::Proc::Testing {
 
-/// A host with the plug-in's effects, and one call to run one of them on a picture, which it must leave as it is.
+/// A host with the plug-in's effects, and one call to run one of them on a copy of a picture.
 struct HostRun {
     explicit HostRun(bool hasPlugin = true) {
         if (hasPlugin) Registrator(&host.GetRegistry());
@@ -24,7 +24,7 @@ struct HostRun {
 
     template <class SettingsClass>
     VideoHandle Apply(SettingsClass const& settings, VideoHandle const& picture, VideoHandle const& second = nullptr) {
-        std::vector<DataHandle> inputs{picture};
+        std::vector<DataHandle> inputs{picture->MakeCopy(CopyMode::Value)};
         if (second) inputs.push_back(second);
         return VideoHandle(&AsVideo(Make(settings)->ProcessData(inputs)));
     }

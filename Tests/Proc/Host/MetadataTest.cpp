@@ -142,7 +142,7 @@ TEST_F(MetadataTest, RawFilesAreDevelopedUprightWithTheirMetadata) {
 
 TEST_F(MetadataTest, WhatAFormatDoesNotHoldIsSaid) {
     MakePicture("none.webp");
-    EXPECT_EQ(ReadBytes("none.webp").find("EXIF"), std::string::npos) << "nothing is made up";
+    EXPECT_EQ(folder.Read("none.webp").find("EXIF"), std::string::npos) << "nothing is made up";
     MakePicture("in.jpg");
     RunExifTool("-overwrite_original -Artist=Ann -IPTC:City=Rome -IPTC:EditStatus=new -Comment=remark "
                 "-UserComment=mine -Photoshop:URL=http://a.b in.jpg");
@@ -182,7 +182,7 @@ TEST_F(MetadataTest, WhatHasBecomeSrgbSaysSo) {
 
 TEST_F(MetadataTest, PreviewsGoWhereThumbnailsAreLeftOut) {
     MakePicture("plain.jpg");
-    std::string const plain = ReadBytes("plain.jpg");
+    std::string const plain = folder.Read("plain.jpg");
     std::string block = MakeBlockWithMakerNote();
     std::string const preview = "\xff\xd8\xff\xe0xx\xff\xd8\xff\xd9Q\xff\xd9"; // With one of its own inside.
     block.replace(block.find("Firm 1.2.3"), 10, "Firm 1\0\0\0\0", 10);
@@ -193,7 +193,7 @@ TEST_F(MetadataTest, PreviewsGoWhereThumbnailsAreLeftOut) {
     RunExifTool("-overwrite_original -XMP-GImage:ImageData=PICTURE -XMP-dc:Title=Hello in.jpg");
     for (Strip const strip : {Strip::None, Strip::Thumbnail}) {
         Convert("in.jpg", "out.jpg", {.strip = strip});
-        std::string const bytes = ReadBytes("out.jpg");
+        std::string const bytes = folder.Read("out.jpg");
         EXPECT_EQ(bytes.find(preview) == std::string::npos, strip == Strip::Thumbnail);
         auto const values = ReadValues("out.jpg");
         EXPECT_EQ(FindValue(values.at("out.jpg"), {"Canon:CanonFirmwareVersion"}), "Firm 1");

@@ -337,7 +337,7 @@ TEST_F(OpenCVEffectsTest, RotateMovesSamplesAtQuarterTurns) {
     result = Apply(settings, picture);
     ASSERT_EQ(result->GetFrameFormat(), FrameFormat::Square(4, 7));
     // Counter-clockwise: the upper right corner goes to the upper left.
-    EXPECT_EQ(At(*result, 0, 0), At(*picture, 6 * 3, 0));
+    EXPECT_EQ(At(*result, 0, 0), At(*picture, 6, 0));
     settings.SetOutputSizeMode(SettingsEffectRotate::SAME);
     settings.SetFillColor(Color(1, 2, 3, 4));
     result = Apply(settings, picture);
