@@ -18,7 +18,8 @@ install(FILES Networks/horizon.onnx Networks/u2netp.onnx Networks/u2netp.LICENSE
 foreach(folder man bash-completion zsh fish)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/share/${folder} DESTINATION ${CMAKE_INSTALL_DATADIR} OPTIONAL)
 endforeach()
-install(FILES ${PROJECT_BINARY_DIR}/share/velnor/effects.schema.json ${PROJECT_BINARY_DIR}/share/velnor/recipe.schema.json
+install(FILES ${PROJECT_BINARY_DIR}/share/velnor/effects.schema.json
+              ${PROJECT_BINARY_DIR}/share/velnor/recipe.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/velnor OPTIONAL)
 install(DIRECTORY Recipes/ DESTINATION ${CMAKE_INSTALL_DATADIR}/velnor/recipes FILES_MATCHING PATTERN "*.json")
 install(TARGETS Lumetta LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/velnor/plugins)

@@ -4,8 +4,8 @@
 
 namespace Velnor::Proc {
 
-/// Thrown where a neural network is to be run whose file is not there, so that an effect that can do without may tell this
-/// from a network that fails.
+/// Thrown where a neural network is to be run whose file is not there, so that an effect that can do without may tell
+/// this from a network that fails.
 class VELNOR_API NetworkMissingException : public EffectException {};
 
 } // namespace Velnor::Proc

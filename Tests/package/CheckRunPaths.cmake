@@ -1,5 +1,5 @@
-# Every place in which a built file has its libraries looked for is named from where the file itself lies. Anything else, such
-# as an empty place, which means the current folder, would let strangers' libraries in.
+# Every place in which a built file has its libraries looked for is named from where the file itself lies. Anything
+# else, such as an empty place, which means the current folder, would let strangers' libraries in.
 
 file(GLOB_RECURSE files ${tree}/*)
 set(checked 0)

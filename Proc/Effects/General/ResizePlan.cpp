@@ -69,8 +69,8 @@ void PlanFit(ResizePlan& plan, FrameFormat const& frame, PixFmtDescription const
     plan.top = Centre(target.height, inside.height, format.chromaShiftY);
 }
 
-/// Settings with a mode in the place of width, height and longer side. Where both sides of the result are given, and the
-/// fitting does not say another thing, the picture keeps its shape.
+/// Settings with a mode in the place of width, height and longer side. Where both sides of the result are given,
+/// and the fitting does not say another thing, the picture keeps its shape.
 S ResolveSides(FrameFormat const& frame, S const& given) {
     if (given.GetMode() != S::OFF)
         VELNOR_THROW(ProcException, "Resizer: width, height and longer side go without a mode, which is " +

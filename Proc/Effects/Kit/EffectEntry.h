@@ -32,8 +32,8 @@ inline void RegisterEffects(IEffectRegistry& registry, std::string const& implNa
 
 } // namespace Velnor::Proc
 
-/// Ends the source of an effect: the class of its settings, its kind (OneInput, TwoInput or VarInput) and its own class,
-/// of which a maker CreateMyEffect and an entry MyEffectEntry are made. Stands in the namespace of the class.
+/// Ends the source of an effect: the class of its settings, its kind (OneInput, TwoInput or VarInput) and its own
+/// class, of which a maker CreateMyEffect and an entry MyEffectEntry are made. Stands in the namespace of the class.
 ///
 ///     VELNOR_EFFECT(SettingsEffectMine, OneInput, MyEffect)
 #define VELNOR_EFFECT(SettingsClass, Kind, Effect)                                                                     \

@@ -1,7 +1,7 @@
 // RemoveBackground: finds the subject and takes away what is behind it.
 //
-//     strokes = those given, else what a network is sure of, if one is named, else persons by their faces or what stands
-//               out by its colours, found on a tiny copy
+//     strokes = those given, else what a network is sure of, if one is named, else persons by their faces or what
+//               stands out by its colours, found on a tiny copy
 //     cut     = segmentation of a small copy by the strokes
 //     mask    = the cut, refined at its edge by the picture's own detail; strokes that were given bind
 //     result  = the picture with the mask as its opacity, its edge freed of the old background; maybe over a new one

@@ -17,8 +17,8 @@ class SubjectNetwork {
 public:
     explicit SubjectNetwork(intrusive_ptr<IOneInputEffectVideo> neuralPredict) : predictor(std::move(neuralPredict)) {}
 
-    /// The network's first output, of its input's size; empty when its file is not there. Throws EffectException when it
-    /// cannot be run, or gives another number of values.
+    /// The network's first output, of its input's size; empty when its file is not there. Throws EffectException when
+    /// it cannot be run, or gives another number of values.
     std::vector<float> Predict(DataHandle const& picture, SettingsEffectNeuralBase const& network) const {
         predictor->SetSettings(SettingsEffectNeuralPredict(network));
         DataHandle seen = picture;

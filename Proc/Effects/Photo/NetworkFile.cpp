@@ -40,9 +40,9 @@ fs::path FindNetwork(std::string const& model) {
     std::error_code error;
     if (fs::is_regular_file(file, error)) return file;
     if (fs::exists(file, error)) VELNOR_THROW(EffectException, "The network " + file.string() + " is not a file.");
-    VELNOR_THROW(NetworkMissingException,
-                 "There is no network " + file.string() +
-                     (isInstalled ? "; installed are: " + ListInstalled() : std::string()) + ".");
+    VELNOR_THROW(NetworkMissingException, "There is no network " + file.string() +
+                                              (isInstalled ? "; installed are: " + ListInstalled() : std::string()) +
+                                              ".");
 }
 
 std::vector<unsigned char> ReadNetwork(fs::path const& file) {

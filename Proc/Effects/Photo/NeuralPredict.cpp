@@ -1,9 +1,9 @@
 // NeuralPredict: hands a small copy of the picture to a network and keeps what it answers. The picture itself stays.
 //
 // The network gets one blob of 1 x 3 x height x width: (level - mean) / scale, the channels in the order of the
-// settings. Of several outputs the first counts. Without a smallest side the picture is stretched to the network's input size. With a smallest side of n
-// cells its shape is kept: the shorter side becomes n sixteenths of the shorter side of the input size, the longer one
-// at most four times that; only a network that takes any size can be run so.
+// settings. Of several outputs the first counts. Without a smallest side the picture is stretched to the network's
+// input size. With one of n cells its shape is kept: the shorter side becomes n sixteenths of the shorter side of
+// the input size, the longer one at most four times that; only a network that takes any size can be run so.
 #include "Proc/Effects/Kit/EffectBase.h"
 #include "Proc/Effects/Photo/NetworkFile.h"
 #include "Proc/Effects/Photo/OpenCV/CVThreads.h"

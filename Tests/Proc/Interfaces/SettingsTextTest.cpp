@@ -62,7 +62,8 @@ TEST(SettingsText, OtherSpellingsOfTheSameValue) {
     EXPECT_EQ(TextForm<Color>::Parse("#1af"), Color(0xff, 0xaa, 0x11, 255));
     EXPECT_EQ(TextForm<Color>::Parse("#01020304"), Color(3, 2, 1, 4));
     EXPECT_EQ(TextForm<Color>::Parse("#1af8"), Color(0xff, 0xaa, 0x11, 0x88));
-    for (char const* text : {"rgb(200,180,150)", "RGB(200 180 150)", "rgba(200, 180, 150, 1)", "rgb(200 180 150 / 100%)"})
+    for (char const* text :
+         {"rgb(200,180,150)", "RGB(200 180 150)", "rgba(200, 180, 150, 1)", "rgb(200 180 150 / 100%)"})
         EXPECT_EQ(TextForm<Color>::Parse(text), Color(150, 180, 200, 255)) << text;
     EXPECT_EQ(TextForm<Color>::Parse("rgb(100%,0%,20%,0.5)"), Color(51, 0, 255, 128));
     EXPECT_EQ(TextForm<Color>::Parse("RebeccaPurple"), Color(0x99, 0x33, 0x66, 255));
@@ -86,8 +87,9 @@ TEST(SettingsText, TextsThatMakeNoValueAreNamed) {
     EXPECT_NE(Refusal<float>("1e300"), "taken");
     for (char const* text : {"", "#", "#12", "#12345", "#1234567", "#123456789", "#gggggg", "#-12345", "123456", "rot"})
         EXPECT_EQ(Refusal<Color>(text),
-                  "\"" + std::string(text) + "\" is no colour: #rrggbb, #rrggbbaa, #rgb, rgb(200,180,150) or a name such as white is "
-                  "accepted");
+                  "\"" + std::string(text) +
+                      "\" is no colour: #rrggbb, #rrggbbaa, #rgb, rgb(200,180,150) or a name such as white is "
+                      "accepted");
     for (char const* text : {"", "640", "640x", "x480", "640x480x", "640x480x1", "640x480x1:0", "640x480x1:1:1",
                              "640x480x1:1x", "-1x2", "9999999x1"})
         EXPECT_NE(Refusal<FrameFormat>(text), "taken") << text;

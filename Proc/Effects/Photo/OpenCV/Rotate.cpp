@@ -2,7 +2,7 @@
 //
 // Quarter turns move samples and are exact; any other angle is interpolated bicubically, against the fill colour at the
 // picture's border. The result is as large as the picture, as the whole turned picture (quarter turns, unless something
-// else is asked for), or as the largest upright rectangle of the picture's shape that lies inside of the turned picture:
+// else is asked for), or as the largest upright rectangle of the picture's shape that lies inside of the turned one:
 // its sides are s times the picture's, with
 //
 //     s = min(width / (width |cos| + height |sin|), height / (width |sin| + height |cos|))

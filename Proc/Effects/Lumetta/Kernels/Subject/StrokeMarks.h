@@ -23,7 +23,7 @@ void ShrinkStrokes(ConstPlane const& large, MutablePlane const& small);
 /// Writes marks of a picture of `width` pixels a row as strokes of one of another size and the same shape.
 void PaintMarks(std::vector<Stroke> const& marks, std::size_t width, MutablePlane const& strokes);
 
-/// What was painted on the subject is opaque in the mask, of the same size, and what was painted on the background clear.
+/// What was painted on the subject is opaque in the mask, of the same size, what was painted on the background clear.
 void BindStrokes(ConstPlane const& strokes, MutablePlane const& mask);
 
 } // namespace Velnor::Proc::Kernels

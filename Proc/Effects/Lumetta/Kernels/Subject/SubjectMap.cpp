@@ -9,7 +9,7 @@ constexpr float LIKELY = 0.5F;
 constexpr float SURE = 0.95F;   ///< From here on of the subject, and below the rest to 1 not.
 constexpr float DOUBTED = 0.8F; ///< Below, and above the rest to 1, there is more doubt than along an outline.
 
-/// Where the middle of a pixel lies among the `count` values of a row or column: two neighbours, and the second's share.
+/// Where the middle of a pixel lies among the `count` values of a line: two neighbours, and the second's share.
 struct Place {
     Place(std::size_t at, std::size_t pixels, std::size_t count) {
         float const exact =

@@ -23,8 +23,8 @@ struct SubjectMap {
     static constexpr double DOUBTFUL = 15;
 };
 
-/// Marks what the map is sure of; its soft outline, and what it does not know, is left to a cut. `width` x `height` marks
-/// come back, row after row.
+/// Marks what the map is sure of; its soft outline, and what it does not know, is left to a cut. `width` x `height`
+/// marks come back, row after row.
 std::vector<Stroke> MarkSubject(SubjectMap const& map, std::size_t width, std::size_t height);
 
 } // namespace Velnor::Proc::Kernels
