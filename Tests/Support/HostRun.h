@@ -24,7 +24,7 @@ struct HostRun {
 
     template <class SettingsClass>
     VideoHandle Apply(SettingsClass const& settings, VideoHandle const& picture, VideoHandle const& second = nullptr) {
-        std::vector<DataHandle> inputs{picture->MakeCopy(CopyMode::Value)};
+        std::vector<DataHandle> inputs{picture ? picture->MakeCopy(CopyMode::Value) : nullptr};
         if (second) inputs.push_back(second);
         return VideoHandle(&AsVideo(Make(settings)->ProcessData(inputs)));
     }
