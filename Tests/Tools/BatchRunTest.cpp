@@ -158,6 +158,14 @@ TEST_F(BatchRunTest, WhatIsLeftOutDependsOnWhatIsThere) {
     EXPECT_THAT(Foresee(more), ElementsAre("a.png skip", "b.png skip", "c.png skip"));
     age("second.png", -100);
     EXPECT_THAT(Foresee(more), ElementsAre("a.png replace", "b.png replace", "c.png replace"));
+    // So does a recipe that was written since.
+    MakeText("look.json", R"({"version": 1, "name": "look", "effects": [{"effect": "pixelate"}]})");
+    Words byRecipe = update;
+    byRecipe.insert(byRecipe.end(), {"--recipe", "look.json"});
+    for (auto const& [seconds, action] : {std::pair{100, "skip"}, {-100, "replace"}}) {
+        age("look.json", seconds);
+        EXPECT_EQ(Foresee(byRecipe).front(), std::string("a.png ") + action);
+    }
     for (Words const& wrong : std::vector<Words>{{"--update", "--skip-existing"},
                                                  {"--update", "--force"},
                                                  {"--skip-existing", "--force"},

@@ -137,7 +137,9 @@ private:
     }
 
     ExitCode RunBatch() {
-        OutputPolicy const policy(options.batch, options.files.writing.overwrite, chain->GetFiles());
+        std::vector<std::string> sources = chain->GetFiles();
+        sources.insert(sources.end(), options.recipes.begin(), options.recipes.end());
+        OutputPolicy const policy(options.batch, options.files.writing.overwrite, sources);
         Proc::ContextHandle const context = catalogue.GetHost().GetContext();
         MemoryBudget budget(
             GetRoomForPhotos(options.files, jobs), [context] { return context->GetMemoryPooled(); },

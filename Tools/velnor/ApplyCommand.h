@@ -13,6 +13,7 @@ namespace Velnor::Tool {
 struct ApplyOptions {
     std::vector<std::string> photos;
     std::vector<std::string> effects; ///< As typed.
+    std::vector<std::string> recipes; ///< Files that some of the effects come from.
     std::string output;               ///< Empty: nothing is written.
     std::string format;               ///< Of the picture when the output is standard output.
     std::vector<std::string> plugins;

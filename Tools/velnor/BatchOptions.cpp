@@ -53,8 +53,8 @@ void AddOutputOptions(CLI::App& command, BatchOptions& options) {
         ->type_name("EXT");
     command.add_flag("--skip-existing", options.skipsExisting, "Leave out photographs of which the output is there");
     command.add_flag("--update", options.updates,
-                     "Leave out photographs of which the output is newer than they and than every input=FILE; replace "
-                     "older outputs");
+                     "Leave out photographs of which the output is newer than they, every input=FILE and every "
+                     "recipe; replace older outputs");
     command.add_flag("--backup", options.keepsReplaced,
                      "Keep what --force or --update replaces, as FILE.~1~ or with the next number that is free");
     command

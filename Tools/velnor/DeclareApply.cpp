@@ -3,6 +3,7 @@
 #include "Tools/velnor/Failure.h"
 #include "Tools/velnor/OptionGroups.h"
 #include "Tools/velnor/RecipeCommand.h"
+#include "Tools/velnor/RecipeStore.h"
 
 #include <memory>
 
@@ -40,6 +41,8 @@ ExitCode Run(Given const& given) {
     if (given.options.photos.empty()) throw WrongCall("apply: no photograph is given");
     ApplyOptions options = given.options;
     options.isVerbose = given.log.Start();
+    for (std::string const& recipe : given.recipes.recipes)
+        options.recipes.push_back(FindRecipe(recipe, options.photos.front()));
     std::vector<std::string> const before =
         UseRecipes(given.recipes.recipes, given.recipes.values, options.photos.front());
     options.effects.insert(options.effects.begin(), before.begin(), before.end());
