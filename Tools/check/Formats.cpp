@@ -5,6 +5,7 @@
 #include "Proc/Settings/SettingsColorspaceConverter.h"
 #include "Tools/check/Promises.h"
 
+#include <array>
 #include <functional>
 #include <stdexcept>
 #include <utility>
@@ -15,10 +16,9 @@ namespace {
 constexpr std::int64_t TIME_STAMP = 1234;
 
 std::vector<std::pair<std::uint32_t, std::uint32_t>> GetSizes(int level) {
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> sizes{{1, 1}, {3, 5}, {16, 9}};
-    if (level > 1) sizes.insert(sizes.end(), {{2, 1}, {33, 31}});
-    if (level > 2) sizes.insert(sizes.end(), {{1, 64}, {65, 2}});
-    return sizes;
+    constexpr std::array<std::pair<std::uint32_t, std::uint32_t>, 7> ALL{
+        {{1, 1}, {3, 5}, {16, 9}, {2, 1}, {33, 31}, {1, 64}, {65, 2}}};
+    return {ALL.begin(), ALL.begin() + (level > 2 ? 7 : level > 1 ? 5 : 3)};
 }
 
 /// What comes out is a picture that the host's converter takes.
