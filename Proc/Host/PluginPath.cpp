@@ -93,7 +93,8 @@ std::vector<std::string> SplitPath(std::string_view path) {
     return folders;
 }
 
-/// Null where the system tells of no home. A relative folder in the variable counts as none, as its specification says.
+/// Null where the system tells of no home. A relative folder in the variable counts as none: it would depend on where
+/// velnor is called.
 std::optional<fs::path> GetOwnFolder() {
     fs::path data = GetVariable("XDG_DATA_HOME");
     if (!data.is_absolute()) {
